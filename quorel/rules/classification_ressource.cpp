@@ -1,0 +1,7 @@
+#include "quorel/rules/classification_ressource.h"
+
+namespace quorel {
+
+ClassificationRessource::~ClassificationRessource() = default;
+
+}  // namespace quorel

@@ -1,0 +1,39 @@
+// PlausiLoader: finds rule modules in shared libraries.
+//
+// A module named N exports `extern "C" Plausi *loadPlausiN()` and
+// `extern "C" void unloadPlausiN(Plausi *)`. The loader remembers the library
+// of each module name (by its hash) so that the unload entry is looked up in
+// the same library. Libraries are never unloaded, not even by the destructor:
+// objects and code of a module stay valid for the life of the process.
+
+#ifndef QUOREL_RULES_PLAUSI_LOADER_H_
+#define QUOREL_RULES_PLAUSI_LOADER_H_
+
+#include "quorel/rules/name_map.h"
+
+namespace quorel {
+
+class Plausi;
+
+class PlausiLoader {
+ public:
+  PlausiLoader() = default;
+  PlausiLoader(const PlausiLoader &) = delete;
+  PlausiLoader &operator=(const PlausiLoader &) = delete;
+
+  // Loads the library and calls its load entry. Throws type 1 with the file
+  // text when the library does not load, type 2 with the module name when the
+  // entry is missing (the library stays loaded and remembered).
+  Plausi *loadPlausi(const char *libraryFile, const char *moduleName);
+
+  // Calls the unload entry of the module's library with the Plausi. Throws
+  // type 3 with the module name when no such entry is found.
+  void unloadPlausi(Plausi *plausi, const char *moduleName);
+
+ private:
+  NameMap<void *> libraries_;
+};
+
+}  // namespace quorel
+
+#endif  // QUOREL_RULES_PLAUSI_LOADER_H_

@@ -1,0 +1,95 @@
+// RuntimeContext: the context of one call of Plausi::perform,
+// performFunction or performFieldCheck, and the first argument of every rule
+// and built-in function.
+//
+// It keeps the stack of open sections, starting with the root "Plausi", and
+// is the factory of everything rule code makes: each object it creates is
+// owned by the section innermost at that moment and dies when that section is
+// left. Nothing it creates outlives it. Every other question goes to the
+// PlausiContext or to the ClassificationRessource, neither of which it owns.
+//
+// The destructor leaves the innermost section, as balanced rule code expects,
+// and then releases any sections that rule code left open, for instance
+// because an exception unwound through it. Not copied.
+
+#ifndef QUOREL_RULES_RUNTIME_CONTEXT_H_
+#define QUOREL_RULES_RUNTIME_CONTEXT_H_
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "quorel/rules/plausi_context.h"
+#include "quorel/rules/plausi_section.h"
+
+namespace quorel {
+
+class ClassificationRessource;
+class FieldDescriptor;
+class PlausiObject;
+class ValueIterator;
+
+class RuntimeContext {
+ public:
+  RuntimeContext(PlausiContext *context, ClassificationRessource *classifications);
+  ~RuntimeContext();
+
+  RuntimeContext(const RuntimeContext &) = delete;
+  RuntimeContext &operator=(const RuntimeContext &) = delete;
+
+  DataRecord *getDataRecord() const { return context_->getDataRecord(); }
+  std::int32_t getProblemWeightLevel() const { return context_->getProblemWeightLevel(); }
+  MaterialAccess *getMaterialAccess() const { return context_->getMaterialAccess(); }
+  Logger *getLogger() const { return context_->getLogger(); }
+  Value *getInitParam(const char *name) const { return context_->getInitParam(name); }
+  ExternalFunction getExternalFunction(const char *name) const {
+    return context_->getExternalFunction(name);
+  }
+  Value *getClassificationByCode(const char *code);
+  Value *getClassificationByValue(const char *value);
+
+  // Rule code's own marker; the library does nothing else with it.
+  void setCurrentField(FieldDescriptor *field) { currentField_ = field; }
+  FieldDescriptor *getCurrentField() const { return currentField_; }
+
+  void startNewSection(const char *name, bool checkProc);
+  // Leaves the innermost section and deletes what it owns. Must not be called
+  // with no section open.
+  void leaveCurrentSection();
+  // The innermost open section, or null when none is open.
+  PlausiSection *getCurrentSection() const;
+
+  PlausiProblem *createProblem(ProblemType type, std::int32_t weight) {
+    return context_->createProblem(type, weight);
+  }
+  // Adds the fields read in the innermost section, each once in order of
+  // first access, and the section names from the innermost to the root.
+  void setSectionInfosToProblem(PlausiProblem *problem);
+
+  // The factory. Every result belongs to the current section.
+  Value *createValue(Value *source);  // source->copy(); the source is left alone
+  Value *createNilValue();
+  Value *createInvalidValue();
+  Value *createInconvertibleValue(const char *message);
+  ValueIterator *createIterator(Value *value);  // value->asRange()
+
+ private:
+  // Hands the new object to the current section and gives it back.
+  template <typename T>
+  T *own(T *object) {
+    std::unique_ptr<T> guard(object);
+    getCurrentSection()->addLocalObject(guard.get());
+    return guard.release();
+  }
+
+  std::int32_t depth() const { return static_cast<std::int32_t>(sections_.size()); }
+
+  PlausiContext *context_;
+  ClassificationRessource *classifications_;
+  std::vector<std::unique_ptr<PlausiSection>> sections_;
+  FieldDescriptor *currentField_ = nullptr;
+};
+
+}  // namespace quorel
+
+#endif  // QUOREL_RULES_RUNTIME_CONTEXT_H_
