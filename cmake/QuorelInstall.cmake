@@ -20,4 +20,4 @@ install(FILES "${PROJECT_BINARY_DIR}/quorelConfig.cmake"
         DESTINATION "${QUOREL_CMAKE_DIR}")
 
 configure_file(cmake/quorel.pc.in "${PROJECT_BINARY_DIR}/quorel.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/quorel.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+install(FILES "${PROJECT_BINARY_DIR}/quorel.pc" DESTINATION "lib/pkgconfig")
