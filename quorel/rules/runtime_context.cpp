@@ -4,9 +4,13 @@
 #include <unordered_set>
 
 #include "quorel/rules/classification_ressource.h"
+#include "quorel/values/bool_value.h"
+#include "quorel/values/date_value.h"
 #include "quorel/values/inconvertible_value.h"
 #include "quorel/values/invalid_value.h"
 #include "quorel/values/nil_value.h"
+#include "quorel/values/number_value.h"
+#include "quorel/values/string_value.h"
 #include "quorel/values/value_iterator.h"
 
 namespace quorel {
@@ -79,5 +83,21 @@ Value *RuntimeContext::createInconvertibleValue(const char *message) {
 }
 
 ValueIterator *RuntimeContext::createIterator(Value *value) { return own(value->asRange()); }
+
+Value *RuntimeContext::createStringValue(const char *text) { return own(new StringValue(text)); }
+
+Value *RuntimeContext::createBoolValue(bool flag) { return own(new BoolValue(flag)); }
+
+Value *RuntimeContext::createNumberValue(double number) { return own(new NumberValue(number)); }
+
+Value *RuntimeContext::createNumberValue(const char *text) { return own(new NumberValue(text)); }
+
+Value *RuntimeContext::createDateValue(const std::tm *date, const char *mask) {
+  return own(new DateValue(date, mask));
+}
+
+Value *RuntimeContext::createDateValue(const char *text, const char *mask) {
+  return own(new DateValue(text, mask));
+}
 
 }  // namespace quorel

@@ -16,6 +16,7 @@
 #define QUOREL_RULES_RUNTIME_CONTEXT_H_
 
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <vector>
 
@@ -72,6 +73,12 @@ class RuntimeContext {
   Value *createInvalidValue();
   Value *createInconvertibleValue(const char *message);
   ValueIterator *createIterator(Value *value);  // value->asRange()
+  Value *createStringValue(const char *text);
+  Value *createBoolValue(bool flag);
+  Value *createNumberValue(double number);
+  Value *createNumberValue(const char *text);  // parsed on first use
+  Value *createDateValue(const std::tm *date, const char *mask);
+  Value *createDateValue(const char *text, const char *mask);  // parsed on first use
 
  private:
   // Hands the new object to the current section and gives it back.

@@ -1,6 +1,5 @@
 #include "quorel/values/inconvertible_value.h"
 
-#include "quorel/rules/plausi_exception.h"
 #include "quorel/values/value_messages.h"
 
 namespace quorel {
@@ -13,9 +12,7 @@ InconvertibleValue::InconvertibleValue(const char *reason)
 InconvertibleValue::InconvertibleValue(AlreadyPrefixed, const std::string &message)
     : message_(message) {}
 
-void InconvertibleValue::refuse() const {
-  throw PlausiException(EXCEPTION_CONVERSION, message_.c_str());
-}
+void InconvertibleValue::refuse() const { messages::refuseConversion(message_.c_str()); }
 
 bool InconvertibleValue::isNil() { return true; }
 const char *InconvertibleValue::asString() { refuse(); }

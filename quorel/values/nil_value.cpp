@@ -1,13 +1,12 @@
 #include "quorel/values/nil_value.h"
 
-#include "quorel/rules/plausi_exception.h"
 #include "quorel/values/value_messages.h"
 
 namespace quorel {
 
 namespace {
 
-[[noreturn]] void refuse() { throw PlausiException(EXCEPTION_CONVERSION, messages::kNotInitialized); }
+[[noreturn]] void refuse() { messages::refuseConversion(messages::kNotInitialized); }
 
 }  // namespace
 

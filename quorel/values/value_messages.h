@@ -11,6 +11,21 @@ inline constexpr const char kNotInitialized[] = "Wert ist nicht initialisiert.";
 inline constexpr const char kIterationOverflow[] = "Iterations\xFC" "berlauf.";
 inline constexpr const char kUnavailablePrefix[] = "Dieser Wert ist nicht verf\xFC" "gbar: ";
 inline constexpr const char kNoFurtherInformation[] = "Keine weiteren Informationen.";
+inline constexpr const char kNotABool[] = "Konnte nicht in einen boolschen Wert umgewandelt werden.";
+inline constexpr const char kBoolToDate[] =
+    "Ein boolscher Wert kann nicht in einen Datumswert umgewandelt werden.";
+inline constexpr const char kNumberToDate[] =
+    "Eine Zahl kann nicht in einen Datumswert umgewandelt werden.";
+inline constexpr const char kRangeToDate[] =
+    "Eine Reihe kann nicht in einen Datumswert umgewandelt werden.";
+inline constexpr const char kDateToInteger[] =
+    "Ein Datum kann nicht in eine ganze Zahl konvertiert werden.";
+inline constexpr const char kDateToReal[] = "Ein Datum kann nicht in eine Zahl konvertiert werden.";
+inline constexpr const char kDateToBool[] =
+    "Ein Datum kann nicht in einen boolschen Wert konvertiert werden.";
+
+// Throws the conversion failure (type 8) with the message.
+[[noreturn]] void refuseConversion(const char *message);
 
 }  // namespace messages
 }  // namespace quorel

@@ -8,6 +8,7 @@
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/rules/runtime_context.h"
 #include "quorel/values/invalid_value.h"
+#include "test_support.h"
 
 namespace quorel {
 namespace {
@@ -28,14 +29,6 @@ FieldDescriptor *fakeField(int n) {
   static char storage[8];
   return reinterpret_cast<FieldDescriptor *>(&storage[n]);
 }
-
-class NoRules : public Plausi {
- protected:
-  Value *performFunctionImpl(RuntimeContext *runtime, const char *) override {
-    return runtime->createNilValue();
-  }
-  void performImpl(RuntimeContext *, const char *) override {}
-};
 
 class SectionsTest : public ::testing::Test {
  protected:

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "test_support.h"
+
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/values/inconvertible_value.h"
 #include "quorel/values/invalid_value.h"
@@ -12,16 +14,9 @@
 namespace quorel {
 namespace {
 
-// Runs f, expecting a conversion failure with exactly this message.
 template <typename F>
 void expectConversionFailure(F f, const std::string &message) {
-  try {
-    f();
-    ADD_FAILURE() << "no exception, expected: " << message;
-  } catch (const PlausiException &e) {
-    EXPECT_EQ(EXCEPTION_CONVERSION, e.getType());
-    EXPECT_EQ(message, e.getMessage());
-  }
+  expectFailure(f, EXCEPTION_CONVERSION, message);
 }
 
 void expectRefusesEverything(Value *v, const std::string &message) {
@@ -113,15 +108,11 @@ TEST(SingleValueIteratorTest, DeliversOnceThenOverflows) {
   ASSERT_TRUE(it.hasNext());
   EXPECT_EQ(&nil, it.next());
   EXPECT_FALSE(it.hasNext());
-  try {
-    it.next();
-    ADD_FAILURE() << "second next delivered";
-  } catch (const PlausiException &e) {
-    EXPECT_EQ(EXCEPTION_ITERATION, e.getType());
-    // The message is Windows-1252: u-umlaut is the single byte 0xFC.
-    EXPECT_STREQ("Iterations\xFC" "berlauf.", e.getMessage());
-    EXPECT_EQ(19u, std::string(e.getMessage()).size());
-  }
+  PlausiException e = thrownBy([&] { it.next(); });
+  EXPECT_EQ(EXCEPTION_ITERATION, e.getType());
+  // The message is Windows-1252: u-umlaut is the single byte 0xFC.
+  EXPECT_STREQ("Iterations\xFC" "berlauf.", e.getMessage());
+  EXPECT_EQ(19u, std::string(e.getMessage()).size());
 }
 
 }  // namespace

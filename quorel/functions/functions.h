@@ -1,0 +1,63 @@
+// Functions: the operators and built-in functions that rule code calls.
+//
+// Every operation is static and takes the RuntimeContext of the running rule
+// first, then its operands. Operands are only read. A new result is made
+// through the context's factory and so belongs to the current section; where
+// a function hands an operand through, the result is that same pointer. No
+// result is ever destroyed by the caller. Failures of the operands'
+// conversions pass through unchanged as PlausiException.
+//
+// An operand is usable when it is neither nil nor invalid; the three
+// non-values are not.
+
+#ifndef QUOREL_FUNCTIONS_FUNCTIONS_H_
+#define QUOREL_FUNCTIONS_FUNCTIONS_H_
+
+namespace quorel {
+
+class RuntimeContext;
+class Value;
+
+class Functions {
+ public:
+  Functions() = delete;
+
+  // Comparisons and containment: a truth value of a.eq(b) and so on, with
+  // the level rule of the values. Operands are not null.
+  static Value *eq(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *ne(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *gt(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *ge(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *lt(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *le(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *contains(RuntimeContext *runtime, Value *a, Value *b);
+  // The negation "not" of the language.
+  static Value *not_(RuntimeContext *runtime, Value *a);
+
+  // Arithmetic on asReal(). In a sum or difference a missing operand counts
+  // as nothing and the present one is handed through; in a product it spoils
+  // the result; a missing or zero divisor is "Division durch 0." (type 11).
+  static Value *plus(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *minus(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *mult(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *div(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *neg(RuntimeContext *runtime, Value *a);
+
+  // Text functions on asString(); lengths and positions count bytes.
+  // Operands may be null, with the meaning told for each.
+  static Value *WERTLAENGE(RuntimeContext *runtime, Value *v);
+  // start is 1-based; no bound raises a failure.
+  static Value *TEIL(RuntimeContext *runtime, Value *text, Value *start, Value *length);
+  static Value *KONKATENIEREN(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *BEGINNT_MIT(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *ENDET_AUF(RuntimeContext *runtime, Value *a, Value *b);
+  // Map a-z and the umlauts; a null or unusable v is handed back.
+  static Value *GROSSBUCHSTABEN(RuntimeContext *runtime, Value *v);
+  static Value *KLEINBUCHSTABEN(RuntimeContext *runtime, Value *v);
+  static Value *NUMERISCH(RuntimeContext *runtime, Value *v);
+  static Value *ERSETZEN(RuntimeContext *runtime, Value *text, Value *search, Value *replacement);
+};
+
+}  // namespace quorel
+
+#endif  // QUOREL_FUNCTIONS_FUNCTIONS_H_

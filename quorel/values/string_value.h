@@ -1,0 +1,47 @@
+// StringValue: a text. It owns a copy of its text and converts it anew at
+// every request: numbers through the German default number mask, truth
+// values from "WAHR"/"FALSCH" in any case, dates through the default date
+// mask. Texts compare with texts byte by byte, bytes unsigned.
+
+#ifndef QUOREL_VALUES_STRING_VALUE_H_
+#define QUOREL_VALUES_STRING_VALUE_H_
+
+#include <string>
+
+#include "quorel/values/scalar_value.h"
+
+namespace quorel {
+
+class StringValue : public ScalarValue {
+ public:
+  // A null text gives the empty text.
+  explicit StringValue(const char *text);
+
+  const char *asString() override;
+  std::int64_t asInteger() override;
+  double asReal() override;
+  bool asBool() override;
+  // The date read from the text. The tm belongs to the value and holds the
+  // same date at every call, since the text never changes.
+  std::tm *asDate() override;
+  OperatorLevel getOperatorLevel() override;
+  Value *copy() override;
+
+ protected:
+  bool eqImpl(Value *other) override;
+  bool neImpl(Value *other) override;
+  bool gtImpl(Value *other) override;
+  bool geImpl(Value *other) override;
+  bool ltImpl(Value *other) override;
+  bool leImpl(Value *other) override;
+
+ private:
+  int compareTo(Value *other);
+
+  std::string text_;
+  std::tm date_;
+};
+
+}  // namespace quorel
+
+#endif  // QUOREL_VALUES_STRING_VALUE_H_
