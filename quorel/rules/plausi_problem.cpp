@@ -7,17 +7,10 @@ namespace quorel {
 PlausiProblem::PlausiProblem(ProblemType type, std::int32_t weight) : type_(type), weight_(weight) {}
 
 void PlausiProblem::setReferenceFieldIndices(std::int32_t count, ...) {
-  if (count < 1) {
-    referenceFieldIndices_.reset();
-    return;
-  }
-  auto indices = std::make_unique<std::int32_t[]>(static_cast<std::size_t>(count) + 1);
   va_list args;
   va_start(args, count);
-  for (std::int32_t i = 0; i < count; ++i) indices[i] = va_arg(args, int);
+  referenceFieldIndices_ = readIndexList(count, args);
   va_end(args);
-  indices[count] = -1;
-  referenceFieldIndices_ = std::move(indices);
 }
 
 void PlausiProblem::addAccessedField(FieldDescriptor *field) {

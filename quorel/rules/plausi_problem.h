@@ -9,11 +9,11 @@
 #define QUOREL_RULES_PLAUSI_PROBLEM_H_
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "quorel/model/field_type.h"
+#include "quorel/model/index_list.h"
 #include "quorel/rules/nullable_text.h"
 #include "quorel/rules/problem_type.h"
 
@@ -87,7 +87,7 @@ class PlausiProblem {
   NullableText correctionInfo_;
   NullableText referenceTopic_;
   FieldDescriptor *referenceField_ = nullptr;
-  std::unique_ptr<std::int32_t[]> referenceFieldIndices_;
+  IndexList referenceFieldIndices_;
   std::vector<FieldDescriptor *> accessedFields_;
   std::vector<std::string> sections_;
   NullableText exception_;

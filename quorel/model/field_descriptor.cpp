@@ -1,0 +1,61 @@
+#include "quorel/model/field_descriptor.h"
+
+#include <vector>
+
+#include "quorel/masks/util.h"
+#include "quorel/model/data_record.h"
+#include "quorel/model/model_messages.h"
+#include "quorel/model/type_descriptor.h"
+#include "quorel/rules/plausi_exception.h"
+
+namespace quorel {
+
+FieldDescriptor::FieldDescriptor(TypeDescriptor *type, FieldDescriptor *parent)
+    : type_(type), parent_(parent) {}
+
+FieldDescriptor::~FieldDescriptor() = default;
+
+std::int32_t *FieldDescriptor::getDimension() const { return type_->getDimension(); }
+
+void FieldDescriptor::setIndices(const std::int32_t *indices) { indices_ = copyIndexList(indices); }
+
+std::string FieldDescriptor::getHierarchyText() const {
+  std::vector<const FieldDescriptor *> chain;
+  for (const FieldDescriptor *f = this; f != nullptr; f = f->parent_) chain.push_back(f);
+  std::string text;
+  for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+    if (it != chain.rbegin()) text += '.';
+    text += (*it)->type_->getFieldNameTopic();
+    text += indicesAsText((*it)->getIndices());
+  }
+  return text;
+}
+
+void FieldDescriptor::getHierarchyAsString(char *target) const {
+  copyHierarchyText(getHierarchyText(), target);
+}
+
+DataRecord *FieldDescriptor::getSubDataRecordFor(DataRecord *record) {
+  std::vector<FieldDescriptor *> parents;
+  for (FieldDescriptor *p = parent_; p != nullptr; p = p->parent_) parents.push_back(p);
+  // A context without a record, or a host record that answers null for a
+  // topic, has no value for the field; that is refused rather than followed.
+  for (auto it = parents.rbegin(); it != parents.rend() && record != nullptr; ++it) {
+    record = record->getSubDataRecord(*it);
+  }
+  if (record == nullptr) throw PlausiException(EXCEPTION_GENERAL, messages::kValueNotDetermined);
+  return record;
+}
+
+std::int32_t FieldDescriptor::getSizeFor(DataRecord *record, const std::int32_t *indices) {
+  const std::int32_t *dimension = getDimension();
+  if (Util::isValidArrayAccess(dimension, indices)) {
+    std::int32_t declared = dimension[Util::getSizeOf(indices)];
+    if (declared != 0) return declared;
+    return getSubDataRecordFor(record)->getSize(this, indices);
+  }
+  if (Util::isValidElementAccess(dimension, indices)) return 1;
+  throw PlausiException(EXCEPTION_ILLEGAL_ACCESS, messages::kIllegalArrayAccess);
+}
+
+}  // namespace quorel

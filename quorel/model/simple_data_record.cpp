@@ -1,0 +1,111 @@
+#include "quorel/model/simple_data_record.h"
+
+#include <string>
+
+#include "quorel/masks/util.h"
+#include "quorel/model/field_descriptor.h"
+#include "quorel/model/index_list.h"
+#include "quorel/values/number_value.h"
+#include "quorel/values/string_value.h"
+
+namespace quorel {
+
+namespace {
+
+constexpr char kSizeSuffix[] = "#";
+
+}  // namespace
+
+SimpleDataRecord::SimpleDataRecord() = default;
+
+SimpleDataRecord::~SimpleDataRecord() = default;
+
+std::int32_t SimpleDataRecord::getKeyAsHashCode(FieldDescriptor *field) {
+  return Util::getHashCode(field->getHierarchyText().c_str());
+}
+
+std::int32_t SimpleDataRecord::getKeyForSizeAsHashCode(FieldDescriptor *field,
+                                                       const std::int32_t *indices) {
+  std::string key = field->getHierarchyText() + indicesAsText(indices) + kSizeSuffix;
+  return Util::getHashCode(key.c_str());
+}
+
+Value *SimpleDataRecord::find(std::int32_t key) {
+  auto it = values_.find(key);
+  return it == values_.end() ? nullptr : it->second.get();
+}
+
+void SimpleDataRecord::store(std::int32_t key, Value *value) {
+  std::unique_ptr<Value> incoming(value);
+  // The former value dies at the end, after the new one is in place.
+  std::unique_ptr<Value> former;
+  auto it = values_.find(key);
+  if (it != values_.end()) {
+    former = std::move(it->second);
+    values_.erase(it);
+  }
+  if (incoming) values_.emplace(key, std::move(incoming));
+}
+
+std::int32_t SimpleDataRecord::getSize(FieldDescriptor *field, const std::int32_t *indices) {
+  Value *size = find(getKeyForSizeAsHashCode(field, indices));
+  return size == nullptr ? 0 : static_cast<std::int32_t>(size->asInteger());
+}
+
+bool SimpleDataRecord::isEmpty(FieldDescriptor *field) { return find(getKeyAsHashCode(field)) == nullptr; }
+
+const char *SimpleDataRecord::getString(FieldDescriptor *field) {
+  Value *value = find(getKeyAsHashCode(field));
+  return value == nullptr ? "" : value->asString();
+}
+
+std::int64_t SimpleDataRecord::getInteger(FieldDescriptor *field) {
+  Value *value = find(getKeyAsHashCode(field));
+  return value == nullptr ? 0 : value->asInteger();
+}
+
+double SimpleDataRecord::getReal(FieldDescriptor *field) {
+  Value *value = find(getKeyAsHashCode(field));
+  return value == nullptr ? 0.0 : value->asReal();
+}
+
+void SimpleDataRecord::setString(FieldDescriptor *field, const char *text) {
+  store(getKeyAsHashCode(field), new StringValue(text));
+}
+
+void SimpleDataRecord::setInteger(FieldDescriptor *field, std::int64_t number) {
+  store(getKeyAsHashCode(field), new NumberValue(static_cast<double>(number)));
+}
+
+void SimpleDataRecord::setReal(FieldDescriptor *field, double number) {
+  store(getKeyAsHashCode(field), new NumberValue(number));
+}
+
+void SimpleDataRecord::setEmpty(FieldDescriptor *field) { store(getKeyAsHashCode(field), nullptr); }
+
+DataRecord *SimpleDataRecord::getSubDataRecord(FieldDescriptor *) { return this; }
+
+Value *SimpleDataRecord::getValue(const char *name) { return find(Util::getHashCode(name)); }
+
+void SimpleDataRecord::setValue(const char *name, std::int64_t number) {
+  store(Util::getHashCode(name), new NumberValue(static_cast<double>(number)));
+}
+
+void SimpleDataRecord::setValue(const char *name, std::int32_t number) {
+  setValue(name, static_cast<std::int64_t>(number));
+}
+
+void SimpleDataRecord::setValue(const char *name, double number) {
+  store(Util::getHashCode(name), new NumberValue(number));
+}
+
+void SimpleDataRecord::setValue(const char *name, const char *text) {
+  store(Util::getHashCode(name), new StringValue(text));
+}
+
+void SimpleDataRecord::setSize(const char *name, std::int32_t size) {
+  std::string key = std::string(name != nullptr ? name : "") + kSizeSuffix;
+  store(Util::getHashCode(key.c_str()), new NumberValue(static_cast<double>(size)));
+}
+
+}  // namespace quorel

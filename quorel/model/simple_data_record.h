@@ -1,0 +1,65 @@
+// SimpleDataRecord: the library's own record, a flat store of values keyed
+// by the hash of a field's hierarchy text ("Root.Liste[2]"). Array sizes lie
+// under the text of the array, the outer indices and "#" ("Root.Liste[2]#").
+//
+// Only hash codes are kept: two texts with the same code are one field.
+// Numbers are held as NumberValue (integers pass through a double), texts as
+// StringValue; the record owns them until they are replaced, emptied or the
+// record dies. Values handed out stay valid until that key changes.
+
+#ifndef QUOREL_MODEL_SIMPLE_DATA_RECORD_H_
+#define QUOREL_MODEL_SIMPLE_DATA_RECORD_H_
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+#include "quorel/model/data_record.h"
+
+namespace quorel {
+
+class Value;
+
+class SimpleDataRecord : public DataRecord {
+ public:
+  SimpleDataRecord();
+  ~SimpleDataRecord();
+
+  SimpleDataRecord(const SimpleDataRecord &) = delete;
+  SimpleDataRecord &operator=(const SimpleDataRecord &) = delete;
+
+  std::int32_t getSize(FieldDescriptor *field, const std::int32_t *indices) override;
+  bool isEmpty(FieldDescriptor *field) override;
+  // On an empty field the getters answer "", 0 and 0.0.
+  const char *getString(FieldDescriptor *field) override;
+  void setString(FieldDescriptor *field, const char *text) override;
+  std::int64_t getInteger(FieldDescriptor *field) override;
+  void setInteger(FieldDescriptor *field, std::int64_t number) override;
+  double getReal(FieldDescriptor *field) override;
+  void setReal(FieldDescriptor *field, double number) override;
+  void setEmpty(FieldDescriptor *field) override;
+  // The record is flat: always itself.
+  DataRecord *getSubDataRecord(FieldDescriptor *field) override;
+
+  // Access by hierarchy text, as a host fills the record.
+  Value *getValue(const char *name);
+  void setValue(const char *name, std::int64_t number);
+  void setValue(const char *name, std::int32_t number);
+  void setValue(const char *name, double number);
+  void setValue(const char *name, const char *text);
+  void setSize(const char *name, std::int32_t size);
+
+ private:
+  std::int32_t getKeyAsHashCode(FieldDescriptor *field);
+  std::int32_t getKeyForSizeAsHashCode(FieldDescriptor *field, const std::int32_t *indices);
+  Value *find(std::int32_t key);
+  // Stores value under key, replacing and destroying what was there; null
+  // removes the key.
+  void store(std::int32_t key, Value *value);
+
+  std::map<std::int32_t, std::unique_ptr<Value>> values_;
+};
+
+}  // namespace quorel
+
+#endif  // QUOREL_MODEL_SIMPLE_DATA_RECORD_H_

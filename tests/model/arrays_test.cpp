@@ -1,0 +1,105 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "model/test_tree.h"
+#include "quorel/model/field_array_iterator.h"
+#include "quorel/model/local_array.h"
+#include "quorel/values/value.h"
+#include "test_support.h"
+
+namespace quorel {
+namespace {
+
+class ArraysTest : public ::testing::Test {
+ protected:
+  RuntimeContext *rt() { return &runtime_; }
+
+  RootTopic root_;
+  SimpleDataRecord record_;
+  NoRules plausi_;
+  PlausiContext context_{&record_};
+  RuntimeContext runtime_{&context_, &plausi_};
+};
+
+TEST_F(ArraysTest, LocalArraySizesAndElements) {
+  LocalArray array(2, 2, 3);
+  EXPECT_EQ(2, array.getSize(rt(), 0));
+  EXPECT_EQ(3, array.getSize(rt(), 1, 0));
+  EXPECT_EQ(1, array.getSize(rt(), 2, 0, 0));
+  expectFailure([&] { array.getSize(rt(), 3, 0, 0, 0); }, EXCEPTION_ILLEGAL_ACCESS,
+                "Ung\xFC" "ltiger Arrayzugriff.");
+  expectFailure([&] { array.getElement(rt(), 1, 0); }, EXCEPTION_ILLEGAL_ACCESS,
+                "Ung\xFC" "ltiger Elementzugriff.");
+  LocalVariable *cell = array.getElement(rt(), 2, 1, 2);
+  EXPECT_TRUE(cell->get(rt())->isNil());
+  cell->set(rt(), rt()->createNumberValue(7.0));
+  std::int32_t same[] = {1, 2, -1};
+  EXPECT_EQ(cell, array.getElement(rt(), same));
+  EXPECT_EQ(7.0, array.getElement(rt(), same)->get(rt())->asReal());
+  EXPECT_EQ(nullptr, LocalArray(0).getDimension());
+}
+
+TEST_F(ArraysTest, ElementsAreKeyedByTheWholeIndexList) {
+  LocalArray wide(2, 2, 40);
+  // 0,31 and 1,0 share a hash code; they must still be two elements.
+  EXPECT_NE(wide.getElement(rt(), 2, 0, 31), wide.getElement(rt(), 2, 1, 0));
+  Field *a = root_.matrix->getElement(rt(), 2, 0, 31);
+  Field *b = root_.matrix->getElement(rt(), 2, 1, 0);
+  EXPECT_NE(a, b);
+  std::int32_t list[] = {0, 31, -1};
+  EXPECT_EQ(a, root_.matrix->getElement(rt(), list));
+  EXPECT_EQ(root_.liste->getTypeDescriptor(), root_.liste->getElement(rt(), 1, 2)->getTypeDescriptor());
+}
+
+std::vector<std::string> walk(RuntimeContext *rt, FieldArray *array) {
+  std::vector<std::string> names;
+  FieldArrayIterator it(rt, array);
+  while (it.hasNext()) names.push_back(it.next()->getHierarchyText());
+  return names;
+}
+
+TEST_F(ArraysTest, FieldArrayIteratorSkipsEmptyRows) {
+  // Matrix is declared 2 x 0: rows of sizes 2 and 1.
+  record_.setSize("Root.Matrix[0]", 2);
+  record_.setSize("Root.Matrix[1]", 1);
+  EXPECT_EQ((std::vector<std::string>{"Root.Matrix[0][0]", "Root.Matrix[0][1]", "Root.Matrix[1][0]"}),
+            walk(rt(), root_.matrix));
+  record_.setSize("Root.Matrix[0]", 0);
+  EXPECT_EQ((std::vector<std::string>{"Root.Matrix[1][0]"}), walk(rt(), root_.matrix));
+  EXPECT_EQ((std::vector<std::string>{"Root.Liste[0]", "Root.Liste[1]", "Root.Liste[2]"}),
+            walk(rt(), root_.liste));
+}
+
+TEST_F(ArraysTest, TopicPathsResolveToOneField) {
+  FieldDescriptor *first = root_.getField(rt(), "Liste");
+  EXPECT_EQ("Root.Liste[0]", first->getHierarchyText());
+  FieldDescriptor *fourth = root_.getField(rt(), "Liste[4]");
+  EXPECT_EQ("Root.Liste[4]", fourth->getHierarchyText());
+  EXPECT_EQ(fourth, root_.getField(rt(), "Liste[4]"));
+  EXPECT_EQ(root_.getField(rt(), "Liste[1]"), root_.getField(rt(), "Liste[1].Rest"));
+  EXPECT_EQ("Root.Kinder[2].Vorname", root_.getField(rt(), "Kinder[2].Vorname")->getHierarchyText());
+  EXPECT_EQ("Root.Adresse.Strasse", root_.getField(rt(), "Adresse.Strasse")->getHierarchyText());
+  EXPECT_EQ(root_.adresse, root_.getField(rt(), "Adresse"));
+  // Only the hash of a name is kept, so a colliding name finds the field.
+  EXPECT_EQ(root_.flag, root_.getField(rt(), "FlbH"));
+}
+
+TEST_F(ArraysTest, BadPathsFailInOrder) {
+  expectFailure([&] { root_.getField(rt(), nullptr); }, EXCEPTION_ILLEGAL_ARGUMENT,
+                "Feldname nicht angegeben.");
+  expectFailure([&] { root_.getField(rt(), ""); }, EXCEPTION_NO_SUCH_FIELD, "");
+  expectFailure([&] { root_.getField(rt(), "Fehlt[1].X"); }, EXCEPTION_NO_SUCH_FIELD, "Fehlt");
+  expectFailure([&] { root_.getField(rt(), "Name[1]"); }, EXCEPTION_ILLEGAL_ACCESS, "Feld ist kein Array.");
+  expectFailure([&] { root_.getField(rt(), "Liste[1"); }, EXCEPTION_ILLEGAL_ARGUMENT,
+                "Fehlerhafte Indexangabe.");
+  expectFailure([&] { root_.getField(rt(), "Liste[1][2]"); }, EXCEPTION_ILLEGAL_ACCESS,
+                "Ung\xFC" "ltiger Elementzugriff.");
+  // Many indices are refused in order, not written past a buffer.
+  expectFailure([&] { root_.getField(rt(), "Liste[1][2][3][4][5][6][7][8][9][10][11]"); },
+                EXCEPTION_ILLEGAL_ACCESS, "Ung\xFC" "ltiger Elementzugriff.");
+}
+
+}  // namespace
+}  // namespace quorel

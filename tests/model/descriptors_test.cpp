@@ -1,0 +1,70 @@
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "model/test_tree.h"
+#include "quorel/rules/mapping.h"
+#include "test_support.h"
+
+namespace quorel {
+namespace {
+
+TEST(TypeDescriptorTest, DimensionsAndDataStockNames) {
+  Mapping mapping;
+  mapping.put("Root.Name", "NAME_COL");
+  TypeDescriptor root(nullptr, &mapping, "Root", nullptr, FieldTypeTopic, nullptr, 0);
+  TypeDescriptor name(&root, &mapping, "Name", "Nachname", FieldTypeText, "x", 0);
+  TypeDescriptor other(&root, &mapping, "Vorname", nullptr, FieldTypeText, nullptr, 0);
+  TypeDescriptor unmapped(&root, nullptr, "Name", nullptr, FieldTypeText, nullptr, 0);
+  EXPECT_STREQ("NAME_COL", name.getFieldNameDataset());
+  EXPECT_EQ(nullptr, other.getFieldNameDataset());
+  EXPECT_EQ(nullptr, unmapped.getFieldNameDataset());
+  EXPECT_STREQ("Nachname", name.getFieldNameDisplay());
+  EXPECT_EQ(nullptr, other.getFieldNameDisplay());
+  EXPECT_EQ(nullptr, name.getDimension());
+
+  // A declared 0 is a dimension whose size the record tells; count 0 is none.
+  TypeDescriptor open(&root, nullptr, "Liste", nullptr, FieldTypeInteger, nullptr, 2, 4, 0);
+  ASSERT_NE(nullptr, open.getDimension());
+  EXPECT_EQ(4, open.getDimension()[0]);
+  EXPECT_EQ(0, open.getDimension()[1]);
+  EXPECT_EQ(-1, open.getDimension()[2]);
+
+  char text[TypeDescriptor::kHierarchyBufferSize];
+  root.getHierarchyAsString(text);
+  EXPECT_STREQ("Root", text);
+  name.getHierarchyAsString(text);
+  EXPECT_STREQ("Root.Name", text);
+}
+
+TEST(FieldDescriptorTest, HierarchyTextCarriesIndicesOfEveryStep) {
+  RootTopic root;
+  TestRun run;
+  std::int32_t child[] = {1, -1};
+  Topic *kind = root.kinder->getElement(&run.runtime, child);
+  EXPECT_EQ("Root.Kinder[1]", kind->getHierarchyText());
+  Field *vorname = static_cast<ChildTopic *>(kind)->vorname;
+  EXPECT_EQ("Root.Kinder[1].Vorname", vorname->getHierarchyText());
+  Field *cell = root.matrix->getElement(&run.runtime, 2, 1, 2);
+  EXPECT_EQ("Root.Matrix[1][2]", cell->getHierarchyText());
+  std::int32_t none[] = {-1};
+  cell->setIndices(none);
+  EXPECT_EQ(nullptr, cell->getIndices());
+  EXPECT_EQ("Root.Matrix", cell->getHierarchyText());
+}
+
+TEST(FieldDescriptorTest, HierarchyTextIsCutToTheCallersBuffer) {
+  std::string longName(3000, 'x');
+  TypeDescriptor type(nullptr, nullptr, longName.c_str(), nullptr, FieldTypeText, nullptr, 0);
+  FieldDescriptor field(&type, nullptr);
+  char text[TypeDescriptor::kHierarchyBufferSize + 8];
+  std::memset(text, '#', sizeof text);
+  field.getHierarchyAsString(text);
+  EXPECT_EQ(static_cast<std::size_t>(TypeDescriptor::kHierarchyBufferSize - 1), std::strlen(text));
+  EXPECT_EQ('#', text[TypeDescriptor::kHierarchyBufferSize]);
+  EXPECT_EQ(longName, field.getHierarchyText());
+}
+
+}  // namespace
+}  // namespace quorel
