@@ -1,12 +1,18 @@
 // Plausi: a rule set at run time, and the door through which a host starts a
 // run.
 //
-// A rule module derives from Plausi, registers what its rule source declares
-// in its constructor and implements performImpl (run a flow) and
-// performFunctionImpl (evaluate a named function). The host calls perform or
-// performFunction with a PlausiContext; each call builds a RuntimeContext for
-// its duration, whose root section "Plausi" owns the values made under it.
-// Exceptions from rule code reach the caller unchanged.
+// A rule module derives from Plausi. Its constructor registers what the rule
+// source declares (root topic, name mappings, field check procedures,
+// classifications, materials) through the protected operations; from then on
+// the Plausi owns all of it except the procedures. It implements
+// performImpl (run a flow) and performFunctionImpl (evaluate a named
+// function). Each entry operation builds a RuntimeContext for its duration,
+// whose root section "Plausi" owns the values made under it; exceptions from
+// rule code reach the caller unchanged.
+//
+// Registries are keyed by the hash of the name: a later registration under a
+// colliding name replaces the entry. What it replaces stays alive (rule code
+// or another registry may still point at it) and dies with the Plausi.
 //
 // The order of the virtual operations is part of the interface that rule
 // modules are compiled against. Not copied.
@@ -14,14 +20,26 @@
 #ifndef QUOREL_RULES_PLAUSI_H_
 #define QUOREL_RULES_PLAUSI_H_
 
+#include <memory>
+#include <vector>
+
 #include "quorel/rules/classification_ressource.h"
+#include "quorel/rules/name_map.h"
 #include "quorel/values/invalid_value.h"
 
 namespace quorel {
 
+class Classification;
+class Field;
+class Mapping;
+class MaterialDescriptor;
 class PlausiContext;
 class RuntimeContext;
+class Topic;
 class Value;
+
+// The check of one field; its result is not used.
+using FieldCheckProc = Value *(*)(RuntimeContext *, Field *);
 
 class Plausi : public ClassificationRessource {
  public:
@@ -43,13 +61,52 @@ class Plausi : public ClassificationRessource {
   // caller and outlives the run.
   Value *performFunction(const char *name, PlausiContext *context);
 
+  // Runs the check procedure of the field at the path below the root topic
+  // (Topic::getField). All elements of an array share the check of the
+  // array. Throws type 4 with the type hierarchy text when the field has no
+  // procedure, type 5 with the name when there is no root topic.
+  void performFieldCheck(const char *name, PlausiContext *context);
+
+  // The registered data stock, or null.
+  MaterialDescriptor *getMaterial(const char *name);
+
  protected:
   // Must give a value alive at its return, never null.
   virtual Value *performFunctionImpl(RuntimeContext *runtime, const char *name) = 0;
   virtual void performImpl(RuntimeContext *runtime, const char *flow) = 0;
 
+  // Registration, for the constructor of the rule module. Each takes
+  // ownership of what it is given, except the procedure.
+  void setFieldCheckProc(const char *typeHierarchy, FieldCheckProc procedure);
+  // Findable by code, and by value text when that is not null.
+  void registerClassification(Classification *classification, const char *code, const char *value);
+  void setMapping(Mapping *mapping);
+  Mapping *getMapping() const { return mapping_.get(); }
+  void setMappingForMaterial(const char *name, Mapping *mapping);
+  Mapping *getMappingForMaterial(const char *name) const;
+  // The topic is owned together with its TypeDescriptor.
+  void setMaterial(const char *name, Topic *topic);
+  void setRootTopic(Topic *topic);
+
  private:
+  // A topic and its TypeDescriptor, deleted together.
+  struct TopicDeleter {
+    void operator()(Topic *topic) const;
+  };
+  using OwnedTopic = std::unique_ptr<Topic, TopicDeleter>;
+
+  NameMap<FieldCheckProc> fieldCheckProcs_;
+  NameMap<std::unique_ptr<Classification>> classificationsByCode_;
+  NameMap<Classification *> classificationsByValue_;
   InvalidValue invalidValue_;
+  std::unique_ptr<Mapping> mapping_;
+  NameMap<std::unique_ptr<Mapping>> materialMappings_;
+  NameMap<OwnedTopic> materials_;
+  OwnedTopic rootTopic_;
+  // What a later registration replaced, kept until the end.
+  std::vector<std::unique_ptr<Classification>> replacedClassifications_;
+  std::vector<std::unique_ptr<Mapping>> replacedMappings_;
+  std::vector<OwnedTopic> replacedTopics_;
 };
 
 }  // namespace quorel

@@ -16,7 +16,7 @@ class ArraysTest : public ::testing::Test {
  protected:
   RuntimeContext *rt() { return &runtime_; }
 
-  RootTopic root_;
+  StandaloneRoot root_;
   SimpleDataRecord record_;
   NoRules plausi_;
   PlausiContext context_{&record_};

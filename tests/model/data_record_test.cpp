@@ -9,7 +9,7 @@ namespace {
 
 class SimpleDataRecordTest : public ::testing::Test {
  protected:
-  RootTopic root_;
+  StandaloneRoot root_;
   SimpleDataRecord record_;
   TestRun run_;
 };

@@ -39,7 +39,7 @@ TEST(TypeDescriptorTest, DimensionsAndDataStockNames) {
 }
 
 TEST(FieldDescriptorTest, HierarchyTextCarriesIndicesOfEveryStep) {
-  RootTopic root;
+  StandaloneRoot root;
   TestRun run;
   std::int32_t child[] = {1, -1};
   Topic *kind = root.kinder->getElement(&run.runtime, child);

@@ -36,11 +36,11 @@ class AddressTopic : public Topic {
   Topic *createElement() override { return new AddressTopic(getTypeDescriptor(), getParent()); }
 };
 
-// Root: the record type. Owns its own TypeDescriptor, as a Plausi would.
+// Root: the record type. Like every topic it does not own its own
+// TypeDescriptor: a Plausi releases both, or a test through StandaloneRoot.
 class RootTopic : public Topic {
  public:
   RootTopic() : RootTopic(new TypeDescriptor(nullptr, nullptr, "Root", "Antrag", FieldTypeTopic, nullptr, 0)) {}
-  ~RootTopic() override { delete getTypeDescriptor(); }
   Topic *createElement() override { return nullptr; }
 
   Field *name;
@@ -80,6 +80,12 @@ class RootTopic : public Topic {
     setField(fieldName, field);
     return field;
   }
+};
+
+// A root topic that releases its own type, for tests without a Plausi.
+class StandaloneRoot : public RootTopic {
+ public:
+  ~StandaloneRoot() override { delete getTypeDescriptor(); }
 };
 
 // A SimpleDataRecord that logs the name of each operation it receives.

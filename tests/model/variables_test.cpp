@@ -17,7 +17,7 @@ class VariablesTest : public ::testing::Test {
   RuntimeContext *rt() { return &runtime_; }
   PlausiSection *section() { return runtime_.getCurrentSection(); }
 
-  RootTopic root_;
+  StandaloneRoot root_;
   LoggingRecord record_;
   NoRules plausi_;
   PlausiContext context_{&record_};
