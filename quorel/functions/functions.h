@@ -56,6 +56,24 @@ class Functions {
   static Value *KLEINBUCHSTABEN(RuntimeContext *runtime, Value *v);
   static Value *NUMERISCH(RuntimeContext *runtime, Value *v);
   static Value *ERSETZEN(RuntimeContext *runtime, Value *text, Value *search, Value *replacement);
+
+  // Date functions. A date argument is any value with a working asDate().
+  // Today at midnight, local time, without a mask.
+  static Value *HEUTE(RuntimeContext *runtime);
+  static Value *JAHR(RuntimeContext *runtime, Value *date);
+  static Value *MONAT(RuntimeContext *runtime, Value *date);
+  static Value *TAG(RuntimeContext *runtime, Value *date);
+  static Value *JAHR_ALS_ZEICHENKETTE(RuntimeContext *runtime, Value *date);
+  static Value *MONAT_ALS_ZEICHENKETTE(RuntimeContext *runtime, Value *date);
+  static Value *TAG_ALS_ZEICHENKETTE(RuntimeContext *runtime, Value *date);
+  // Shifts by count units: "J" years, "M" months (the day limited to the
+  // month reached), "W" weeks, "T" days, "A" working days (Monday to
+  // Friday). The unit is checked first (type 9). The result keeps the mask
+  // of a DateValue argument, else "TT.MM.JJJJ".
+  static Value *DATUM_VERSCHIEBEN(RuntimeContext *runtime, Value *date, Value *count, Value *unit);
+  // Whole "J" years, "W" weeks or "T" days from the first to the second
+  // date; negative when the second is earlier.
+  static Value *DATUM_DIFFERENZ(RuntimeContext *runtime, Value *first, Value *second, Value *unit);
 };
 
 }  // namespace quorel
