@@ -1,0 +1,27 @@
+// DataRecordSet: the records a query found, in the order of the walk. The
+// records stay the MaterialAccess's and must live as long as the run.
+
+#ifndef QUOREL_MATERIAL_DATA_RECORD_SET_H_
+#define QUOREL_MATERIAL_DATA_RECORD_SET_H_
+
+#include <cstdint>
+#include <vector>
+
+namespace quorel {
+
+class DataRecord;
+
+class DataRecordSet {
+ public:
+  void addDataRecord(DataRecord *record) { records_.push_back(record); }
+  std::int32_t getNumOfDataRecords() const { return static_cast<std::int32_t>(records_.size()); }
+  // The index must be below getNumOfDataRecords().
+  DataRecord *getDataRecord(std::int32_t index) const { return records_[index]; }
+
+ private:
+  std::vector<DataRecord *> records_;
+};
+
+}  // namespace quorel
+
+#endif  // QUOREL_MATERIAL_DATA_RECORD_SET_H_

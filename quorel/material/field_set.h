@@ -1,0 +1,26 @@
+// FieldSet: the fields a query delivers, in order. The fields are not owned.
+
+#ifndef QUOREL_MATERIAL_FIELD_SET_H_
+#define QUOREL_MATERIAL_FIELD_SET_H_
+
+#include <cstdint>
+#include <vector>
+
+namespace quorel {
+
+class Field;
+
+class FieldSet {
+ public:
+  void addField(Field *field) { fields_.push_back(field); }
+  std::int32_t getNumOfFields() const { return static_cast<std::int32_t>(fields_.size()); }
+  // The index must be below getNumOfFields().
+  Field *getField(std::int32_t index) const { return fields_[index]; }
+
+ private:
+  std::vector<Field *> fields_;
+};
+
+}  // namespace quorel
+
+#endif  // QUOREL_MATERIAL_FIELD_SET_H_
