@@ -13,10 +13,15 @@
 #ifndef QUOREL_FUNCTIONS_FUNCTIONS_H_
 #define QUOREL_FUNCTIONS_FUNCTIONS_H_
 
+#include "quorel/model/field_type.h"
+
 namespace quorel {
 
+class FieldArray;
+class LocalArray;
 class RuntimeContext;
 class Value;
+class ValueIterator;
 
 class Functions {
  public:
@@ -56,6 +61,45 @@ class Functions {
   static Value *KLEINBUCHSTABEN(RuntimeContext *runtime, Value *v);
   static Value *NUMERISCH(RuntimeContext *runtime, Value *v);
   static Value *ERSETZEN(RuntimeContext *runtime, Value *text, Value *search, Value *replacement);
+
+  // Numeric functions, on asReal() or asInteger() of their operands.
+  static Value *EXPONENT(RuntimeContext *runtime, Value *a, Value *b);
+  // Remainder of the truncated integers, its sign following a; the divisor
+  // is tested as by div, and one truncating to 0 fails the same way.
+  static Value *MODULO(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *ABSOLUTWERT(RuntimeContext *runtime, Value *v);
+  // Logarithm of a to the base b; type 9 unless both are usable and above 0.
+  static Value *LOGARITHMUS(RuntimeContext *runtime, Value *a, Value *b);
+  static Value *NATUERLICHER_LOGARITHMUS(RuntimeContext *runtime, Value *a);
+  // Random numbers from the process-wide generator, drawn as r / 32767.
+  static Value *ZUFALLSZAHL(RuntimeContext *runtime);
+  static Value *ZUFALLSZAHL_AUS_LISTE(RuntimeContext *runtime, FieldArray *array);
+  static Value *ZUFALLSZAHL_AUS_LISTE(RuntimeContext *runtime, LocalArray *array);
+  static Value *ZUFALLSZAHL_AUS_REIHE(RuntimeContext *runtime, Value *v);
+  static Value *NORMALVERTEILTE_ZUFALLSZAHL(RuntimeContext *runtime, Value *mean, Value *deviation);
+  // The largest element itself (the first among equals), by asReal().
+  static Value *MAXIMUM_AUS_LISTE(RuntimeContext *runtime, FieldArray *array);
+  static Value *MAXIMUM_AUS_LISTE(RuntimeContext *runtime, LocalArray *array);
+  static Value *MAXIMUM_AUS_LISTE(RuntimeContext *runtime, ValueIterator *iterator);
+  static Value *MAXIMUM_AUS_REIHE(RuntimeContext *runtime, Value *v);
+  // Conversions; an operand that is not usable is handed back.
+  static Value *ALS_GANZZAHL(RuntimeContext *runtime, Value *v);
+  static Value *ALS_GANZZAHL_OHNE_RUNDUNG(RuntimeContext *runtime, Value *v);
+  static Value *ALS_KOMMAZAHL(RuntimeContext *runtime, Value *v);
+  static Value *ALS_ZEICHENKETTE(RuntimeContext *runtime, Value *v);
+  // Rounds half away from zero to digits places (none when digits is null
+  // or invalid).
+  static Value *RUNDEN(RuntimeContext *runtime, Value *v, Value *digits);
+
+  // Format checks; neither fails on a value of the wrong shape.
+  // Whether the value fits the type and mask: an invalid value (an empty
+  // field) fits every type, nil and inconvertible values fit none. Only
+  // failures that are not about the value, such as a meaningless mask
+  // (type 9), leave as exceptions.
+  static Value *isTypeConform(RuntimeContext *runtime, Value *value, FieldType type, const char *mask);
+  // Whether the whole text matches the regular expression; false for a
+  // missing argument or a pattern that does not compile.
+  static Value *HAT_FORMAT(RuntimeContext *runtime, Value *pattern, Value *text);
 
   // Date functions. A date argument is any value with a working asDate().
   // Today at midnight, local time, without a mask.

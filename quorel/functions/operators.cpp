@@ -1,21 +1,12 @@
 // The operators of the language: comparison, containment, negation and
 // arithmetic.
 
+#include "quorel/functions/divisor.h"
 #include "quorel/functions/functions.h"
-#include "quorel/rules/plausi_exception.h"
 #include "quorel/rules/runtime_context.h"
-#include "quorel/values/number_value.h"
 #include "quorel/values/value.h"
 
 namespace quorel {
-
-namespace {
-
-[[noreturn]] void divisionByZero() {
-  throw PlausiException(EXCEPTION_DIVISION_BY_ZERO, "Division durch 0.");
-}
-
-}  // namespace
 
 Value *Functions::eq(RuntimeContext *runtime, Value *a, Value *b) { return runtime->createBoolValue(a->eq(b)); }
 Value *Functions::ne(RuntimeContext *runtime, Value *a, Value *b) { return runtime->createBoolValue(a->ne(b)); }
@@ -61,10 +52,7 @@ Value *Functions::mult(RuntimeContext *runtime, Value *a, Value *b) {
 }
 
 Value *Functions::div(RuntimeContext *runtime, Value *a, Value *b) {
-  if (!b->isUsable()) divisionByZero();
-  // Whatever equals the number 0 counts as 0: tiny numbers, ranges of zeros.
-  NumberValue zero(0.0);
-  if (b->eq(&zero)) divisionByZero();
+  checkDivisor(b);
   if (!a->isUsable()) return runtime->createInvalidValue();
   double dividend = a->asReal();
   return runtime->createNumberValue(dividend / b->asReal());

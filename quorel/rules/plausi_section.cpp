@@ -1,5 +1,7 @@
 #include "quorel/rules/plausi_section.h"
 
+#include <iterator>
+
 #include "quorel/values/plausi_object.h"
 
 namespace quorel {
@@ -12,6 +14,16 @@ PlausiSection::~PlausiSection() {
 }
 
 void PlausiSection::addLocalObject(PlausiObject *object) { localObjects_.push_back(object); }
+
+bool PlausiSection::removeLocalObject(PlausiObject *object) {
+  for (auto it = localObjects_.rbegin(); it != localObjects_.rend(); ++it) {
+    if (*it == object) {
+      localObjects_.erase(std::next(it).base());
+      return true;
+    }
+  }
+  return false;
+}
 
 bool PlausiSection::isCalledFromCheckProc() const {
   for (const PlausiSection *p = parent_; p != nullptr; p = p->parent_) {

@@ -31,6 +31,9 @@ class PlausiSection {
 
   // Takes ownership of the object.
   void addLocalObject(PlausiObject *object);
+  // Hands ownership of an object made here back to the caller; false when
+  // the section does not hold it. Recent objects are found first.
+  bool removeLocalObject(PlausiObject *object);
 
   // Notes the read in the outermost check procedure above this section, or
   // here when there is none; repeats and null are kept.

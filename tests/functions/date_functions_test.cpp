@@ -110,7 +110,15 @@ TEST_F(DateFunctionsTest, DistancesCountWholeUnits) {
   EXPECT_EQ(4, distance("29.02.2012", "28.02.2016", "J"));
   EXPECT_EQ(3, distance("29.02.2012", "27.02.2016", "J"));
   EXPECT_EQ(1, distance("29.02.2012", "28.02.2013", "J"));
-  EXPECT_EQ(9987, distance("01.01.0001", "31.12.9988", "J"));
+  std::tm early{}, late{};
+  early.tm_year = 1 - 1900;
+  early.tm_mday = 1;
+  late.tm_year = 9988 - 1900;
+  late.tm_mon = 11;
+  late.tm_mday = 31;
+  EXPECT_EQ(9987.0, Functions::DATUM_DIFFERENZ(rt(), rt()->createDateValue(&early, nullptr),
+                                              rt()->createDateValue(&late, nullptr), text("J"))
+                        ->asReal());
 }
 
 TEST_F(DateFunctionsTest, PartsOfADate) {

@@ -6,7 +6,7 @@ namespace quorel {
 namespace {
 
 TEST(HashCodeTest, FollowsSignedBytesAndWraps) {
-  EXPECT_EQ(0, Util::getHashCode(nullptr));
+  EXPECT_EQ(0, Util::getHashCode(static_cast<const char *>(nullptr)));
   EXPECT_EQ(0, Util::getHashCode(""));
   EXPECT_EQ(96354, Util::getHashCode("abc"));
   // Aa and BB collide, which is why every name-keyed map treats them as one key.

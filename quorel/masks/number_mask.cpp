@@ -1,0 +1,281 @@
+// Number masks: German number texts to numbers and back.
+//
+// A mask is read once into a sign rule and, per part (integer, fraction),
+// the limits of its digit count and a table of required digits. The value is
+// then read in two passes: left to right for characters and maxima, right
+// to left for thousand groups and required digits. The order of the tests
+// decides which message a value with several faults gets.
+
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+#include "quorel/masks/mask_messages.h"
+#include "quorel/masks/util.h"
+
+namespace quorel {
+
+namespace {
+
+using mask_messages::fail;
+
+constexpr char kMinusNotAllowed[] = "Das Minus-Vorzeichen ist nicht erlaubt.";
+constexpr char kPlusNotAllowed[] = "Das Plus-Vorzeichen ist nicht erlaubt.";
+constexpr char kMinusRequired[] = "Die Zahl muss mit dem Minus-Vorzeichen beginnen.";
+constexpr char kPlusRequired[] = "Die Zahl muss mit dem Plus-Vorzeichen beginnen.";
+constexpr char kSignRequired[] = "Die Zahl muss ein Vorzeichen haben.";
+constexpr char kBadThousands[] = "Das Tausendtrennzeichen steht an einer ung\xFC" "ltigen Position.";
+constexpr char kBadDecimal[] = "Das Dezimaltrennzeichen steht an einer ung\xFC" "ltigen Position.";
+constexpr char kInvalidCharacters[] = "Die Zahl enth\xE4" "lt ung\xFC" "ltige Zeichen.";
+constexpr char kMaxIntegerDigits[] = "Die maximale Anzahl der Vorkommastellen wurde \xFC" "berschritten.";
+constexpr char kMaxFractionDigits[] = "Die maximale Anzahl der Nachkommastellen wurde \xFC" "berschritten.";
+constexpr char kMinIntegerDigits[] = "Die minimale Anzahl der Vorkommastellen wurde unterschritten.";
+constexpr char kMinFractionDigits[] = "Die minimale Anzahl der Nachkommastellen wurde unterschritten.";
+
+enum class SignRule { kFree, kRequired, kMinus, kPlus, kNone };
+
+// Digits a part takes when the mask says nothing about it.
+constexpr int kDefaultMaxDigits = 25;
+// Positions a part records; further positions count but require nothing.
+constexpr int kMaxPositions = 18;
+constexpr int kFreeDigit = -1;
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// One part of a number mask.
+struct MaskPart {
+  int positions = 0;        // n
+  bool hasMarker = false;   // a digit character was seen
+  int beforeMarker = 0;     // k
+  int required[kMaxPositions];
+  int maxDigits = kDefaultMaxDigits;
+  int minDigits = 0;
+
+  void addPosition(int digit) {
+    if (positions < kMaxPositions) required[positions] = digit;
+    ++positions;
+  }
+  void noteDigitCharacter() {
+    if (!hasMarker) {
+      hasMarker = true;
+      beforeMarker = positions;
+    }
+  }
+  // The digit required at a position, or kFreeDigit.
+  int requiredAt(int position) const { return position < kMaxPositions ? required[position] : kFreeDigit; }
+
+  // Reads positions from mask up to stop (or the end); gives where it ended.
+  const char *read(const char *mask, char stop) {
+    const char *p = mask;
+    while (*p != '\0' && *p != stop) {
+      bool escaped = *p == '\\';
+      if (escaped) {
+        ++p;
+        if (*p == '\0') break;
+      }
+      char c = *p++;
+      if (c == '#') {
+        addPosition(kFreeDigit);
+      } else if (c == '0' && !escaped) {
+        noteDigitCharacter();
+      } else if (isDigit(c)) {
+        noteDigitCharacter();
+        addPosition(c - '0');
+      }
+    }
+    return p;
+  }
+};
+
+struct NumberMask {
+  SignRule sign = SignRule::kFree;
+  MaskPart integer;
+  MaskPart fraction;
+
+  // forReal: the first '.' ends the integer part and starts the fraction.
+  NumberMask(const char *mask, bool forReal) {
+    integer.minDigits = 1;
+    if (mask == nullptr || *mask == '\0') return;
+    const char *p = mask;
+    if (p[0] == '-') {
+      ++p;
+    } else if (p[0] == '+') {
+      sign = SignRule::kRequired;
+      ++p;
+    } else if (p[0] == '\\' && p[1] == '-') {
+      sign = SignRule::kMinus;
+      p += 2;
+    } else if (p[0] == '\\' && p[1] == '+') {
+      sign = SignRule::kPlus;
+      p += 2;
+    } else if (!(p[0] == '\\' && p[1] == '\0')) {
+      sign = SignRule::kNone;
+    }
+    if (*p == 'L' || *p == 'M' || *p == 'R') ++p;
+    p = integer.read(p, forReal ? '.' : '\0');
+    setLimits(&integer, true);
+    if (forReal && *p == '.') {
+      fraction.read(p + 1, '\0');
+      setLimits(&fraction, false);
+    }
+  }
+
+  static void setLimits(MaskPart *part, bool isInteger) {
+    part->maxDigits = part->positions;
+    if (!part->hasMarker) {
+      part->minDigits = isInteger ? 1 : 0;
+    } else {
+      part->minDigits = isInteger ? part->positions - part->beforeMarker : part->beforeMarker;
+    }
+  }
+};
+
+// Tests the sign at the start of value; gives the first character after it
+// and whether the number is negative.
+const char *readSign(const char *value, SignRule rule, bool *negative) {
+  *negative = false;
+  if (*value == '-') {
+    if (rule == SignRule::kNone || rule == SignRule::kPlus) fail(kMinusNotAllowed);
+    *negative = true;
+    return value + 1;
+  }
+  if (*value == '+') {
+    if (rule == SignRule::kNone || rule == SignRule::kMinus) fail(kPlusNotAllowed);
+    return value + 1;
+  }
+  if (rule == SignRule::kMinus) fail(kMinusRequired);
+  if (rule == SignRule::kPlus) fail(kPlusRequired);
+  if (rule == SignRule::kRequired) fail(kSignRequired);
+  return value;
+}
+
+// The second pass over one part, right to left from end down to begin:
+// thousand groups (only an integer part can hold a point here) and required
+// digits.
+void checkPart(const char *begin, const char *end, const MaskPart &part) {
+  int position = part.positions;
+  int group = 0;
+  for (const char *p = end; p != begin;) {
+    char c = *--p;
+    if (c == '.') {
+      if (group != 3) fail(kBadThousands);
+      group = 0;
+    } else {
+      --position;
+      if (position >= 0) {
+        int required = part.requiredAt(position);
+        if (required != kFreeDigit && required != c - '0') fail(mask_messages::kValueDoesNotFitMask);
+      }
+      ++group;
+    }
+  }
+}
+
+}  // namespace
+
+std::int64_t Util::stringToInteger(const char *value, const char *mask) {
+  if (value == nullptr || *value == '\0') return 0;
+  NumberMask parsed(mask, false);
+  bool negative;
+  const char *digits = readSign(value, parsed.sign, &negative);
+
+  // The accumulator holds the magnitude; a negative number may reach 2^63.
+  const std::uint64_t limit = negative ? std::uint64_t{1} << 63 : std::numeric_limits<std::int64_t>::max();
+  std::uint64_t magnitude = 0;
+  int count = 0;
+  const char *p = digits;
+  for (; *p != '\0'; ++p) {
+    char c = *p;
+    if (isDigit(c)) {
+      // A value beyond 64 bits is too long for an integer, whatever the mask.
+      auto digit = static_cast<std::uint64_t>(c - '0');
+      if (count >= parsed.integer.maxDigits || magnitude > (limit - digit) / 10) {
+        fail(mask_messages::kMaximalLength);
+      }
+      magnitude = magnitude * 10 + digit;
+      ++count;
+    } else if (c == '.') {
+      if (magnitude == 0) fail(kBadThousands);
+    } else {
+      fail(kInvalidCharacters);
+    }
+  }
+  if (count < parsed.integer.minDigits) fail(mask_messages::kMinimalLength);
+  checkPart(digits, p, parsed.integer);
+  if (!negative) return static_cast<std::int64_t>(magnitude);
+  return magnitude == (std::uint64_t{1} << 63) ? std::numeric_limits<std::int64_t>::min()
+                                                : -static_cast<std::int64_t>(magnitude);
+}
+
+double Util::stringToReal(const char *value, const char *mask) {
+  if (value == nullptr || *value == '\0') return 0.0;
+  NumberMask parsed(mask, true);
+  bool negative;
+  const char *digits = readSign(value, parsed.sign, &negative);
+
+  double accumulator = 0.0;
+  int integerCount = 0;
+  int fractionCount = 0;
+  const char *comma = nullptr;
+  double scale = 1.0;
+  const char *p = digits;
+  for (; *p != '\0'; ++p) {
+    char c = *p;
+    if (comma == nullptr) {
+      if (isDigit(c)) {
+        if (integerCount >= parsed.integer.maxDigits) fail(kMaxIntegerDigits);
+        if (accumulator > 0.0) accumulator *= 10.0;
+        accumulator += c - '0';
+        ++integerCount;
+      } else if (c == '.') {
+        if (accumulator == 0.0) fail(kBadThousands);
+      } else if (c == ',') {
+        if (p[1] == '\0') fail(kBadDecimal);
+        comma = p;
+      } else {
+        fail(kInvalidCharacters);
+      }
+    } else {
+      if (!isDigit(c)) fail(kInvalidCharacters);
+      if (fractionCount >= parsed.fraction.maxDigits) fail(kMaxFractionDigits);
+      // Summed digit by digit: d / 10^distance from the comma.
+      scale *= 10.0;
+      accumulator += (c - '0') / scale;
+      ++fractionCount;
+    }
+  }
+  if (comma != nullptr) {
+    checkPart(comma + 1, p, parsed.fraction);
+    checkPart(digits, comma, parsed.integer);
+  } else {
+    checkPart(digits, p, parsed.integer);
+  }
+  if (integerCount < parsed.integer.minDigits) fail(kMinIntegerDigits);
+  if (fractionCount < parsed.fraction.minDigits) fail(kMinFractionDigits);
+  return negative ? accumulator * -1.0 : accumulator;
+}
+
+void Util::integerToString(char *target, std::int64_t number) {
+  std::snprintf(target, kIntegerTextSize, "%lld", static_cast<long long>(number));
+}
+
+void Util::realToString(char *target, double number) {
+  // Locale-independent, as printf's %.18g in the C locale.
+  char *end = std::to_chars(target, target + kRealTextSize - 1, number, std::chars_format::general, 18).ptr;
+  *end = '\0';
+  char *point = std::strchr(target, '.');
+  if (point == nullptr) return;
+  // With an exponent, %g has already dropped the zeros of the mantissa and
+  // cutting at the end would reach into the exponent: only the mark changes.
+  if (std::strchr(target, 'e') == nullptr) {
+    while (end > point && end[-1] == '0') *--end = '\0';
+    if (end - 1 == point) {
+      *point = '\0';
+      return;
+    }
+  }
+  *point = ',';
+}
+
+}  // namespace quorel
