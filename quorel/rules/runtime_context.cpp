@@ -1,8 +1,13 @@
 #include "quorel/rules/runtime_context.h"
 
+#include <cstdarg>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
+#include "quorel/material/material.h"
+#include "quorel/material/material_value.h"
+#include "quorel/model/array_value_iterator.h"
 #include "quorel/rules/classification_ressource.h"
 #include "quorel/values/bool_value.h"
 #include "quorel/values/date_value.h"
@@ -10,6 +15,8 @@
 #include "quorel/values/invalid_value.h"
 #include "quorel/values/nil_value.h"
 #include "quorel/values/number_value.h"
+#include "quorel/values/range_series.h"
+#include "quorel/values/sequence_range.h"
 #include "quorel/values/string_value.h"
 #include "quorel/values/value_iterator.h"
 
@@ -84,6 +91,14 @@ Value *RuntimeContext::createInconvertibleValue(const char *message) {
 
 ValueIterator *RuntimeContext::createIterator(Value *value) { return own(value->asRange()); }
 
+ArrayValueIterator *RuntimeContext::createIterator(FieldArray *array) {
+  return own(new FieldArrayValueIterator(this, array));
+}
+
+ArrayValueIterator *RuntimeContext::createIterator(LocalArray *array) {
+  return own(new LocalArrayValueIterator(this, array));
+}
+
 Value *RuntimeContext::createStringValue(const char *text) { return own(new StringValue(text)); }
 
 Value *RuntimeContext::createBoolValue(bool flag) { return own(new BoolValue(flag)); }
@@ -98,6 +113,56 @@ Value *RuntimeContext::createDateValue(const std::tm *date, const char *mask) {
 
 Value *RuntimeContext::createDateValue(const char *text, const char *mask) {
   return own(new DateValue(text, mask));
+}
+
+Value *RuntimeContext::createSequenceRange(Value *first, Value *second, Value *last) {
+  return own(new SequenceRange(first, second, last));
+}
+
+Value *RuntimeContext::createIntervalRange(Value *first, Value *last, IntervalType type) {
+  return own(new IntervalRange(first, last, type));
+}
+
+Value *RuntimeContext::createRangeSeries(std::int32_t count, ...) {
+  auto series = std::make_unique<RangeSeries>();
+  va_list args;
+  va_start(args, count);
+  std::vector<Value *> members;
+  for (std::int32_t i = 0; i < count; ++i) members.push_back(va_arg(args, Value *));
+  va_end(args);
+  for (Value *member : members) series->addRange(member);
+  return own(series.release());
+}
+
+Value *RuntimeContext::createMaterial(MaterialDescriptor *material, std::int32_t conditions,
+                                      std::int32_t fields, ...) {
+  struct Condition {
+    Field *field;
+    OperatorType op;
+    Value *value;
+  };
+  // Read the arguments first: copying a comparative value may throw.
+  std::vector<Condition> triples;
+  std::vector<Field *> wanted;
+  va_list args;
+  va_start(args, fields);
+  for (std::int32_t i = 0; i < conditions; ++i) {
+    Field *field = va_arg(args, Field *);
+    auto op = static_cast<OperatorType>(va_arg(args, int));
+    triples.push_back({field, op, va_arg(args, Value *)});
+  }
+  for (std::int32_t i = 0; i < fields; ++i) wanted.push_back(va_arg(args, Field *));
+  va_end(args);
+
+  auto filter = std::make_unique<RecordFilter>();
+  for (const Condition &c : triples) filter->addCondition(new FilterCondition(c.field, c.op, c.value));
+  auto fieldSet = std::make_unique<FieldSet>();
+  for (Field *field : wanted) fieldSet->addField(field);
+  return own(new Material(this, material, filter.release(), fieldSet.release()));
+}
+
+Value *RuntimeContext::createMaterialValue(Field *field, DataRecord *record) {
+  return own(new MaterialValue(this, field, record));
 }
 
 }  // namespace quorel

@@ -22,10 +22,16 @@
 
 #include "quorel/rules/plausi_context.h"
 #include "quorel/rules/plausi_section.h"
+#include "quorel/values/interval_range.h"
 
 namespace quorel {
 
+class ArrayValueIterator;
 class ClassificationRessource;
+class Field;
+class FieldArray;
+class LocalArray;
+class MaterialDescriptor;
 class FieldDescriptor;
 class PlausiObject;
 class ValueIterator;
@@ -73,12 +79,24 @@ class RuntimeContext {
   Value *createInvalidValue();
   Value *createInconvertibleValue(const char *message);
   ValueIterator *createIterator(Value *value);  // value->asRange()
+  // Walks of the values of an array, optionally restricted per dimension.
+  ArrayValueIterator *createIterator(FieldArray *array);
+  ArrayValueIterator *createIterator(LocalArray *array);
   Value *createStringValue(const char *text);
   Value *createBoolValue(bool flag);
   Value *createNumberValue(double number);
   Value *createNumberValue(const char *text);  // parsed on first use
   Value *createDateValue(const std::tm *date, const char *mask);
   Value *createDateValue(const char *text, const char *mask);  // parsed on first use
+  // Throws type 9 for a sequence that runs the wrong way or does not move.
+  Value *createSequenceRange(Value *first, Value *second, Value *last);
+  Value *createIntervalRange(Value *first, Value *last, IntervalType type);
+  // Followed by count Value * members.
+  Value *createRangeSeries(std::int32_t count, ...);
+  // A query into a material, run when used: conditions triples of Field *,
+  // OperatorType (int) and Value * (copied), then fields entries of Field *.
+  Value *createMaterial(MaterialDescriptor *material, std::int32_t conditions, std::int32_t fields, ...);
+  Value *createMaterialValue(Field *field, DataRecord *record);
 
  private:
   // Hands the new object to the current section and gives it back.

@@ -24,6 +24,15 @@ inline constexpr const char kDateToReal[] = "Ein Datum kann nicht in eine Zahl k
 inline constexpr const char kDateToBool[] =
     "Ein Datum kann nicht in einen boolschen Wert konvertiert werden.";
 
+inline constexpr const char kSequenceToBool[] =
+    "Eine Sequenz kann nicht in einen boolschen Wert umgewandelt werden.";
+inline constexpr const char kIntervalToInteger[] =
+    "Ein Interval kann nicht in eine ganze Zahl umgewandelt werden.";
+inline constexpr const char kIntervalToReal[] = "Ein Interval kann nicht in eine Zahl umgewandelt werden.";
+inline constexpr const char kIntervalToBool[] =
+    "Ein Interval kann nicht in einen boolschen Wert umgewandelt werden.";
+inline constexpr const char kIntervalNotIterable[] = "Ein Interval kann nicht iteriert werden.";
+
 // Throws the conversion failure (type 8) with the message.
 [[noreturn]] void refuseConversion(const char *message);
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "model/test_tree.h"
+#include "quorel/model/array_value_iterator.h"
 #include "quorel/model/field_array_iterator.h"
 #include "quorel/model/local_array.h"
 #include "quorel/values/value.h"
@@ -99,6 +100,60 @@ TEST_F(ArraysTest, BadPathsFailInOrder) {
   // Many indices are refused in order, not written past a buffer.
   expectFailure([&] { root_.getField(rt(), "Liste[1][2][3][4][5][6][7][8][9][10][11]"); },
                 EXCEPTION_ILLEGAL_ACCESS, "Ung\xFC" "ltiger Elementzugriff.");
+}
+
+}  // namespace
+}  // namespace quorel
+
+namespace quorel {
+namespace {
+
+class ArrayValueIteratorTest : public ArraysTest {
+ protected:
+  std::vector<std::string> values(ArrayValueIterator *it) {
+    std::vector<std::string> texts;
+    while (it->hasNext()) {
+      Value *value = it->next();
+      texts.push_back(value->isNil() ? "nil" : value->asString());
+    }
+    return texts;
+  }
+};
+
+TEST_F(ArrayValueIteratorTest, WalksRowsWithRestrictions) {
+  LocalArray square(2, 2, 2);
+  for (int i = 0; i < 2; ++i) {
+    for (int j = 0; j < 2; ++j) {
+      std::string text = std::to_string(i) + "," + std::to_string(j);
+      square.getElement(rt(), 2, i, j)->set(rt(), rt()->createStringValue(text.c_str()));
+    }
+  }
+  EXPECT_EQ((std::vector<std::string>{"0,0", "0,1", "1,0", "1,1"}), values(rt()->createIterator(&square)));
+  ArrayValueIterator *second = rt()->createIterator(&square);
+  Value *one = rt()->createNumberValue(1.0);
+  second->setRestriction(1, rt()->createRangeSeries(1, one));
+  EXPECT_EQ((std::vector<std::string>{"0,1", "1,1"}), values(second));
+  ArrayValueIterator *row = rt()->createIterator(&square);
+  row->setRestriction(0, one);
+  EXPECT_EQ((std::vector<std::string>{"1,0", "1,1"}), values(row));
+}
+
+TEST_F(ArrayValueIteratorTest, EmptyArraysStillGiveTheirFirstElement) {
+  // Liste is declared with 3 elements; the record holds 1 and 2 of them.
+  record_.setValue("Root.Liste[0]", 1);
+  record_.setValue("Root.Liste[2]", 2);
+  std::vector<std::string> texts = values(rt()->createIterator(root_.liste));
+  EXPECT_EQ((std::vector<std::string>{"1", "", "2"}), texts);
+  EXPECT_EQ(3, rt()->getCurrentSection()->getNumOfAccessedFields());  // reads are noted
+  LocalArray empty(1, 0);
+  EXPECT_EQ(1u, values(rt()->createIterator(&empty)).size());
+  ArrayValueIterator *beyond = rt()->createIterator(&empty);
+  beyond->setRestriction(0, rt()->createNumberValue(5.0));
+  EXPECT_EQ(1u, values(beyond).size());
+  // A walk stopped early or failing midway leaves nothing behind.
+  ArrayValueIterator *bad = rt()->createIterator(&empty);
+  bad->setRestriction(0, rt()->createIntervalRange(rt()->createNumberValue(0.0), rt()->createNumberValue(1.0), INCLUDE_BOTH));
+  expectFailure([&] { bad->hasNext(); }, EXCEPTION_CONVERSION, "Ein Interval kann nicht iteriert werden.");
 }
 
 }  // namespace

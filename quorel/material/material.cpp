@@ -1,0 +1,98 @@
+#include "quorel/material/material.h"
+
+#include "quorel/logging/logger.h"
+#include "quorel/material/data_record_set.h"
+#include "quorel/material/material_access.h"
+#include "quorel/material/material_value.h"
+#include "quorel/model/material_descriptor.h"
+#include "quorel/rules/plausi_exception.h"
+#include "quorel/rules/runtime_context.h"
+#include "quorel/values/iterator_iterator.h"
+#include "quorel/values/nil_value.h"
+#include "quorel/values/value_set.h"
+
+namespace quorel {
+
+Material::Material(RuntimeContext *context, MaterialDescriptor *material, RecordFilter *filter,
+                   FieldSet *fields)
+    : Material(context, material, std::shared_ptr<RecordFilter>(filter), std::shared_ptr<FieldSet>(fields)) {}
+
+Material::Material(RuntimeContext *context, MaterialDescriptor *material, std::shared_ptr<RecordFilter> filter,
+                   std::shared_ptr<FieldSet> fields)
+    : context_(context), material_(material), fields_(std::move(fields)), filter_(std::move(filter)) {}
+
+Material::~Material() = default;
+
+namespace {
+
+MaterialAccess *availableAccess(RuntimeContext *context, MaterialDescriptor *material) {
+  MaterialAccess *access = context->getMaterialAccess();
+  if (access == nullptr || !access->isMaterialAvailable(material)) {
+    throw PlausiException(EXCEPTION_MATERIAL_ACCESS, material->getMaterialName());
+  }
+  return access;
+}
+
+}  // namespace
+
+void Material::readRecords(DataRecordSet *records) {
+  availableAccess(context_, material_)->readRecords(records, material_, filter_.get(), fields_.get());
+  Logger *logger = context_->getLogger();
+  if (logger->isDebugOn()) {
+    logger->debug() << "Material::asRange() => records = " << records->getNumOfDataRecords();
+  }
+}
+
+ValueIterator *Material::asRange() {
+  auto walk = std::make_unique<IteratorIterator>();
+  DataRecordSet records;
+  readRecords(&records);
+  for (std::int32_t r = 0; r < records.getNumOfDataRecords(); ++r) {
+    for (std::int32_t f = 0; f < fields_->getNumOfFields(); ++f) {
+      Value *value = context_->createMaterialValue(fields_->getField(f), records.getDataRecord(r));
+      walk->addIterator(value->asRange());
+    }
+  }
+  return walk.release();
+}
+
+Value *Material::getFirstValue() {
+  if (firstValue_ != nullptr) return firstValue_;
+  // The same query and reads as a walk, with the values kept here rather
+  // than in the current section, since the first value is kept for good.
+  DataRecordSet records;
+  readRecords(&records);
+  for (std::int32_t r = 0; r < records.getNumOfDataRecords(); ++r) {
+    for (std::int32_t f = 0; f < fields_->getNumOfFields(); ++f) {
+      auto value = std::make_unique<MaterialValue>(context_, fields_->getField(f), records.getDataRecord(r));
+      value->isNil();  // reads the field now, in walk order
+      firstQuery_.push_back(std::move(value));
+    }
+  }
+  if (firstQuery_.empty()) firstQuery_.push_back(std::make_unique<NilValue>());
+  firstValue_ = firstQuery_.front().get();
+  return firstValue_;
+}
+
+const char *Material::asString() { return getFirstValue()->asString(); }
+std::int64_t Material::asInteger() { return getFirstValue()->asInteger(); }
+double Material::asReal() { return getFirstValue()->asReal(); }
+bool Material::asBool() { return getFirstValue()->asBool(); }
+
+Value *Material::copy() { return new Material(context_, material_, filter_, fields_); }
+
+bool Material::containsImpl(Value *other) {
+  ValueSet values;
+  {
+    std::unique_ptr<ValueIterator> walk(other->asRange());
+    while (walk->hasNext()) values.addValue(walk->next());
+  }
+  if (values.getNumOfValues() != fields_->getNumOfFields()) {
+    throw PlausiException(EXCEPTION_ILLEGAL_ARGUMENT,
+                          "Fehler beim Materialzugriff: Anzahl der Werte stimmt nicht mit der Anzahl der "
+                          "Felder \xFC" "berein.");
+  }
+  return availableAccess(context_, material_)->containsValues(material_, filter_.get(), fields_.get(), &values);
+}
+
+}  // namespace quorel

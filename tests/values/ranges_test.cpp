@@ -1,0 +1,180 @@
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "quorel/values/interval_range.h"
+#include "quorel/values/iterator_iterator.h"
+#include "quorel/values/range_series.h"
+#include "quorel/values/sequence_range.h"
+#include "quorel/values/single_value_iterator.h"
+#include "quorel/values/value_set.h"
+#include "test_support.h"
+
+namespace quorel {
+namespace {
+
+class RangesTest : public ::testing::Test {
+ protected:
+  RuntimeContext *rt() { return &run_.runtime; }
+  Value *n(double d) { return rt()->createNumberValue(d); }
+  Value *text(const char *t) { return rt()->createStringValue(t); }
+  Value *seq(double a, double b, double c) { return rt()->createSequenceRange(n(a), n(b), n(c)); }
+
+  std::vector<std::string> walk(Value *range) {
+    std::vector<std::string> texts;
+    std::unique_ptr<ValueIterator> it(range->asRange());
+    while (it->hasNext()) texts.push_back(it->next()->asString());
+    return texts;
+  }
+
+  TestRun run_;
+};
+
+TEST_F(RangesTest, SequencesAreValidatedInOrder) {
+  expectFailure([&] { seq(1, 3, 2); }, EXCEPTION_ILLEGAL_ARGUMENT,
+                "Ung\xFC" "ltige Sequenz: Der letzte Wert ist kleiner als der zweite.");
+  expectFailure([&] { seq(10, 8, 9); }, EXCEPTION_ILLEGAL_ARGUMENT,
+                "Ung\xFC" "ltige Sequenz: Der letzte Wert ist gr\xF6" "sser als der zweite.");
+  expectFailure([&] { seq(1, 1, 5); }, EXCEPTION_ILLEGAL_ARGUMENT,
+                "Ung\xFC" "ltige Sequenz: Die Schrittweite ist 0.");
+  // Texts that differ as texts but not as numbers pass, and cannot be walked.
+  Value *same = rt()->createSequenceRange(text("1"), text("1,0"), text("5"));
+  expectFailure([&] { delete same->asRange(); }, EXCEPTION_ILLEGAL_ARGUMENT, "Schrittweite der Sequenz ist 0.");
+}
+
+TEST_F(RangesTest, SequencesWalkExactlyAndContainWithTolerance) {
+  EXPECT_EQ((std::vector<std::string>{"1", "3"}), walk(seq(1, 3, 3)));
+  EXPECT_EQ((std::vector<std::string>{"10", "8", "6", "4", "2"}), walk(seq(10, 8, 1)));
+  EXPECT_EQ((std::vector<std::string>{"5", "3", "1"}), walk(seq(5, 3, 0)));
+  Value *tenths = seq(0.1, 0.2, 0.3);
+  EXPECT_EQ(2u, walk(tenths).size());
+  EXPECT_TRUE(tenths->contains(n(0.3)));
+  Value *odd = seq(1, 3, 10);
+  EXPECT_EQ(25, odd->asInteger());
+  EXPECT_EQ(25.0, odd->asReal());
+  EXPECT_TRUE(odd->contains(n(9)));
+  EXPECT_FALSE(odd->contains(n(4)));
+  EXPECT_FALSE(odd->contains(n(10)));
+  EXPECT_FALSE(odd->contains(n(11)));
+  Value *falling = seq(10, 8, 1);
+  EXPECT_TRUE(falling->contains(n(2)));
+  EXPECT_FALSE(falling->contains(n(1)));
+  EXPECT_STREQ("1, 3..10", odd->asString());
+  expectFailure([&] { odd->asBool(); }, EXCEPTION_CONVERSION,
+                "Eine Sequenz kann nicht in einen boolschen Wert umgewandelt werden.");
+  expectFailure([&] { odd->asDate(); }, EXCEPTION_CONVERSION,
+                "Eine Reihe kann nicht in einen Datumswert umgewandelt werden.");
+  // Each element is a new number that outlives the walk.
+  std::unique_ptr<ValueIterator> it(odd->asRange());
+  Value *first = it->next();
+  Value *second = it->next();
+  it.reset();
+  EXPECT_NE(first, second);
+  EXPECT_EQ(3.0, second->asReal());
+}
+
+TEST_F(RangesTest, AWalkWhoseStepIsLostInRoundingEnds) {
+  // At 2^53 a step of 1 no longer moves the running value; the walk stops
+  // there instead of repeating it forever.
+  double big = 9007199254740992.0;
+  std::vector<std::string> texts = walk(seq(big - 2, big - 1, big + 100));
+  EXPECT_EQ(3u, texts.size());
+}
+
+TEST_F(RangesTest, IntervalsContainButDoNotWalk) {
+  Value *last = rt()->createIntervalRange(n(1), n(10), INCLUDE_LAST);
+  EXPECT_TRUE(last->contains(n(10)));
+  EXPECT_FALSE(last->contains(n(1)));
+  Value *none = rt()->createIntervalRange(n(1), n(10), INCLUDE_NONE);
+  EXPECT_FALSE(none->contains(n(10)));
+  EXPECT_FALSE(none->contains(n(1)));
+  EXPECT_TRUE(none->contains(n(5.5)));
+  EXPECT_FALSE(rt()->createIntervalRange(n(10), n(1), INCLUDE_BOTH)->contains(n(5)));
+  Value *letters = rt()->createIntervalRange(text("b"), text("d"), INCLUDE_BOTH);
+  EXPECT_TRUE(letters->contains(text("c")));
+  EXPECT_STREQ("1-+10", last->asString());
+  EXPECT_STREQ("b++d", letters->asString());
+  const char kNotIterable[] = "Ein Interval kann nicht iteriert werden.";
+  expectFailure([&] { last->eq(n(5)); }, EXCEPTION_CONVERSION, kNotIterable);
+  EXPECT_FALSE(last->eq(rt()->createInvalidValue()));
+  expectFailure([&] { last->asReal(); }, EXCEPTION_CONVERSION,
+                "Ein Interval kann nicht in eine Zahl umgewandelt werden.");
+  expectFailure([&] { last->asInteger(); }, EXCEPTION_CONVERSION,
+                "Ein Interval kann nicht in eine ganze Zahl umgewandelt werden.");
+  expectFailure([&] { last->asBool(); }, EXCEPTION_CONVERSION,
+                "Ein Interval kann nicht in einen boolschen Wert umgewandelt werden.");
+}
+
+TEST_F(RangesTest, ComparisonsGoElementByElement) {
+  EXPECT_FALSE(seq(1, 2, 3)->eq(seq(1, 2, 4)));
+  EXPECT_FALSE(seq(1, 2, 3)->ne(seq(1, 2, 4)));
+  EXPECT_TRUE(seq(1, 2, 3)->eq(seq(1, 2, 3)));
+  Value *threes = rt()->createRangeSeries(2, n(3), n(3));
+  EXPECT_TRUE(n(3)->eq(threes));
+  EXPECT_FALSE(n(3)->eq(seq(3, 4, 4)));
+  EXPECT_TRUE(n(5)->gt(seq(1, 2, 4)));  // greater than all elements
+  EXPECT_TRUE(seq(1, 2, 3)->ne(seq(4, 5, 6)));
+  Value *empty = rt()->createRangeSeries(0);
+  EXPECT_TRUE(empty->eq(n(1)));
+  EXPECT_TRUE(empty->ne(n(1)));
+  EXPECT_TRUE(empty->eq(rt()->createRangeSeries(0)));
+  EXPECT_TRUE(empty->lt(text("x")));
+}
+
+TEST_F(RangesTest, SeriesTextsSumsAndCopies) {
+  Value *empty = rt()->createRangeSeries(0);
+  EXPECT_STREQ("'lehre Wertebereichs-Reihe'", empty->asString());
+  EXPECT_EQ(0, empty->asInteger());
+  EXPECT_EQ(0.0, empty->asReal());
+  EXPECT_FALSE(empty->asBool());
+  EXPECT_FALSE(empty->contains(n(1)));
+  Value *series = rt()->createRangeSeries(2, n(1), n(2));
+  EXPECT_STREQ("[1][2]", series->asString());
+  EXPECT_STREQ("[1][2][3]", rt()->createRangeSeries(1, seq(1, 2, 3))->asString());
+  EXPECT_TRUE(rt()->createRangeSeries(2, n(0), n(1))->asBool());
+  EXPECT_EQ(6, rt()->createRangeSeries(2, seq(1, 2, 3), n(0))->asInteger());
+  EXPECT_TRUE(rt()->createRangeSeries(2, seq(1, 3, 9), n(4))->contains(n(4)));
+
+  RangeSeries source(1, n(1));
+  std::unique_ptr<Value> copy(source.copy());
+  source.addRange(n(2));
+  EXPECT_STREQ("[1]", copy->asString());
+  EXPECT_STREQ("[1][2]", source.asString());
+
+  Value *withInterval = rt()->createRangeSeries(2, n(1), rt()->createIntervalRange(n(1), n(2), INCLUDE_BOTH));
+  expectFailure([&] { withInterval->asString(); }, EXCEPTION_CONVERSION, "Ein Interval kann nicht iteriert werden.");
+}
+
+TEST_F(RangesTest, IteratorChainsLookOnlyAtTheirHead) {
+  IteratorIterator none;
+  EXPECT_FALSE(none.hasNext());
+  expectFailure([&] { none.next(); }, EXCEPTION_ITERATION, "Iterations\xFC" "berlauf.");
+  Value *a = n(1);
+  Value *b = n(2);
+  IteratorIterator two;
+  two.addIterator(new SingleValueIterator(a));
+  two.addIterator(new SingleValueIterator(b));
+  EXPECT_EQ(a, two.next());
+  EXPECT_EQ(b, two.next());
+  EXPECT_FALSE(two.hasNext());
+  IteratorIterator blocked;
+  blocked.addIterator(rt()->createRangeSeries(0)->asRange());
+  blocked.addIterator(new SingleValueIterator(a));
+  EXPECT_FALSE(blocked.hasNext());
+  // The same holds inside a series: an empty member ends the walk.
+  EXPECT_STREQ("[1]", rt()->createRangeSeries(3, n(1), rt()->createRangeSeries(0), n(2))->asString());
+}
+
+TEST_F(RangesTest, ValueSetsHoldCopies) {
+  ValueSet set;
+  Value *one = n(1);
+  set.addValue(one);
+  EXPECT_EQ(1, set.getNumOfValues());
+  EXPECT_NE(one, set.getValue(0));
+  EXPECT_TRUE(set.getValue(0)->eq(one));
+}
+
+}  // namespace
+}  // namespace quorel
