@@ -1,0 +1,67 @@
+// The format checks of the language: conformity to a declared type and mask,
+// and a whole-text match against a regular expression.
+
+#include <ctime>
+#include <string>
+
+#include "quorel/functions/functions.h"
+#include "quorel/masks/util.h"
+#include "quorel/pattern/pattern.h"
+#include "quorel/rules/plausi_exception.h"
+#include "quorel/rules/runtime_context.h"
+#include "quorel/values/value.h"
+
+namespace quorel {
+
+namespace {
+
+// Tries the conversion of the type; throws what it throws.
+bool convertsTo(Value *value, FieldType type, const char *mask) {
+  switch (type) {
+    case FieldTypeText:
+      Util::stringToString(value->asString(), mask);
+      return true;
+    case FieldTypeBool:
+      value->asBool();
+      return true;
+    case FieldTypeInteger:
+      Util::stringToInteger(value->asString(), mask);
+      return true;
+    case FieldTypeReal:
+      Util::stringToReal(value->asString(), mask);
+      return true;
+    case FieldTypeDate: {
+      std::tm date{};
+      Util::stringToDate(&date, value->asString(), mask);
+      return true;
+    }
+    case FieldTypeFree:
+      value->asString();
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+Value *Functions::isTypeConform(RuntimeContext *runtime, Value *value, FieldType type, const char *mask) {
+  if (!value->isValid()) return runtime->createBoolValue(!value->isNil());
+  bool conform;
+  try {
+    conform = convertsTo(value, type, mask);
+  } catch (const PlausiException &e) {
+    if (e.getType() != EXCEPTION_CONVERSION) throw;
+    conform = false;
+  }
+  return runtime->createBoolValue(conform);
+}
+
+Value *Functions::HAT_FORMAT(RuntimeContext *runtime, Value *pattern, Value *text) {
+  if (!pattern->isUsable() || !text->isUsable()) return runtime->createBoolValue(false);
+  std::string input = text->asString();
+  std::string expression = pattern->asString();
+  return runtime->createBoolValue(Pattern::matches(expression.c_str(), input.c_str(), 0));
+}
+
+}  // namespace quorel

@@ -1,0 +1,115 @@
+// Pattern: a compiled regular expression of the rule language, and its
+// compiler.
+//
+// compile() reads the pattern text in one recursive pass and builds a graph
+// of NFANode objects, which the Pattern owns through its node register (the
+// graph has cycles). A syntax error is reported on the standard error
+// stream (the pattern, a caret line and one of two wordings), and compile
+// gives null. matches() tests a whole input against a whole pattern, the one
+// way the library matches.
+//
+// Limits: compiling and matching recurse, the compiler per nesting level and
+// alternative, the matcher per node on the path (a run of one byte-atom
+// under a greedy quantifier costs no recursion). Both watch the stack of the
+// calling thread: a pattern too deeply nested for it is reported as a syntax
+// error, and an input whose match would need more stack than the thread has
+// left, less a safety margin of 512 KB, is refused as not matching. Nothing
+// overflows the stack, whatever the pattern and input.
+//
+// Several threads may compile and match at once: the only shared state is
+// the empty registeredPatterns.
+
+#ifndef QUOREL_PATTERN_PATTERN_H_
+#define QUOREL_PATTERN_PATTERN_H_
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "quorel/pattern/nfa_nodes.h"
+#include "quorel/pattern/pattern_matcher.h"
+
+class Pattern {
+ public:
+  static constexpr std::int32_t CaseInsensitive = 1;
+  static constexpr std::int32_t Literal = 2;
+  static constexpr std::int32_t DotAll = 4;
+  static constexpr std::int32_t MultiLine = 8;
+  static constexpr std::int32_t UnixLines = 16;
+
+  // Patterns that {name} may refer to: name to text and flags. Nothing adds
+  // to it, so every {name} is a syntax error.
+  static const std::map<std::string, std::pair<std::string, std::int32_t>> registeredPatterns;
+
+  // A new Pattern that the caller owns, or null after a syntax error.
+  static Pattern *compile(const char *pattern, std::int32_t flags);
+  // Whether the whole input matches the whole pattern; false for a pattern
+  // that does not compile.
+  static bool matches(const char *pattern, const char *input, std::int32_t flags);
+
+  ~Pattern();
+  Pattern(const Pattern &) = delete;
+  Pattern &operator=(const Pattern &) = delete;
+
+  NFANode *getHead() const { return head_; }
+  PatternMatcher *getMatcher() const { return matcher_.get(); }
+  std::int32_t getGroupCount() const { return groupCount_; }
+  std::int32_t getNonCapturingCounter() const { return nonCapturingCounter_; }
+  // The dump of the node graph on standard output.
+  void print() const;
+
+ private:
+  Pattern(const char *text, std::int32_t flags);
+
+  // Makes a node and enters it into the register.
+  template <typename T, typename... Args>
+  T *make(Args &&...args) {
+    T *node = new T(std::forward<Args>(args)...);
+    nodes_[node] = true;
+    return node;
+  }
+  NFANode *makeCharNode(char c);
+  NFANode *makeClassNode(const std::string &classText, bool inverted);
+
+  bool atEnd() const { return cursor_ >= static_cast<std::int32_t>(text_.size()); }
+  char peek(std::int32_t offset = 0) const;
+  bool has(std::int32_t flag) const { return (flags_ & flag) != 0; }
+
+  // The compiler.
+  NFANode *parseSequence(bool inParentheses, bool isAlternative, NFANode **tailOut, std::int32_t groupIndex,
+                         bool headed);
+  NFANode *applyQuantifier(NFANode *atom);
+  NFANode *applyGroupQuantifier(NFANode *head, NFANode *tail, std::int32_t groupIndex);
+  bool readQuantifier(std::int32_t *minimum, std::int32_t *maximum, QuantifierKind *kind);
+  bool readBounds(std::int32_t *minimum, std::int32_t *maximum);
+  NFANode *readBackReference();
+  NFANode *readQuotedText();
+  NFANode *readLookBehind(bool positive, NFANode **tailOut);
+  NFANode *readNamedReference(NFANode **tailOut);
+  // Reads inline flags behind "(?" up to ':' or ')'; false after a report.
+  bool readFlags();
+
+  // Classes and escapes.
+  void reportSyntaxError();
+  std::string readClass();
+  std::string readEscape(bool *inverted, bool *quoted);
+  std::string readOctalEscape();
+  std::string readHexEscape();
+  std::string readClassName();
+  std::string invertClass(const std::string &members) const;
+
+  std::map<NFANode *, bool> nodes_;
+  std::unique_ptr<PatternMatcher> matcher_;
+  NFANode *head_ = nullptr;
+  std::string text_;
+  bool error_ = false;
+  std::int32_t cursor_ = 0;
+  std::int32_t groupCount_ = 0;
+  std::int32_t nonCapturingCounter_ = 0;
+  std::int32_t flags_;
+  std::uintptr_t stackLimit_ = 0;
+};
+
+#endif  // QUOREL_PATTERN_PATTERN_H_

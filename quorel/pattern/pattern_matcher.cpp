@@ -1,0 +1,62 @@
+#include "quorel/pattern/pattern_matcher.h"
+
+#include "quorel/pattern/nfa_node.h"
+#include "quorel/pattern/pattern.h"
+#include "quorel/pattern/stack_guard.h"
+
+PatternMatcher::PatternMatcher(Pattern *pattern, const char *input)
+    : pattern_(pattern),
+      groupCount_(pattern->getGroupCount()),
+      nonCapturingCount_(-pattern->getNonCapturingCounter()) {
+  setInput(input);
+  auto size = static_cast<std::size_t>(groupCount_ + nonCapturingCount_);
+  // Starts and ends of the capturing groups begin at 0; the nodes write every
+  // other entry before they read it.
+  starts_.assign(size, 0);
+  ends_.assign(size, 0);
+  loopCounts_.assign(size, 0);
+  loopPositions_.assign(size, 0);
+  loopSavedCounts_.assign(size, 0);
+}
+
+std::int32_t PatternMatcher::read(const std::vector<std::int32_t> &array, std::int32_t gi) const {
+  std::int32_t slot = gi + nonCapturingCount_;
+  if (gi >= groupCount_ || slot < 0) return -1;
+  return array[static_cast<std::size_t>(slot)];
+}
+
+void PatternMatcher::write(std::vector<std::int32_t> *array, std::int32_t gi, std::int32_t value) {
+  std::int32_t slot = gi + nonCapturingCount_;
+  if (gi >= groupCount_ || slot < 0) return;
+  (*array)[static_cast<std::size_t>(slot)] = value;
+}
+
+void PatternMatcher::reset() {
+  lastMatchEnd_ = 0;
+  resetGroups();
+}
+
+void PatternMatcher::resetGroups() {
+  lastMatchEnd_ = 0;
+  for (std::int32_t gi = 0; gi < groupCount_; ++gi) {
+    setStart(gi, -1);
+    setEnd(gi, -1);
+    setLoopCount(gi, -1);
+  }
+  for (std::int32_t gi = -1; gi >= -nonCapturingCount_; --gi) setLoopCount(gi, -1);
+}
+
+bool PatternMatcher::hasStackFor(const void *frame) {
+  if (stackExhausted_) return false;
+  if (reinterpret_cast<std::uintptr_t>(frame) < stackLimit_) stackExhausted_ = true;
+  return !stackExhausted_;
+}
+
+bool PatternMatcher::matches() {
+  mode_ = MatchWhole;
+  resetGroups();
+  stackLimit_ = pattern_stack::lowestFrameAddress();
+  stackExhausted_ = false;
+  std::int32_t end = pattern_->getHead()->match(input_.c_str(), this, 0);
+  return !stackExhausted_ && end == inputLength();
+}

@@ -1,0 +1,78 @@
+// PatternMatcher: the state of one match of a Pattern: the input and the
+// group arrays that the nodes write and read.
+//
+// The five arrays are addressed by group index on both sides of 0:
+// capturing groups from 0 up, non-capturing groups from -1 down. Indexes
+// outside read as "never set" and are never written. Made by Pattern::compile
+// and owned by its Pattern.
+//
+// The matcher also keeps the stack guard of a match: a run that would need
+// more stack than the thread has left (within a safety margin) is refused
+// as a failure to match, and stackExhausted() tells so afterwards.
+
+#ifndef QUOREL_PATTERN_PATTERN_MATCHER_H_
+#define QUOREL_PATTERN_PATTERN_MATCHER_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class Pattern;
+
+class PatternMatcher {
+ public:
+  // The only mode bit: the whole input must match.
+  static constexpr std::int32_t MatchWhole = 1;
+
+  PatternMatcher(Pattern *pattern, const char *input);
+
+  PatternMatcher(const PatternMatcher &) = delete;
+  PatternMatcher &operator=(const PatternMatcher &) = delete;
+
+  // Whether the whole input matches the whole pattern.
+  bool matches();
+  void reset();
+  void resetGroups();
+  void setInput(const char *input) { input_ = input != nullptr ? input : ""; }
+
+  std::int32_t getMode() const { return mode_; }
+  std::int32_t getLastMatchEnd() const { return lastMatchEnd_; }
+  std::int32_t inputLength() const { return static_cast<std::int32_t>(input_.size()); }
+
+  // Group arrays by index; an index outside gives -1 and takes no write.
+  std::int32_t start(std::int32_t gi) const { return read(starts_, gi); }
+  std::int32_t end(std::int32_t gi) const { return read(ends_, gi); }
+  std::int32_t loopCount(std::int32_t gi) const { return read(loopCounts_, gi); }
+  std::int32_t loopPosition(std::int32_t gi) const { return read(loopPositions_, gi); }
+  std::int32_t loopSavedCount(std::int32_t gi) const { return read(loopSavedCounts_, gi); }
+  void setStart(std::int32_t gi, std::int32_t v) { write(&starts_, gi, v); }
+  void setEnd(std::int32_t gi, std::int32_t v) { write(&ends_, gi, v); }
+  void setLoopCount(std::int32_t gi, std::int32_t v) { write(&loopCounts_, gi, v); }
+  void setLoopPosition(std::int32_t gi, std::int32_t v) { write(&loopPositions_, gi, v); }
+  void setLoopSavedCount(std::int32_t gi, std::int32_t v) { write(&loopSavedCounts_, gi, v); }
+
+  // Whether a further level of matching fits on the stack; once it does not,
+  // the match is refused.
+  bool hasStackFor(const void *frame);
+  bool stackExhausted() const { return stackExhausted_; }
+
+ private:
+  std::int32_t read(const std::vector<std::int32_t> &array, std::int32_t gi) const;
+  void write(std::vector<std::int32_t> *array, std::int32_t gi, std::int32_t value);
+
+  Pattern *pattern_;
+  std::string input_;
+  std::vector<std::int32_t> starts_;
+  std::vector<std::int32_t> ends_;
+  std::vector<std::int32_t> loopCounts_;
+  std::vector<std::int32_t> loopPositions_;
+  std::vector<std::int32_t> loopSavedCounts_;
+  std::int32_t lastMatchEnd_ = 0;
+  std::int32_t groupCount_;
+  std::int32_t nonCapturingCount_;
+  std::int32_t mode_ = 0;
+  std::uintptr_t stackLimit_ = 0;
+  bool stackExhausted_ = false;
+};
+
+#endif  // QUOREL_PATTERN_PATTERN_MATCHER_H_

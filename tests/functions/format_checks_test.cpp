@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include "quorel/functions/functions.h"
+#include "quorel/values/value.h"
+#include "test_support.h"
+
+namespace quorel {
+namespace {
+
+class FormatChecksTest : public ::testing::Test {
+ protected:
+  RuntimeContext *rt() { return &run_.runtime; }
+  bool conform(Value *v, FieldType type, const char *mask = nullptr) {
+    return Functions::isTypeConform(rt(), v, type, mask)->asBool();
+  }
+  bool hatFormat(Value *pattern, Value *text) { return Functions::HAT_FORMAT(rt(), pattern, text)->asBool(); }
+  Value *text(const char *t) { return rt()->createStringValue(t); }
+
+  TestRun run_;
+};
+
+TEST_F(FormatChecksTest, NonValuesConformByTheirKind) {
+  for (int type = 0; type <= 7; ++type) {
+    auto fieldType = static_cast<FieldType>(type);
+    EXPECT_TRUE(conform(rt()->createInvalidValue(), fieldType)) << type;
+    EXPECT_FALSE(conform(rt()->createInconvertibleValue("x"), fieldType)) << type;
+    EXPECT_FALSE(conform(rt()->createNilValue(), fieldType)) << type;
+  }
+}
+
+TEST_F(FormatChecksTest, ValuesAreTriedByTheConversionOfTheType) {
+  EXPECT_TRUE(conform(text("12"), FieldTypeInteger));
+  EXPECT_FALSE(conform(text("12a"), FieldTypeInteger));
+  EXPECT_TRUE(conform(rt()->createNumberValue(12.0), FieldTypeInteger));
+  EXPECT_FALSE(conform(rt()->createNumberValue(1.5), FieldTypeInteger));  // its text 1,5 is no integer
+  EXPECT_TRUE(conform(text("1,5"), FieldTypeReal));
+  EXPECT_TRUE(conform(text("wahr"), FieldTypeBool));
+  EXPECT_FALSE(conform(text("ja"), FieldTypeBool));
+  EXPECT_TRUE(conform(text("29.02.2012"), FieldTypeDate));
+  EXPECT_FALSE(conform(text("29.02.2013"), FieldTypeDate));
+  EXPECT_TRUE(conform(text("alles"), FieldTypeFree));
+  EXPECT_FALSE(conform(text("alles"), FieldTypeTopic));
+  EXPECT_FALSE(conform(text("alles"), static_cast<FieldType>(7)));
+  EXPECT_TRUE(conform(text("abc"), FieldTypeText));
+}
+
+TEST_F(FormatChecksTest, PatternsMatchTheWholeText) {
+  EXPECT_TRUE(hatFormat(text("[0-9]+"), text("123")));
+  EXPECT_FALSE(hatFormat(text("[0-9]+"), text("123a")));
+  EXPECT_TRUE(hatFormat(text("[0-9]+"), rt()->createNumberValue(42.0)));
+  EXPECT_FALSE(hatFormat(text("[0-9]+"), rt()->createNumberValue(4.5)));  // text form 4,5
+  // The first argument is the pattern, never the reverse.
+  EXPECT_FALSE(hatFormat(text("123"), text("[0-9]+")));
+  EXPECT_FALSE(hatFormat(text("(unclosed"), text("(unclosed")));
+  // A missing side gives false without reading the other, which would throw.
+  EXPECT_FALSE(hatFormat(rt()->createNilValue(), rt()->createInconvertibleValue("x")));
+  EXPECT_FALSE(hatFormat(text("x"), rt()->createInvalidValue()));
+}
+
+}  // namespace
+}  // namespace quorel
