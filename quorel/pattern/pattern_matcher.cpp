@@ -1,5 +1,6 @@
 #include "quorel/pattern/pattern_matcher.h"
 
+#include "quorel/pattern/deep_call.h"
 #include "quorel/pattern/nfa_node.h"
 #include "quorel/pattern/pattern.h"
 #include "quorel/pattern/stack_guard.h"
@@ -52,11 +53,21 @@ bool PatternMatcher::hasStackFor(const void *frame) {
   return !stackExhausted_;
 }
 
-bool PatternMatcher::matches() {
-  mode_ = MatchWhole;
+bool PatternMatcher::runFrom(std::uintptr_t stackLimit) {
   resetGroups();
-  stackLimit_ = pattern_stack::lowestFrameAddress();
+  stackLimit_ = stackLimit;
   stackExhausted_ = false;
   std::int32_t end = pattern_->getHead()->match(input_.c_str(), this, 0);
-  return !stackExhausted_ && end == inputLength();
+  return end == inputLength();
+}
+
+bool PatternMatcher::matches() {
+  mode_ = MatchWhole;
+  bool matched = runFrom(pattern_stack::lowestFrameAddress());
+  if (!stackExhausted_) return matched;
+  // Too deep for this thread: once more on a stack sized by the input.
+  std::size_t size = kPrivateStackPerByte * (input_.size() + 1);
+  if (size > kMaxPrivateStack) size = kMaxPrivateStack;
+  pattern_stack::callOnPrivateStack(size, [&](std::uintptr_t lowest) { matched = runFrom(lowest); });
+  return matched && !stackExhausted_;
 }

@@ -6,9 +6,11 @@
 // outside read as "never set" and are never written. Made by Pattern::compile
 // and owned by its Pattern.
 //
-// The matcher also keeps the stack guard of a match: a run that would need
-// more stack than the thread has left (within a safety margin) is refused
-// as a failure to match, and stackExhausted() tells so afterwards.
+// The matcher also keeps the stack guard of a match. A run that would need
+// more stack than the thread has left (less a safety margin) is tried once
+// more on a private stack reserved at 1 KB per input byte, at most 1 GB of
+// address space, committed only as used; a run that needs even more is
+// refused as a failure to match, and stackExhausted() tells so afterwards.
 
 #ifndef QUOREL_PATTERN_PATTERN_MATCHER_H_
 #define QUOREL_PATTERN_PATTERN_MATCHER_H_
@@ -57,6 +59,11 @@ class PatternMatcher {
   bool stackExhausted() const { return stackExhausted_; }
 
  private:
+  static constexpr std::size_t kPrivateStackPerByte = 1024;
+  static constexpr std::size_t kMaxPrivateStack = std::size_t{1} << 30;
+
+  // One run of the head, with frames allowed down to stackLimit.
+  bool runFrom(std::uintptr_t stackLimit);
   std::int32_t read(const std::vector<std::int32_t> &array, std::int32_t gi) const;
   void write(std::vector<std::int32_t> *array, std::int32_t gi, std::int32_t value);
 

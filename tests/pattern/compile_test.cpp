@@ -1,0 +1,81 @@
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "quorel/pattern/pattern.h"
+
+namespace {
+
+const char kMeta[] = "Syntax Error near here. Possible unescaped meta character.\n";
+const char kPlain[] = "Syntax Error near here. \n";
+
+// What compiling the pattern writes on the standard error stream; the
+// pattern must not compile.
+std::string report(const char *pattern) {
+  testing::internal::CaptureStderr();
+  std::unique_ptr<Pattern> compiled(Pattern::compile(pattern, 0));
+  std::string written = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(nullptr, compiled) << pattern;
+  return written;
+}
+
+int count(const std::string &text, const std::string &part) {
+  int n = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+  return n;
+}
+
+TEST(PatternCompileTest, ReportsPointAtTheFault) {
+  EXPECT_EQ(std::string("a)\n ^\n") + kMeta, report("a)"));
+  EXPECT_EQ(2, count(report("(a"), kPlain));
+  EXPECT_EQ(4, count(report("((a"), kPlain));
+  EXPECT_EQ(std::string("a**\n  ^\n") + kMeta, report("a**"));
+  EXPECT_EQ(std::string("a+++\n   ^\n") + kMeta, report("a+++"));
+  EXPECT_EQ(std::string("*a\n ^\n") + kMeta, report("*a"));
+  for (const char *bad : {"a+*", "a{2}*", "+", "?", "]", "}", "(?=a)*", "(?i)*"}) {
+    EXPECT_EQ(1, count(report(bad), kMeta)) << bad;
+  }
+  EXPECT_NE(std::string::npos, report("a{2}{3}").find(kPlain));
+  for (const char *bad : {"a{1,x}", "a{x}", "(a){x}", "a{", "a{1", "\\", "\\Qab", "(?<=", "(?<a>b)", "(?ix-i-s)",
+                          "(?q)", "[a&&b]", "[a-]", "[a--]", "[a-\\d]", "\\p{lower}", "\\pL", "\\p", "\\0",
+                          "\\07", "\\08", "[]a]", "{name}", "a{ab}"}) {
+    EXPECT_FALSE(report(bad).empty()) << bad;
+  }
+}
+
+TEST(PatternCompileTest, GroupsAndCountsCompile) {
+  std::unique_ptr<Pattern> twoGroups(Pattern::compile("(a)(b)\\2", 0));
+  ASSERT_NE(nullptr, twoGroups);
+  EXPECT_EQ(3, twoGroups->getGroupCount());
+  std::unique_ptr<Pattern> far(Pattern::compile("(a)(b)\\10", 0));
+  ASSERT_NE(nullptr, far);
+  std::unique_ptr<Pattern> alternatives(Pattern::compile("(a)|(b)", 0));
+  EXPECT_EQ(4, alternatives->getGroupCount());  // each top-level alternative takes an index
+  std::unique_ptr<Pattern> nonCapturing(Pattern::compile("(?:a)(?i:b)", 0));
+  EXPECT_EQ(-2, nonCapturing->getNonCapturingCounter());
+  for (const char *good : {"", "a|", "|a", "()", "(|a)", "a{3,2}", "a{}", "\\Q\\E", "(?)", "(?-)", "[z-a]",
+                           "[^]", "[]", "^*", "\\E", "(?<=\\))x", "a{,}", "\\x", "\\xg"}) {
+    testing::internal::CaptureStderr();
+    std::unique_ptr<Pattern> compiled(Pattern::compile(good, 0));
+    EXPECT_EQ("", testing::internal::GetCapturedStderr()) << good;
+    EXPECT_NE(nullptr, compiled) << good;
+  }
+}
+
+TEST(PatternCompileTest, DumpsTheGraphAndMarksReachableNodes) {
+  std::unique_ptr<Pattern> compiled(Pattern::compile("(ab)+c|[xy]", 0));
+  ASSERT_NE(nullptr, compiled);
+  testing::internal::CaptureStdout();
+  compiled->print();
+  std::string dump = testing::internal::GetCapturedStdout();
+  EXPECT_EQ(0u, dump.find("Pattern((ab)+c|[xy]):\n NFAStartNode\n"));
+  EXPECT_NE(std::string::npos, dump.find("NFAGroupLoopNode(gi=1, min=1, max=2147483647, type=greedy)"));
+  EXPECT_NE(std::string::npos, dump.find("NFAClassNode(2 vals, inv=false)"));
+  std::map<NFANode *, bool> nodes;
+  nodes[compiled->getHead()] = false;
+  compiled->getHead()->markReachable(nodes);  // ends although the loop is a cycle
+  EXPECT_TRUE(nodes[compiled->getHead()]);
+}
+
+}  // namespace
