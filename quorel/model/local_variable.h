@@ -16,7 +16,7 @@ class LocalVariable : public Variable {
   LocalVariable();
   // Holds value->copy().
   explicit LocalVariable(Value *value);
-  ~LocalVariable();
+  virtual ~LocalVariable();
 
   LocalVariable(const LocalVariable &) = delete;
   LocalVariable &operator=(const LocalVariable &) = delete;

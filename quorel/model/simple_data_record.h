@@ -23,7 +23,7 @@ class Value;
 class SimpleDataRecord : public DataRecord {
  public:
   SimpleDataRecord();
-  ~SimpleDataRecord();
+  virtual ~SimpleDataRecord();
 
   SimpleDataRecord(const SimpleDataRecord &) = delete;
   SimpleDataRecord &operator=(const SimpleDataRecord &) = delete;
