@@ -12,20 +12,29 @@ constexpr std::uintptr_t kMargin = 512 * 1024;
 // Assumed when the thread's stack cannot be asked for.
 constexpr std::uintptr_t kFallbackDepth = 4 * 1024 * 1024;
 
+// The low end of the calling thread's stack, asked once per thread: the
+// question is costly (for the main thread it reads the process's maps).
+std::uintptr_t stackLowEnd(std::uintptr_t current) {
+  thread_local std::uintptr_t low = 0;
+  if (low == 0) {
+    pthread_attr_t attributes;
+    void *stackLow = nullptr;
+    std::size_t stackSize = 0;
+    bool known = pthread_getattr_np(pthread_self(), &attributes) == 0;
+    if (known) {
+      known = pthread_attr_getstack(&attributes, &stackLow, &stackSize) == 0;
+      pthread_attr_destroy(&attributes);
+    }
+    low = known ? reinterpret_cast<std::uintptr_t>(stackLow) : current - kFallbackDepth;
+  }
+  return low;
+}
+
 }  // namespace
 
 std::uintptr_t lowestFrameAddress() {
-  char here;
-  auto current = reinterpret_cast<std::uintptr_t>(&here);
-  pthread_attr_t attributes;
-  void *stackLow = nullptr;
-  std::size_t stackSize = 0;
-  bool known = pthread_getattr_np(pthread_self(), &attributes) == 0;
-  if (known) {
-    known = pthread_attr_getstack(&attributes, &stackLow, &stackSize) == 0;
-    pthread_attr_destroy(&attributes);
-  }
-  std::uintptr_t low = known ? reinterpret_cast<std::uintptr_t>(stackLow) : current - kFallbackDepth;
+  auto current = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  std::uintptr_t low = stackLowEnd(current);
   if (current < low + kMargin) return current;  // no room at all
   return low + kMargin;
 }
