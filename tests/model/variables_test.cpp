@@ -138,3 +138,80 @@ TEST_F(VariablesTest, FeatureFieldReadsNumbersAsTextWithoutANote) {
 
 }  // namespace
 }  // namespace quorel
+
+namespace quorel {
+namespace {
+
+// A record that counts the setters it receives.
+class CountingRecord : public SimpleDataRecord {
+ public:
+  void setString(FieldDescriptor *f, const char *t) override { ++setters; SimpleDataRecord::setString(f, t); }
+  void setInteger(FieldDescriptor *f, std::int64_t n) override { ++setters; SimpleDataRecord::setInteger(f, n); }
+  void setReal(FieldDescriptor *f, double n) override { ++setters; SimpleDataRecord::setReal(f, n); }
+  void setEmpty(FieldDescriptor *f) override { ++setters; SimpleDataRecord::setEmpty(f); }
+  DataRecord *getSubDataRecord(FieldDescriptor *f) override {
+    parents.push_back(f->getHierarchyText());
+    return SimpleDataRecord::getSubDataRecord(f);
+  }
+  int setters = 0;
+  std::vector<std::string> parents;
+};
+
+TEST(FieldAccessTest, OneSetterPerWriteAndParentsRootFirst) {
+  StandaloneRoot root;
+  CountingRecord record;
+  NoRules plausi;
+  PlausiContext context(&record);
+  RuntimeContext runtime(&context, &plausi);
+  auto *child = static_cast<ChildTopic *>(root.getField(&runtime, "Kinder[1]"));
+  child->vorname->set(&runtime, runtime.createStringValue("Anna"));
+  EXPECT_EQ(1, record.setters);
+  EXPECT_EQ((std::vector<std::string>{"Root", "Root.Kinder[1]"}), record.parents);
+  root.alter->set(&runtime, runtime.createInvalidValue());
+  root.alter->set(&runtime, runtime.createNilValue());
+  EXPECT_EQ(2, record.setters);
+}
+
+TEST(FieldAccessTest, ACheckProcedureListsEveryFieldItsRulesRead) {
+  StandaloneRoot root;
+  SimpleDataRecord record;
+  record.setValue("Root.Name", "Meier");
+  NoRules plausi;
+  PlausiContext context(&record);
+  RuntimeContext runtime(&context, &plausi);
+  runtime.startNewSection("Pruefung Name", true);
+  runtime.startNewSection("Regel 1", false);
+  root.name->get(&runtime);
+  root.alter->get(&runtime);
+  runtime.leaveCurrentSection();
+  runtime.startNewSection("Regel 2", false);
+  root.name->get(&runtime);
+  root.flag->get(&runtime);
+  runtime.leaveCurrentSection();
+  PlausiProblem *problem = runtime.createProblem(PROBLEM_ERROR, 1);
+  runtime.setSectionInfosToProblem(problem);
+  ASSERT_EQ(3, problem->getNumOfAccessedFields());
+  EXPECT_EQ(root.name, problem->getAccessedField(0));
+  EXPECT_EQ(root.alter, problem->getAccessedField(1));
+  EXPECT_EQ(root.flag, problem->getAccessedField(2));
+  runtime.leaveCurrentSection();
+}
+
+// The debug line, and with it the hierarchy text it needs, is made only at
+// debug level.
+TEST(FieldAccessTest, NoDebugLineBelowDebugLevel) {
+  StandaloneRoot root;
+  SimpleDataRecord record;
+  record.setValue("Root.Name", "x");
+  NoRules plausi;
+  std::ostringstream out;
+  Logger logger(&out, TRACE);
+  PlausiContext context(&record);
+  context.setLogger(&logger);
+  RuntimeContext runtime(&context, &plausi);
+  root.name->get(&runtime);
+  EXPECT_EQ(std::string::npos, out.str().find("Field::get"));
+}
+
+}  // namespace
+}  // namespace quorel
