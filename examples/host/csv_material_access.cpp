@@ -1,0 +1,111 @@
+#include "csv_material_access.h"
+
+#include <fstream>
+
+#include "csv_reader.h"
+
+namespace quorel_check {
+
+void fillRecord(const std::vector<std::string> &header, const std::vector<std::string> &row,
+                quorel::SimpleDataRecord *record) {
+  for (std::size_t i = 0; i < header.size() && i < row.size(); ++i) {
+    const std::string &name = header[i];
+    if (row[i].empty()) continue;
+    if (!name.empty() && name.back() == '#') {
+      record->setSize(name.substr(0, name.size() - 1).c_str(),
+                      static_cast<std::int32_t>(std::strtol(row[i].c_str(), nullptr, 10)));
+    } else {
+      record->setValue(name.c_str(), row[i].c_str());
+    }
+  }
+}
+
+namespace {
+
+bool holds(quorel::Value *actual, quorel::OperatorType op, quorel::Value *expected) {
+  if (actual == nullptr) return op == quorel::OPERATOR_NOT_EQUAL;
+  switch (op) {
+    case quorel::OPERATOR_EQUAL: return actual->eq(expected);
+    case quorel::OPERATOR_NOT_EQUAL: return actual->ne(expected);
+    case quorel::OPERATOR_GREATER: return actual->gt(expected);
+    case quorel::OPERATOR_GREATER_EQUAL: return actual->ge(expected);
+    case quorel::OPERATOR_LESS: return actual->lt(expected);
+    case quorel::OPERATOR_LESS_EQUAL: return actual->le(expected);
+    default: return false;
+  }
+}
+
+}  // namespace
+
+bool fulfils(quorel::SimpleDataRecord *row, quorel::RecordFilter *filter) {
+  for (std::int32_t i = 0; i < filter->getNumOfConditions(); ++i) {
+    quorel::FilterCondition *condition = filter->getCondition(i);
+    std::string name = condition->getField()->getHierarchyText();
+    if (!holds(row->getValue(name.c_str()), condition->getOperatorType(), condition->getComparativeValue())) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool CsvMaterialAccess::load(const std::string &material, const std::string &file, std::string *message) {
+  std::ifstream in(file, std::ios::binary);
+  if (!in) {
+    *message = "cannot read material file " + file;
+    return false;
+  }
+  CsvReader reader(in);
+  std::vector<std::string> header, row;
+  if (!reader.next(&header)) {
+    *message = "material file " + file + " has no header row";
+    return false;
+  }
+  Rows &rows = materials_[material];
+  while (reader.next(&row)) {
+    if (!reader.error().empty() || row.size() != header.size()) {
+      *message = file + ":" + std::to_string(reader.line()) + ": malformed row";
+      return false;
+    }
+    auto record = std::make_unique<quorel::SimpleDataRecord>();
+    fillRecord(header, row, record.get());
+    rows.push_back(std::move(record));
+  }
+  return true;
+}
+
+const CsvMaterialAccess::Rows *CsvMaterialAccess::rowsOf(quorel::MaterialDescriptor *material) const {
+  const char *name = material->getMaterialName();
+  auto it = materials_.find(name != nullptr ? name : "");
+  return it == materials_.end() ? nullptr : &it->second;
+}
+
+bool CsvMaterialAccess::isMaterialAvailable(quorel::MaterialDescriptor *material) {
+  return rowsOf(material) != nullptr;
+}
+
+bool CsvMaterialAccess::containsValues(quorel::MaterialDescriptor *material, quorel::RecordFilter *filter,
+                                       quorel::FieldSet *fields, quorel::ValueSet *values) {
+  const Rows *rows = rowsOf(material);
+  if (rows == nullptr) return false;
+  for (const auto &row : *rows) {
+    if (!fulfils(row.get(), filter)) continue;
+    bool all = true;
+    for (std::int32_t i = 0; i < fields->getNumOfFields() && all; ++i) {
+      std::string name = fields->getField(i)->getHierarchyText();
+      all = holds(row->getValue(name.c_str()), quorel::OPERATOR_EQUAL, values->getValue(i));
+    }
+    if (all) return true;
+  }
+  return false;
+}
+
+void CsvMaterialAccess::readRecords(quorel::DataRecordSet *result, quorel::MaterialDescriptor *material,
+                                    quorel::RecordFilter *filter, quorel::FieldSet *) {
+  const Rows *rows = rowsOf(material);
+  if (rows == nullptr) return;
+  for (const auto &row : *rows) {
+    if (fulfils(row.get(), filter)) result->addDataRecord(row.get());
+  }
+}
+
+}  // namespace quorel_check
