@@ -85,6 +85,7 @@ bool CsvMaterialAccess::isMaterialAvailable(quorel::MaterialDescriptor *material
 
 bool CsvMaterialAccess::containsValues(quorel::MaterialDescriptor *material, quorel::RecordFilter *filter,
                                        quorel::FieldSet *fields, quorel::ValueSet *values) {
+  std::lock_guard<std::mutex> lock(mutex_);
   const Rows *rows = rowsOf(material);
   if (rows == nullptr) return false;
   for (const auto &row : *rows) {
@@ -101,6 +102,7 @@ bool CsvMaterialAccess::containsValues(quorel::MaterialDescriptor *material, quo
 
 void CsvMaterialAccess::readRecords(quorel::DataRecordSet *result, quorel::MaterialDescriptor *material,
                                     quorel::RecordFilter *filter, quorel::FieldSet *) {
+  std::lock_guard<std::mutex> lock(mutex_);
   const Rows *rows = rowsOf(material);
   if (rows == nullptr) return;
   for (const auto &row : *rows) {

@@ -4,12 +4,14 @@
 // the operator numbers are those of quorel::OperatorType: 0 equal, 1 not
 // equal, 2 greater, 3 greater or equal, 4 less, 5 less or equal. An empty
 // cell satisfies only "not equal". The rows live as long as this object.
+// Queries from several threads are served one at a time.
 
 #ifndef QUOREL_EXAMPLES_HOST_CSV_MATERIAL_ACCESS_H_
 #define QUOREL_EXAMPLES_HOST_CSV_MATERIAL_ACCESS_H_
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -39,6 +41,8 @@ class CsvMaterialAccess : public quorel::MaterialAccess {
   const Rows *rowsOf(quorel::MaterialDescriptor *material) const;
 
   std::map<std::string, Rows> materials_;
+  // Queries may come from several threads at once.
+  std::mutex mutex_;
 };
 
 // Whether the row fulfils every condition of the filter.

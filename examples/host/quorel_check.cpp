@@ -13,12 +13,16 @@
 // could not be read or checked is reported with its line and the others are
 // still checked).
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <quorel/quorel.h>
@@ -38,6 +42,7 @@ const char kUsage[] =
     "  --log FILE             write the log of the runs to FILE\n"
     "  --log-level N          0 off ... 5 trace, 6 debug (default 4 with --log)\n"
     "  --format text|json     readable text (default) or JSON Lines; both UTF-8\n"
+    "  --jobs N               check records on N threads, output in input order\n"
     "Exit status: 0 all records ok, 1 some record has an error, 2 usage, load or input error.\n";
 
 struct Options {
@@ -48,6 +53,7 @@ struct Options {
   std::string logFile;
   int logLevel = 4;
   bool json = false;
+  int jobs = 1;
 };
 
 bool split(const char *argument, std::pair<std::string, std::string> *pair) {
@@ -78,6 +84,9 @@ bool parse(int argc, char **argv, Options *options) {
       options->logFile = argv[++i];
     } else if (option == "--log-level" && hasValue) {
       options->logLevel = std::atoi(argv[++i]);
+    } else if (option == "--jobs" && hasValue) {
+      options->jobs = std::atoi(argv[++i]);
+      if (options->jobs < 1) return false;
     } else if (option == "--format" && hasValue) {
       std::string format = argv[++i];
       if (format != "text" && format != "json") return false;
@@ -110,6 +119,92 @@ quorel::Value *initValue(const std::string &text) {
   }
 }
 
+// One row of the records file as read.
+struct Row {
+  int line;
+  std::vector<std::string> cells;
+  std::string error;
+};
+
+// What checking one row gave: its printed problems and its counts.
+struct Outcome {
+  std::string output;
+  bool failed = false;
+  int problems = 0;
+  int errors = 0;
+};
+
+// Checks rows with one Plausi of its own; a worker serves one thread.
+class Worker {
+ public:
+  // Each worker has init values of its own: values fill caches when read.
+  Worker(const Options &options, const std::vector<std::string> &header, quorel::MaterialAccess *materials,
+         quorel::Logger *logger)
+      : options_(options), header_(header), materials_(materials), logger_(logger) {
+    for (const auto &init : options.inits) inits_.set(init.first.c_str(), initValue(init.second));
+  }
+  ~Worker() {
+    inits_.clear();
+    if (plausi_ != nullptr) loader_.unloadPlausi(plausi_, options_.module.c_str());
+  }
+
+  // Loads the module; the message of the failure otherwise.
+  bool start(std::string *message) {
+    try {
+      plausi_ = loader_.loadPlausi(options_.library.c_str(), options_.module.c_str());
+      return true;
+    } catch (const quorel::PlausiException &e) {
+      *message = "cannot load module " + options_.module + " (type " + std::to_string(e.getType()) +
+                 "): " + quorel_check::toUtf8(e.getMessage());
+      return false;
+    }
+  }
+
+  Outcome check(const Row &row) {
+    Outcome outcome;
+    std::ostringstream out;
+    quorel_check::ProblemPrinter printer(out, options_.json);
+    if (!row.error.empty() || row.cells.size() != header_.size()) {
+      outcome.failed = true;
+      printer.printFailure(row.line, row.error.empty() ? "Anzahl der Spalten passt nicht zur Kopfzeile" : row.error);
+      outcome.output = out.str();
+      return outcome;
+    }
+    quorel::SimpleDataRecord record;
+    quorel_check::fillRecord(header_, row.cells, &record);
+    quorel::PlausiContext context(&record);
+    context.setFlow(options_.flow.c_str());
+    context.setProblemWeightLevel(options_.weightLevel);
+    context.setMaterialAccess(materials_);
+    if (logger_ != nullptr) context.setLogger(logger_);
+    for (const auto &init : options_.inits) context.setInitParam(init.first.c_str(), inits_.get(init.first.c_str()));
+    try {
+      plausi_->perform(&context);
+    } catch (const quorel::PlausiException &e) {
+      outcome.failed = true;
+      printer.printFailure(row.line, "Ausnahme " + std::to_string(e.getType()) + ": " + e.getMessage());
+    }
+    printer.printRecord(row.line, context);
+    outcome.problems = context.getNumOfProblems();
+    outcome.errors = context.getNumOfProblems(quorel::PROBLEM_ERROR);
+    outcome.output = out.str();
+    return outcome;
+  }
+
+ private:
+  const Options &options_;
+  const std::vector<std::string> &header_;
+  quorel::MaterialAccess *materials_;
+  quorel::Logger *logger_;
+  quorel::InitParams inits_;
+  quorel::PlausiLoader loader_;
+  quorel::Plausi *plausi_ = nullptr;
+};
+
+// Rows are read and checked in batches, so memory stays flat however long
+// the file is.
+constexpr std::size_t kBatch = 4096;
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -126,60 +221,59 @@ int main(int argc, char **argv) {
   std::ifstream input(options.records, std::ios::binary);
   if (!input) return fail("cannot read " + options.records);
 
-  quorel::PlausiLoader loader;
-  quorel::Plausi *plausi = nullptr;
-  try {
-    plausi = loader.loadPlausi(options.library.c_str(), options.module.c_str());
-  } catch (const quorel::PlausiException &e) {
-    return fail("cannot load module " + options.module + " (type " + std::to_string(e.getType()) +
-                "): " + quorel_check::toUtf8(e.getMessage()));
-  }
   std::unique_ptr<quorel::Logger> logger;
   if (!options.logFile.empty()) {
+    // One log for all threads would mix their lines.
+    if (options.jobs > 1) return fail("--log works with --jobs 1 only");
     logger = std::make_unique<quorel::Logger>(options.logFile.c_str(), static_cast<quorel::LogLevel>(options.logLevel));
   }
-  quorel::InitParams inits;
-  for (const auto &init : options.inits) inits.set(init.first.c_str(), initValue(init.second));
+  quorel_check::CsvReader reader(input);
+  std::vector<std::string> header;
+  if (!reader.next(&header)) return fail(options.records + " has no header row");
+  std::vector<std::unique_ptr<Worker>> workers;
+  for (int i = 0; i < options.jobs; ++i) {
+    workers.push_back(std::make_unique<Worker>(options, header, &materials, logger.get()));
+    std::string message;
+    if (!workers.back()->start(&message)) return fail(message);
+  }
 
   quorel_check::ProblemPrinter printer(std::cout, options.json);
-  quorel_check::CsvReader reader(input);
-  std::vector<std::string> header, row;
+  bool progress = options.jobs > 1 && isatty(STDERR_FILENO);
   int records = 0, failed = 0, problems = 0, errors = 0;
-  if (!reader.next(&header)) {
-    loader.unloadPlausi(plausi, options.module.c_str());
-    return fail(options.records + " has no header row");
-  }
-  while (reader.next(&row)) {
-    if (row.size() == 1 && row[0].empty()) continue;  // a blank line
-    ++records;
-    if (!reader.error().empty() || row.size() != header.size()) {
-      ++failed;
-      printer.printFailure(reader.line(), reader.error().empty() ? "Anzahl der Spalten passt nicht zur Kopfzeile"
-                                                                  : reader.error());
-      continue;
+  std::vector<Row> batch;
+  std::vector<Outcome> outcomes;
+  bool more = true;
+  while (more) {
+    batch.clear();
+    Row row;
+    while (batch.size() < kBatch && (more = reader.next(&row.cells))) {
+      if (row.cells.size() == 1 && row.cells[0].empty()) continue;  // a blank line
+      row.line = reader.line();
+      row.error = reader.error();
+      batch.push_back(row);
     }
-    quorel::SimpleDataRecord record;
-    quorel_check::fillRecord(header, row, &record);
-    quorel::PlausiContext context(&record);
-    context.setFlow(options.flow.c_str());
-    context.setProblemWeightLevel(options.weightLevel);
-    context.setMaterialAccess(&materials);
-    if (logger) context.setLogger(logger.get());
-    for (const auto &init : options.inits) context.setInitParam(init.first.c_str(), inits.get(init.first.c_str()));
-    try {
-      plausi->perform(&context);
-    } catch (const quorel::PlausiException &e) {
-      ++failed;
-      printer.printFailure(reader.line(), "Ausnahme " + std::to_string(e.getType()) + ": " + e.getMessage());
+    outcomes.assign(batch.size(), Outcome());
+    std::vector<std::thread> threads;
+    for (std::size_t w = 1; w < workers.size(); ++w) {
+      threads.emplace_back([&, w] {
+        for (std::size_t i = w; i < batch.size(); i += workers.size()) outcomes[i] = workers[w]->check(batch[i]);
+      });
     }
-    printer.printRecord(reader.line(), context);
-    problems += context.getNumOfProblems();
-    errors += context.getNumOfProblems(quorel::PROBLEM_ERROR);
+    for (std::size_t i = 0; i < batch.size(); i += workers.size()) outcomes[i] = workers[0]->check(batch[i]);
+    for (std::thread &thread : threads) thread.join();
+    for (const Outcome &outcome : outcomes) {
+      std::cout << outcome.output;
+      ++records;
+      failed += outcome.failed ? 1 : 0;
+      problems += outcome.problems;
+      errors += outcome.errors;
+    }
+    if (progress) std::cerr << "\r" << records << " records checked" << std::flush;
   }
+  if (progress) std::cerr << "\n";
   printer.printSummary(records, failed, problems, errors);
+  workers.clear();
   logger.reset();
-  inits.clear();
-  loader.unloadPlausi(plausi, options.module.c_str());
   if (failed > 0) return 2;
   return errors > 0 ? 1 : 0;
 }
