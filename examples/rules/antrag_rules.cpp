@@ -262,7 +262,8 @@ class AntragRules : public Plausi {
       report(rt, kError, 4, "PER-04", "Unbekannter Familienstand.", "Erlaubt sind L, V, G und W.",
              antrag_->antragsteller->familienstand);
     } else if (rt->getClassificationByCode("E")->contains(code)) {
-      report(rt, kHint, 1, "PER-05", "Familienstand geschieden oder verwitwet: Nachweis anfordern.", nullptr,
+      report(rt, kHint, 1, "PER-05", "Familienstand geschieden oder verwitwet: Nachweis anfordern.",
+             "Bitte Scheidungsurteil oder Sterbeurkunde beif\xFC" "gen.",
              antrag_->antragsteller->familienstand);
     }
     rt->leaveCurrentSection();
@@ -299,11 +300,13 @@ class AntragRules : public Plausi {
       auto *kind = static_cast<Kind *>(antrag_->kinder->getElement(rt, index));
       Value *geboren = dateOf(rt, kind->geburtsdatum);
       if (geboren->isValid() && elternteil->isValid() && F::le(rt, geboren, elternteil)->asBool()) {
-        report(rt, kError, 6, "KND-01", "Das Kind ist nicht j\xFC" "nger als der Antragsteller.", nullptr,
+        report(rt, kError, 6, "KND-01", "Das Kind ist nicht j\xFC" "nger als der Antragsteller.",
+               "Das Geburtsdatum des Kindes muss nach dem des Antragstellers liegen.",
                kind->geburtsdatum);
       }
       if (!kind->vorname->get(rt)->isValid()) {
-        report(rt, kHint, 1, "KND-02", "Der Vorname eines Kindes fehlt.", nullptr, kind->vorname);
+        report(rt, kHint, 1, "KND-02", "Der Vorname eines Kindes fehlt.",
+               "F\xFC" "r jedes Kind wird der Vorname ben\xF6" "tigt.", kind->vorname);
       }
       rt->leaveCurrentSection();
     }
@@ -314,11 +317,13 @@ class AntragRules : public Plausi {
     rt->startNewSection("Regel Betrag", false);
     Value *betrag = antrag_->betrag->get(rt);
     if (!F::isTypeConform(rt, betrag, FieldTypeReal, "######.##")->asBool()) {
-      report(rt, kError, 7, "BTR-01", "Der Betrag ist kein g\xFC" "ltiger Geldbetrag.", nullptr, antrag_->betrag);
+      report(rt, kError, 7, "BTR-01", "Der Betrag ist kein g\xFC" "ltiger Geldbetrag.",
+             "Erwartet wird ein Betrag wie 1.234,56.", antrag_->betrag);
     } else if (betrag->isValid()) {
       Value *range = rt->createIntervalRange(rt->createNumberValue(0.0), rt->createNumberValue(10000.0), INCLUDE_LAST);
       if (!range->contains(betrag)) {
-        report(rt, kError, 7, "BTR-02", "Der Betrag liegt nicht zwischen 0 und 10.000 Euro.", nullptr,
+        report(rt, kError, 7, "BTR-02", "Der Betrag liegt nicht zwischen 0 und 10.000 Euro.",
+               "H\xF6" "here Betr\xE4" "ge m\xFC" "ssen gesondert beantragt werden.",
                antrag_->betrag);
       }
     }
