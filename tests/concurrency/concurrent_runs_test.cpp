@@ -1,0 +1,90 @@
+// Several runs at once, each thread with its own rule set, context, record
+// and logger, as hosts are allowed to do. Meant for the ThreadSanitizer
+// build, where any shared state that is not safe shows up.
+
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "quorel/quorel.h"
+
+namespace quorel {
+namespace {
+
+// A material of two municipalities, private to one thread.
+class TwoPlaces : public MaterialAccess {
+ public:
+  TwoPlaces() {
+    berlin_.setValue("Gemeinden.PLZ", "10115");
+    berlin_.setValue("Gemeinden.Ort", "Berlin");
+  }
+  bool isMaterialAvailable(MaterialDescriptor *) override { return true; }
+  bool containsValues(MaterialDescriptor *, RecordFilter *, FieldSet *, ValueSet *) override { return false; }
+  void readRecords(DataRecordSet *result, MaterialDescriptor *, RecordFilter *, FieldSet *) override {
+    result->addDataRecord(&berlin_);
+  }
+
+ private:
+  SimpleDataRecord berlin_;
+};
+
+struct ThreadResult {
+  int problems = 0;
+  bool ok = true;
+  std::string log;
+};
+
+void checkRecords(int seed, ThreadResult *result) {
+  PlausiLoader loader;
+  Plausi *rules = loader.loadPlausi(QUOREL_ANTRAG_MODULE, "Antrag");
+  TwoPlaces places;
+  std::ostringstream log;
+  {
+    Logger logger(&log, TRACE);
+    for (int i = 0; i < 50; ++i) {
+      SimpleDataRecord record;
+      record.setValue("Antrag.Antragsnummer", (i + seed) % 2 ? "AB-123456" : "A-1");
+      record.setValue("Antrag.Antragsteller.Name", "M\xFCller");
+      record.setValue("Antrag.Antragsteller.Geburtsdatum", "12.03.1980");
+      record.setValue("Antrag.Antragsteller.Familienstand", "G");
+      record.setValue("Antrag.Adresse.PLZ", i % 3 ? "10115" : "999");
+      record.setValue("Antrag.Adresse.Ort", "Berlin");
+      record.setValue("Antrag.Betrag", "250,00");
+      record.setValue("Antrag.Antragsdatum", "15.01.2024");
+      record.setSize("Antrag.Einkommen", 2);
+      record.setValue("Antrag.Einkommen[0]", "2.000,00");
+      record.setValue("Antrag.Einkommen[1]", "6.000,00");
+      PlausiContext context(&record);  // reseeds the shared random generator
+      context.setFlow("Pruefung");
+      context.setLogger(&logger);
+      context.setMaterialAccess(&places);
+      rules->perform(&context);
+      result->problems += context.getNumOfProblems();
+      result->ok = result->ok && context.getNumOfProblems() > 0;
+      RuntimeContext runtime(&context, rules);
+      double drawn = Functions::ZUFALLSZAHL(&runtime)->asReal();
+      result->ok = result->ok && drawn >= 0.0 && drawn <= 1.0;
+      result->ok = result->ok && Pattern::matches("[0-9]+(,[0-9]{2})?", "250,00", 0);
+    }
+  }
+  result->log = log.str();
+  loader.unloadPlausi(rules, "Antrag");
+}
+
+TEST(ConcurrentRunsTest, FourThreadsCheckRecordsAtOnce) {
+  std::vector<ThreadResult> results(4);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) threads.emplace_back(checkRecords, t, &results[t]);
+  for (std::thread &thread : threads) thread.join();
+  for (const ThreadResult &result : results) {
+    EXPECT_TRUE(result.ok);
+    EXPECT_GT(result.problems, 50);
+    EXPECT_NE(std::string::npos, result.log.find("\nTRACE: --> Plausi"));
+  }
+}
+
+}  // namespace
+}  // namespace quorel
