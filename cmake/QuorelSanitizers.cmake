@@ -12,3 +12,8 @@ if(_quorel_san_flags)
   add_compile_options(${_quorel_san_flags})
   add_link_options(${_quorel_san_flags})
 endif()
+
+# Fuzzing wants coverage feedback from the library itself.
+if(QUOREL_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
