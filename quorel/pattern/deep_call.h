@@ -11,9 +11,10 @@
 
 namespace pattern_stack {
 
-// Calls body on a private stack of size bytes, passing the lowest address
-// that its frames may use (the stack's end plus a margin). Gives false,
-// without calling body, when no such stack can be had.
+// Calls body on a private stack with size bytes of room, passing the lowest
+// address that its frames may use (a margin stays free beyond it). Gives false,
+// without calling body, when no such stack can be had. body must not throw:
+// an exception cannot travel from the private stack back to the caller's.
 bool callOnPrivateStack(std::size_t size, const std::function<void(std::uintptr_t lowest)> &body);
 
 }  // namespace pattern_stack

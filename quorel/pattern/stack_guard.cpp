@@ -7,8 +7,11 @@ namespace pattern_stack {
 namespace {
 
 // Kept free below the deepest frame; generous so that sanitizer builds,
-// whose frames are several times larger, stay safe too.
+// whose frames are several times larger, stay safe too. A thread whose stack
+// has less than twice that left keeps half of what is left, but never less
+// than kMinMargin: small stacks still hold ordinary patterns.
 constexpr std::uintptr_t kMargin = 512 * 1024;
+constexpr std::uintptr_t kMinMargin = 64 * 1024;
 // Assumed when the thread's stack cannot be asked for.
 constexpr std::uintptr_t kFallbackDepth = 4 * 1024 * 1024;
 
@@ -35,8 +38,10 @@ std::uintptr_t stackLowEnd(std::uintptr_t current) {
 std::uintptr_t lowestFrameAddress() {
   auto current = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   std::uintptr_t low = stackLowEnd(current);
-  if (current < low + kMargin) return current;  // no room at all
-  return low + kMargin;
+  if (current < low + 2 * kMinMargin) return current;  // no room at all
+  std::uintptr_t margin = (current - low) / 2;
+  if (margin > kMargin) margin = kMargin;
+  return low + margin;
 }
 
 }  // namespace pattern_stack

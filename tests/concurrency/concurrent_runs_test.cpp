@@ -2,6 +2,8 @@
 // and logger, as hosts are allowed to do. Meant for the ThreadSanitizer
 // build, where any shared state that is not safe shows up.
 
+#include <pthread.h>
+
 #include <sstream>
 #include <string>
 #include <thread>
@@ -84,6 +86,30 @@ TEST(ConcurrentRunsTest, FourThreadsCheckRecordsAtOnce) {
     EXPECT_GT(result.problems, 50);
     EXPECT_NE(std::string::npos, result.log.find("\nTRACE: --> Plausi"));
   }
+}
+
+// Hosts may check on threads with small stacks: a match deeper than such a
+// stack moves to a private one, on every thread at once. The depth stays
+// within what ThreadSanitizer can follow on one stack (its call history
+// holds some 64 000 calls).
+void *matchDeeply(void *matched) {
+  std::string pairs;
+  for (int i = 0; i < 4000; ++i) pairs += "ab";
+  *static_cast<bool *>(matched) = Pattern::matches("(ab)*", pairs.c_str(), 0) &&
+                                  !Pattern::matches("(ab)*", (pairs + "a").c_str(), 0);
+  return nullptr;
+}
+
+TEST(ConcurrentRunsTest, DeepMatchesOnSmallThreadStacks) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 1024 * 1024);
+  pthread_t threads[4];
+  bool matched[4] = {};
+  for (int t = 0; t < 4; ++t) ASSERT_EQ(0, pthread_create(&threads[t], &attributes, matchDeeply, &matched[t]));
+  for (pthread_t thread : threads) pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+  for (bool each : matched) EXPECT_TRUE(each);
 }
 
 }  // namespace
