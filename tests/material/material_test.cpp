@@ -198,6 +198,38 @@ TEST_F(MaterialTest, MaterialValuesReadOnceAndOutliveTheirSection) {
   EXPECT_FALSE(empty->isValid());
 }
 
+TEST_F(MaterialTest, MaterialValueAnswersAsTheValueItRead) {
+  SimpleDataRecord record;
+  record.setValue("Kunden.Nr", "42");
+  Value *nr = rt()->createMaterialValue(customers_.nr, &record);
+  Value *same = rt()->createNumberValue(42.0);
+  Value *less = rt()->createNumberValue(41.0);
+  EXPECT_FALSE(nr->isNil());
+  EXPECT_FALSE(nr->isRange());
+  EXPECT_EQ(NUMBER_LEVEL, nr->getOperatorLevel());
+  EXPECT_EQ(42, nr->asInteger());
+  EXPECT_DOUBLE_EQ(42.0, nr->asReal());
+  EXPECT_STREQ("42", nr->asString());
+  EXPECT_FALSE(nr->asBool());  // only the number 1 is true
+  EXPECT_TRUE(nr->eq(same));
+  EXPECT_FALSE(nr->ne(same));
+  EXPECT_TRUE(nr->gt(less));
+  EXPECT_TRUE(nr->ge(same));
+  EXPECT_FALSE(nr->lt(same));
+  EXPECT_TRUE(nr->le(same));
+  EXPECT_TRUE(nr->contains(same));
+  // Walked as a range, the value is its only element.
+  std::unique_ptr<ValueIterator> elements(nr->asRange());
+  ASSERT_TRUE(elements->hasNext());
+  EXPECT_EQ(42, elements->next()->asInteger());
+  EXPECT_FALSE(elements->hasNext());
+
+  record.setValue("Kunden.Name", "01.02.2024");
+  Value *text = rt()->createMaterialValue(customers_.name, &record);
+  ASSERT_NE(nullptr, text->asDate());
+  EXPECT_EQ(124, text->asDate()->tm_year);
+}
+
 TEST_F(MaterialTest, DebugLineCountsTheRecords) {
   std::ostringstream out;
   {

@@ -39,7 +39,8 @@ TEST(PatternCompileTest, ReportsPointAtTheFault) {
   EXPECT_NE(std::string::npos, report("a{2}{3}").find(kPlain));
   for (const char *bad : {"a{1,x}", "a{x}", "(a){x}", "a{", "a{1", "\\", "\\Qab", "(?<=", "(?<a>b)", "(?ix-i-s)",
                           "(?q)", "[a&&b]", "[a-]", "[a--]", "[a-\\d]", "\\p{lower}", "\\pL", "\\p", "\\0",
-                          "\\07", "\\08", "[]a]", "{name}", "a{ab}"}) {
+                          "\\07", "\\08", "[]a]", "{name}", "a{ab}", "[\\Q]\\E]", "[a-\\Qb\\E]",
+                          "[a-\\D]", "[\\", "\\p{Lower", "(?d-m-s)", "(?i"}) {
     EXPECT_FALSE(report(bad).empty()) << bad;
   }
 }
@@ -76,6 +77,41 @@ TEST(PatternCompileTest, DumpsTheGraphAndMarksReachableNodes) {
   nodes[compiled->getHead()] = false;
   compiled->getHead()->markReachable(nodes);  // ends although the loop is a cycle
   EXPECT_TRUE(nodes[compiled->getHead()]);
+}
+
+// The dump of a pattern holding every kind of node, line by line.
+TEST(PatternCompileTest, DumpsEveryKindOfNode) {
+  std::unique_ptr<Pattern> compiled(
+      Pattern::compile("\\A(?=a)(?<!x)\\b\\B\\Qq\\E(?i:[ab]c)x*?y{2}+z?(u)\\1^$\\Z\\z\\G(v|w)*?\xE4", 8));
+  ASSERT_NE(nullptr, compiled);
+  testing::internal::CaptureStdout();
+  compiled->print();
+  EXPECT_EQ(
+      "Pattern(\\A(?=a)(?<!x)\\b\\B\\Qq\\E(?i:[ab]c)x*?y{2}+z?(u)\\1^$\\Z\\z\\G(v|w)*?\xE4):\n"
+      " NFAStartNode\n NFASubStartNode\n NFAStartOfInputNode\n"
+      " NFALookAheadNode(pos=true)\n  NFASubStartNode\n  NFACharNode(0x61)\n  NFAAcceptNode\n"
+      " NFALookBehindNode(str=x, pos=false)\n NFAWordBoundaryNode(pos=true)\n NFAWordBoundaryNode(pos=false)\n"
+      " NFAQuoteNode(q)\n NFAGroupHeadNode(gi=-1)\n NFACICharNode(0x63)\n NFAGroupTailNode(gi=-1)\n"
+      " NFALazyQuantifierNode(min=0, max=2147483647)\n inner\n    NFACharNode(0x78)\n    NFAAcceptNode\n"
+      " NFAPossessiveQuantifierNode(min=2, max=2)\n inner\n    NFACharNode(0x79)\n    NFAAcceptNode\n"
+      " NFAGreedyQuantifierNode(min=0, max=1)\n inner\n    NFACharNode(0x7A)\n    NFAAcceptNode\n"
+      " NFAGroupHeadNode(gi=1)\n NFACharNode(0x75)\n NFAGroupTailNode(gi=1)\n NFAReferenceNode(gi=1)\n"
+      " NFAStartOfLineNode\n NFAEndOfLineNode\n NFAEndOfInputNode(term=true)\n NFAEndOfInputNode(term=false)\n"
+      " NFAEndOfMatchNode\n NFAGroupLoopPrologueNode(gi=2)\n"
+      " NFAGroupLoopNode(gi=2, min=0, max=2147483647, type=reluctant)\n NFACharNode(0xFFFFFFE4)\n NFAEndNode\n",
+      testing::internal::GetCapturedStdout());
+
+  // Alternatives print as "one" and "two" without going on; a flag group
+  // leaves an empty look-behind; a case-blind class has no line.
+  std::unique_ptr<Pattern> alternatives(Pattern::compile("a|(?i)[^b]C", 0));
+  ASSERT_NE(nullptr, alternatives);
+  testing::internal::CaptureStdout();
+  alternatives->print();
+  EXPECT_EQ(
+      "Pattern(a|(?i)[^b]C):\n NFAStartNode\n NFAOrNode\n one\n    NFASubStartNode\n    NFACharNode(0x61)\n"
+      "    NFAAcceptNode\n two\n    NFASubStartNode\n    NFALookBehindNode(str=, pos=true)\n"
+      "    NFACICharNode(0x63)\n    NFAAcceptNode\n",
+      testing::internal::GetCapturedStdout());
 }
 
 }  // namespace

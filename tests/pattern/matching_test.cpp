@@ -98,6 +98,9 @@ TEST(PatternMatchingTest, ClassesWorkedOutAtCompileTime) {
       {"\\0377", "\xFF", true, 0},        {"\\0477", "'7", true, 0},        {"\\x4", " 4", true, 0},
       {"\\x", " ", true, 0},              {"\\e", "\r", true, 0},           {"\\w+", "a_1", true, 0},
       {"[\\b]", "b", true, 0},            {"\\E", "E", true, 0},            {"\\Q\\E", "", true, 0},
+      {"[\\a\\f\\n\\t\\e]+", "\a\f\n\t\r", true, 0},         {"[\\t-\\r]+", "\t\n\x0B\f\r", true, 0},
+      {"\\p{ASCII}+", "\x01\x7F", true, 0},                 {"[\\p{ASCII}]", "\x80", false, 0},
+      {"\\P{ASCII}", "\x80", true, 0},                      {"[^\\P{Digit}]+", "09", true, 0},
   };
   expectCases(std::begin(cases), std::end(cases));
 }

@@ -6,6 +6,7 @@
 #include "quorel/values/nil_value.h"
 #include "quorel/values/number_value.h"
 #include "quorel/values/string_value.h"
+#include "quorel/values/value_iterator.h"
 #include "test_support.h"
 
 namespace quorel {
@@ -23,6 +24,17 @@ TEST(ClassificationTest, BehavesAsItsCode) {
   EXPECT_FALSE(byNumber.eq(&eins));  // the value text plays no part
   StringValue oneText("1");
   EXPECT_TRUE(byNumber.eq(&oneText));
+  EXPECT_EQ(1, byNumber.asInteger());
+  EXPECT_DOUBLE_EQ(1.0, byNumber.asReal());
+  EXPECT_TRUE(byNumber.asBool());
+  EXPECT_FALSE(byNumber.isNil());
+  EXPECT_FALSE(byNumber.isRange());
+  std::unique_ptr<ValueIterator> codes(byNumber.asRange());
+  ASSERT_TRUE(codes->hasNext());
+  EXPECT_EQ(1, codes->next()->asInteger());
+  EXPECT_FALSE(codes->hasNext());
+  StringValue dateText("01.02.2024");
+  EXPECT_EQ(1, Classification(&dateText, nullptr).asDate()->tm_mon);
   // A text code against a number: the number outranks the code.
   StringValue code("1,0");
   Classification textCode(&code, nullptr);

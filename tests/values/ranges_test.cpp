@@ -96,6 +96,8 @@ TEST_F(RangesTest, IntervalsContainButDoNotWalk) {
   EXPECT_TRUE(letters->contains(text("c")));
   EXPECT_STREQ("1-+10", last->asString());
   EXPECT_STREQ("b++d", letters->asString());
+  EXPECT_STREQ("1+-10", rt()->createIntervalRange(n(1), n(10), INCLUDE_FIRST)->asString());
+  EXPECT_STREQ("1--10", none->asString());
   const char kNotIterable[] = "Ein Interval kann nicht iteriert werden.";
   expectFailure([&] { last->eq(n(5)); }, EXCEPTION_CONVERSION, kNotIterable);
   EXPECT_FALSE(last->eq(rt()->createInvalidValue()));
@@ -121,6 +123,14 @@ TEST_F(RangesTest, ComparisonsGoElementByElement) {
   EXPECT_TRUE(empty->ne(n(1)));
   EXPECT_TRUE(empty->eq(rt()->createRangeSeries(0)));
   EXPECT_TRUE(empty->lt(text("x")));
+  // The range first: every element against the other operand.
+  EXPECT_TRUE(seq(1, 2, 4)->lt(n(5)));
+  EXPECT_TRUE(seq(1, 2, 4)->le(n(4)));
+  EXPECT_FALSE(seq(1, 2, 4)->lt(n(4)));
+  EXPECT_TRUE(seq(1, 2, 4)->ge(n(1)));
+  EXPECT_FALSE(seq(1, 2, 4)->gt(n(1)));
+  EXPECT_TRUE(seq(2, 3, 4)->gt(seq(1, 2, 3)));
+  EXPECT_FALSE(seq(2, 3, 4)->gt(seq(1, 2, 2)));  // lengths differ
 }
 
 TEST_F(RangesTest, SeriesTextsSumsAndCopies) {
