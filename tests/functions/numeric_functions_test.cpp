@@ -6,6 +6,7 @@
 #include "quorel/model/local_array.h"
 #include "quorel/platform/random.h"
 #include "quorel/values/value.h"
+#include "model/test_tree.h"
 #include "test_support.h"
 
 namespace quorel {
@@ -83,6 +84,21 @@ TEST_F(NumericFunctionsTest, RandomNumbersReachBothEnds) {
   three.getElement(rt(), 1, 2)->set(rt(), number(9));
   seedForNextDrawing(32766);
   EXPECT_EQ(9.0, Functions::ZUFALLSZAHL_AUS_LISTE(rt(), &three)->asReal());
+}
+
+TEST_F(NumericFunctionsTest, RandomElementOfAFieldArrayIsReadFromTheRecord) {
+  StandaloneRoot root;
+  SimpleDataRecord record;
+  record.setValue("Root.Liste[0]", 5);
+  record.setValue("Root.Liste[2]", 7);
+  PlausiContext context(&record);
+  RuntimeContext runtime(&context, &run_.plausi);
+  seedForNextDrawing(0);
+  EXPECT_EQ(5, Functions::ZUFALLSZAHL_AUS_LISTE(&runtime, root.liste)->asInteger());
+  seedForNextDrawing(32766);
+  EXPECT_EQ(7, Functions::ZUFALLSZAHL_AUS_LISTE(&runtime, root.liste)->asInteger());
+  seedForNextDrawing(32767);  // one behind the last element: nothing stands there
+  EXPECT_FALSE(Functions::ZUFALLSZAHL_AUS_LISTE(&runtime, root.liste)->isValid());
 }
 
 TEST_F(NumericFunctionsTest, NormalDistributionIgnoresTheSignOfTheDeviation) {

@@ -36,8 +36,16 @@ class RegisteringRules : public NoRules {
     registerClassification(new Classification(&bb, "zweite"), "BB", "zweite");
     setFieldCheckProc("Root.Liste", recordCheck);
     setFieldCheckProc("Root.Name", recordCheck);
-    setMappingForMaterial("Kunden", new Mapping());
+    customers = new Mapping();
+    setMappingForMaterial("Kunden", customers);
+    setMappingForMaterial("Kunden", customers);  // the same again: owned once
+    setMapping(getMapping());
   }
+
+  using Plausi::getMapping;
+  using Plausi::getMappingForMaterial;
+
+  Mapping *customers;
 };
 
 TEST(RegistriesTest, ClassificationsByCodeAndValue) {
@@ -52,6 +60,13 @@ TEST(RegistriesTest, ClassificationsByCodeAndValue) {
   // The replaced classification still answers by its value text.
   EXPECT_STREQ("Aa", rules.getClassificationByValue("erste")->asString());
   EXPECT_EQ(nullptr, rules.getMaterial("Kunden"));
+}
+
+TEST(RegistriesTest, MappingsForMaterialsByName) {
+  RegisteringRules rules;
+  EXPECT_EQ(rules.customers, rules.getMappingForMaterial("Kunden"));
+  EXPECT_EQ(nullptr, rules.getMappingForMaterial("Lieferanten"));
+  EXPECT_NE(nullptr, rules.getMapping());
 }
 
 TEST(RegistriesTest, FieldChecksAreFoundByTheTypeHierarchy) {
