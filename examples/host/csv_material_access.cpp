@@ -1,23 +1,34 @@
 #include "csv_material_access.h"
 
+#include <charconv>
 #include <fstream>
 
 #include "csv_reader.h"
+#include "problem_printer.h"
 
 namespace quorel_check {
 
-void fillRecord(const std::vector<std::string> &header, const std::vector<std::string> &row,
-                quorel::SimpleDataRecord *record) {
+bool fillRecord(const std::vector<std::string> &header, const std::vector<std::string> &row,
+                quorel::SimpleDataRecord *record, std::string *error) {
   for (std::size_t i = 0; i < header.size() && i < row.size(); ++i) {
     const std::string &name = header[i];
-    if (row[i].empty()) continue;
-    if (!name.empty() && name.back() == '#') {
-      record->setSize(name.substr(0, name.size() - 1).c_str(),
-                      static_cast<std::int32_t>(std::strtol(row[i].c_str(), nullptr, 10)));
-    } else {
-      record->setValue(name.c_str(), row[i].c_str());
+    const std::string &cell = row[i];
+    if (cell.empty()) continue;
+    if (name.empty() || name.back() != '#') {
+      record->setValue(name.c_str(), cell.c_str());
+      continue;
     }
+    std::string array = name.substr(0, name.size() - 1);
+    std::int32_t size = -1;
+    auto [end, fault] = std::from_chars(cell.data(), cell.data() + cell.size(), size);
+    if (fault != std::errc() || end != cell.data() + cell.size() || size < 0 || size > kMaxArraySize) {
+      *error = "Arraygr\xF6\xDF" "e von " + array + " ist keine ganze Zahl von 0 bis " +
+               std::to_string(kMaxArraySize) + ": " + cell;
+      return false;
+    }
+    record->setSize(array.c_str(), size);
   }
+  return true;
 }
 
 namespace {
@@ -67,7 +78,11 @@ bool CsvMaterialAccess::load(const std::string &material, const std::string &fil
       return false;
     }
     auto record = std::make_unique<quorel::SimpleDataRecord>();
-    fillRecord(header, row, record.get());
+    std::string error;
+    if (!fillRecord(header, row, record.get(), &error)) {
+      *message = file + ":" + std::to_string(reader.line()) + ": " + toUtf8(error.c_str());
+      return false;
+    }
     rows.push_back(std::move(record));
   }
   return true;

@@ -9,6 +9,7 @@
 #ifndef QUOREL_EXAMPLES_HOST_CSV_MATERIAL_ACCESS_H_
 #define QUOREL_EXAMPLES_HOST_CSV_MATERIAL_ACCESS_H_
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -19,10 +20,16 @@
 
 namespace quorel_check {
 
+// The largest array size a row may give: a size is a promise of elements
+// that the rules walk, so a wild one must not keep a run busy for hours.
+constexpr std::int32_t kMaxArraySize = 100000;
+
 // Fills a record from one CSV row under its header: a header ending in "#"
-// is an array size, an empty cell an empty field.
-void fillRecord(const std::vector<std::string> &header, const std::vector<std::string> &row,
-                quorel::SimpleDataRecord *record);
+// is an array size, an empty cell an empty field. A size that is not a whole
+// number from 0 to kMaxArraySize makes it false, with a message (Windows-1252)
+// in *error; the record is then incomplete.
+bool fillRecord(const std::vector<std::string> &header, const std::vector<std::string> &row,
+                quorel::SimpleDataRecord *record, std::string *error);
 
 class CsvMaterialAccess : public quorel::MaterialAccess {
  public:

@@ -164,14 +164,15 @@ class Worker {
     Outcome outcome;
     std::ostringstream out;
     quorel_check::ProblemPrinter printer(out, options_.json);
-    if (!row.error.empty() || row.cells.size() != header_.size()) {
+    quorel::SimpleDataRecord record;
+    std::string error = row.error;
+    if (error.empty() && row.cells.size() != header_.size()) error = "Anzahl der Spalten passt nicht zur Kopfzeile";
+    if (!error.empty() || !quorel_check::fillRecord(header_, row.cells, &record, &error)) {
       outcome.failed = true;
-      printer.printFailure(row.line, row.error.empty() ? "Anzahl der Spalten passt nicht zur Kopfzeile" : row.error);
+      printer.printFailure(row.line, error);
       outcome.output = out.str();
       return outcome;
     }
-    quorel::SimpleDataRecord record;
-    quorel_check::fillRecord(header_, row.cells, &record);
     quorel::PlausiContext context(&record);
     context.setFlow(options_.flow.c_str());
     context.setProblemWeightLevel(options_.weightLevel);

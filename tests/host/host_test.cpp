@@ -49,10 +49,17 @@ TEST(ProblemPrinterTest, Windows1252BecomesEscapedUtf8) {
 
 TEST(CsvMaterialAccessTest, ConditionsAreEvaluatedPerRow) {
   quorel::SimpleDataRecord row;
-  fillRecord({"M.Nr", "M.Name", "M.Liste#"}, {"7", "", "3"}, &row);
+  std::string error;
+  ASSERT_TRUE(fillRecord({"M.Nr", "M.Name", "M.Liste#"}, {"7", "", "3"}, &row, &error));
   EXPECT_EQ(nullptr, row.getValue("M.Name"));
   ASSERT_NE(nullptr, row.getValue("M.Nr"));
   EXPECT_EQ(3, row.getValue("M.Liste#")->asInteger());
+  // A size is a whole number within bounds: the rules walk that many elements.
+  for (const char *size : {"-1", "100001", "2000000000", "3x", " 3", "zwei"}) {
+    EXPECT_FALSE(fillRecord({"M.Liste#"}, {size}, &row, &error)) << size;
+    EXPECT_EQ(std::string("Arraygr\xF6\xDF" "e von M.Liste ist keine ganze Zahl von 0 bis 100000: ") + size, error);
+  }
+  EXPECT_TRUE(fillRecord({"M.Liste#"}, {"100000"}, &row, &error));
 }
 
 }  // namespace
