@@ -80,11 +80,15 @@ class StackSwitch {
   }
 
  private:
+#ifdef QUOREL_ASAN_FIBERS
   void *fakeStack_ = nullptr;
   void *callerStack_ = nullptr;
   std::size_t callerStackSize_ = 0;
+#endif
+#ifdef QUOREL_TSAN_FIBERS
   void *callerFiber_ = nullptr;
   void *privateFiber_ = nullptr;
+#endif
 };
 
 struct Call {
