@@ -24,7 +24,7 @@ bool NFANode::isGroupHead() { return false; }
 bool NFANode::isStartOfInput() { return false; }
 
 std::int32_t NFANode::follow(NFANode *node, const char *input, PatternMatcher *matcher, std::int32_t position) {
-  if (node == nullptr || !matcher->hasStackFor(__builtin_frame_address(0))) return -1;
+  if (node == nullptr || !matcher->mayGoOn(__builtin_frame_address(0))) return -1;
   return node->match(input, matcher, position);
 }
 

@@ -85,7 +85,7 @@ std::int32_t NFAStartNode::match(const char *input, PatternMatcher *matcher, std
   for (std::int32_t p = position;; ++p) {
     std::int32_t result = goOn(input, matcher, p);
     if (result != -1) return result;
-    if (p >= matcher->inputLength() || matcher->stackExhausted()) break;
+    if (p >= matcher->inputLength() || matcher->stopped()) break;
     matcher->resetGroups();
     matcher->setStart(0, p + 1);
   }
@@ -420,7 +420,7 @@ std::int32_t NFAGreedyQuantifierNode::matchRepeatSingle(const char *input, Patte
   }
   for (std::int32_t p = end;; --p) {
     std::int32_t result = goOn(input, matcher, p);
-    if (result != -1 || p == position || matcher->stackExhausted()) return result;
+    if (result != -1 || p == position || matcher->stopped()) return result;
   }
 }
 

@@ -69,6 +69,16 @@ bool Pattern::matches(const char *pattern, const char *input, std::int32_t flags
   return matcher->matches();
 }
 
+namespace {
+
+thread_local std::int64_t stepLimit = 0;
+
+}  // namespace
+
+void Pattern::setStepLimit(std::int64_t steps) { stepLimit = steps < 0 ? 0 : steps; }
+
+std::int64_t Pattern::getStepLimit() { return stepLimit; }
+
 void Pattern::print() const {
   std::printf("Pattern(%s):\n", text_.c_str());
   if (head_ != nullptr) head_->print(0);

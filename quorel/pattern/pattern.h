@@ -12,9 +12,14 @@
 // alternative, the matcher per node on the path (a run of one byte-atom
 // under a greedy quantifier costs no recursion). Both watch the stack of the
 // calling thread: a pattern too deeply nested for it is reported as a syntax
-// error, and an input whose match would need more stack than the thread has
-// left, less a safety margin of 512 KB, is refused as not matching. Nothing
-// overflows the stack, whatever the pattern and input.
+// error, and a match that would need more stack than the thread has left
+// (less a safety margin of up to 512 KB) is moved to a private stack or, past
+// that, refused as not matching. Nothing overflows the stack, whatever the
+// pattern and input.
+//
+// Catastrophic backtracking ((a*)*b on a long run of a) is the language's own
+// behaviour and is not bounded, unless a thread sets a step limit: then a
+// match that visits more nodes than that is refused as not matching.
 //
 // Several threads may compile and match at once: the only shared state is
 // the empty registeredPatterns.
@@ -48,6 +53,12 @@ class Pattern {
   // Whether the whole input matches the whole pattern; false for a pattern
   // that does not compile.
   static bool matches(const char *pattern, const char *input, std::int32_t flags);
+
+  // Bounds every later match on the calling thread to this many node visits;
+  // a match that needs more is answered false. 0, the default, leaves matches
+  // unbounded. For hosts that must answer within a time, and for fuzzing.
+  static void setStepLimit(std::int64_t steps);
+  static std::int64_t getStepLimit();
 
   ~Pattern();
   Pattern(const Pattern &) = delete;

@@ -47,10 +47,14 @@ void PatternMatcher::resetGroups() {
   for (std::int32_t gi = -1; gi >= -nonCapturingCount_; --gi) setLoopCount(gi, -1);
 }
 
-bool PatternMatcher::hasStackFor(const void *frame) {
-  if (stackExhausted_) return false;
-  if (reinterpret_cast<std::uintptr_t>(frame) < stackLimit_) stackExhausted_ = true;
-  return !stackExhausted_;
+bool PatternMatcher::mayGoOn(const void *frame) {
+  if (stopped()) return false;
+  if (reinterpret_cast<std::uintptr_t>(frame) < stackLimit_) {
+    stackExhausted_ = true;
+  } else if (stepLimit_ != 0 && ++steps_ > stepLimit_) {
+    outOfSteps_ = true;
+  }
+  return !stopped();
 }
 
 bool PatternMatcher::runFrom(std::uintptr_t stackLimit) {
@@ -58,16 +62,20 @@ bool PatternMatcher::runFrom(std::uintptr_t stackLimit) {
   stackLimit_ = stackLimit;
   stackExhausted_ = false;
   std::int32_t end = pattern_->getHead()->match(input_.c_str(), this, 0);
-  return end == inputLength();
+  return end == inputLength() && !stopped();
 }
 
 bool PatternMatcher::matches() {
   mode_ = MatchWhole;
+  stepLimit_ = Pattern::getStepLimit();
+  steps_ = 0;
+  outOfSteps_ = false;
   bool matched = runFrom(pattern_stack::lowestFrameAddress());
   if (!stackExhausted_) return matched;
-  // Too deep for this thread: once more on a stack sized by the input.
+  // Too deep for this thread: once more on a stack sized by the input. The
+  // steps of the first run count against the limit.
   std::size_t size = kPrivateStackPerByte * (input_.size() + 1);
   if (size > kMaxPrivateStack) size = kMaxPrivateStack;
   pattern_stack::callOnPrivateStack(size, [&](std::uintptr_t lowest) { matched = runFrom(lowest); });
-  return matched && !stackExhausted_;
+  return matched;
 }

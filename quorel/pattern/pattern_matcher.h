@@ -10,7 +10,8 @@
 // more stack than the thread has left (less a safety margin) is tried once
 // more on a private stack reserved at 1 KB per input byte, at most 1 GB of
 // address space, committed only as used; a run that needs even more is
-// refused as a failure to match, and stackExhausted() tells so afterwards.
+// refused as a failure to match. So is a match that visits more nodes than
+// the step limit of the thread (Pattern::setStepLimit) allows.
 
 #ifndef QUOREL_PATTERN_PATTERN_MATCHER_H_
 #define QUOREL_PATTERN_PATTERN_MATCHER_H_
@@ -53,10 +54,11 @@ class PatternMatcher {
   void setLoopPosition(std::int32_t gi, std::int32_t v) { write(&loopPositions_, gi, v); }
   void setLoopSavedCount(std::int32_t gi, std::int32_t v) { write(&loopSavedCounts_, gi, v); }
 
-  // Whether a further level of matching fits on the stack; once it does not,
-  // the match is refused.
-  bool hasStackFor(const void *frame);
-  bool stackExhausted() const { return stackExhausted_; }
+  // Whether a further level of matching, whose caller's frame is at frame,
+  // fits on the stack and within the step limit; once it does not, the match
+  // is refused and stopped() is true.
+  bool mayGoOn(const void *frame);
+  bool stopped() const { return stackExhausted_ || outOfSteps_; }
 
  private:
   static constexpr std::size_t kPrivateStackPerByte = 1024;
@@ -80,6 +82,9 @@ class PatternMatcher {
   std::int32_t mode_ = 0;
   std::uintptr_t stackLimit_ = 0;
   bool stackExhausted_ = false;
+  std::int64_t stepLimit_ = 0;  // 0: none
+  std::int64_t steps_ = 0;
+  bool outOfSteps_ = false;
 };
 
 #endif  // QUOREL_PATTERN_PATTERN_MATCHER_H_

@@ -1,4 +1,5 @@
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -115,6 +116,22 @@ TEST(PatternMatchingTest, LongInputsMatchWithoutExhaustingTheStack) {
   EXPECT_FALSE(Pattern::matches("[0-9]+", digits.c_str(), 0));
   std::string pairs;
   for (int i = 0; i < (1 << 19); ++i) pairs += "ab";
+  EXPECT_TRUE(Pattern::matches("(ab)*", pairs.c_str(), 0));
+}
+
+TEST(PatternMatchingTest, AStepLimitBoundsCatastrophicBacktracking) {
+  std::string as(40, 'a');
+  Pattern::setStepLimit(100000);
+  EXPECT_FALSE(Pattern::matches("(((a*)*)*)*b", as.c_str(), 0));  // refused, not hours later
+  EXPECT_TRUE(Pattern::matches("(((a*)*)*)*", as.c_str(), 0));
+  EXPECT_TRUE(Pattern::matches("([0-9]+,)*[0-9]+", "1,22,333", 0));
+  std::string pairs;
+  for (int i = 0; i < (1 << 19); ++i) pairs += "ab";
+  EXPECT_FALSE(Pattern::matches("(ab)*", pairs.c_str(), 0));  // every visit counts
+  std::int64_t otherThreads = -1;
+  std::thread([&] { otherThreads = Pattern::getStepLimit(); }).join();
+  EXPECT_EQ(0, otherThreads);
+  Pattern::setStepLimit(0);
   EXPECT_TRUE(Pattern::matches("(ab)*", pairs.c_str(), 0));
 }
 
