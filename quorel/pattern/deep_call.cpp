@@ -3,6 +3,8 @@
 #include <sys/mman.h>
 #include <ucontext.h>
 
+#include "quorel/pattern/stack_guard.h"
+
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
 #define QUOREL_ASAN_FIBERS 1
@@ -28,9 +30,6 @@
 namespace pattern_stack {
 
 namespace {
-
-// Kept free at the end of the private stack, beyond the room asked for.
-constexpr std::uintptr_t kMargin = 512 * 1024;
 
 // Tells the sanitizer of the build that the thread moves to another stack
 // and back, so that it neither reports the private frames as overflows
@@ -109,12 +108,12 @@ void enter(unsigned int high, unsigned int low) {
 }  // namespace
 
 bool callOnPrivateStack(std::size_t size, const std::function<void(std::uintptr_t)> &body) {
-  size += kMargin;
+  size += kStackMargin;  // beyond the room asked for
   void *stack = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (stack == MAP_FAILED) return false;
   Call call{};
   call.body = &body;
-  call.lowest = reinterpret_cast<std::uintptr_t>(stack) + kMargin;
+  call.lowest = reinterpret_cast<std::uintptr_t>(stack) + kStackMargin;
   ucontext_t callee;
   getcontext(&callee);
   callee.uc_stack.ss_sp = stack;

@@ -6,11 +6,9 @@ namespace pattern_stack {
 
 namespace {
 
-// Kept free below the deepest frame; generous so that sanitizer builds,
-// whose frames are several times larger, stay safe too. A thread whose stack
-// has less than twice that left keeps half of what is left, but never less
-// than kMinMargin: small stacks still hold ordinary patterns.
-constexpr std::uintptr_t kMargin = 512 * 1024;
+// A thread whose stack has less than twice kStackMargin left keeps half of
+// what is left, but never less than kMinMargin: small stacks still hold
+// ordinary patterns.
 constexpr std::uintptr_t kMinMargin = 64 * 1024;
 // Assumed when the thread's stack cannot be asked for.
 constexpr std::uintptr_t kFallbackDepth = 4 * 1024 * 1024;
@@ -40,7 +38,7 @@ std::uintptr_t lowestFrameAddress() {
   std::uintptr_t low = stackLowEnd(current);
   if (current < low + 2 * kMinMargin) return current;  // no room at all
   std::uintptr_t margin = (current - low) / 2;
-  if (margin > kMargin) margin = kMargin;
+  if (margin > kStackMargin) margin = kStackMargin;
   return low + margin;
 }
 

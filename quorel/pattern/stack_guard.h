@@ -8,6 +8,11 @@
 
 namespace pattern_stack {
 
+// Kept free below the deepest frame of a match, on the thread's stack and on
+// a private one; generous so that sanitizer builds, whose frames are several
+// times larger, stay safe too.
+constexpr std::uintptr_t kStackMargin = 512 * 1024;
+
 // Frames below the returned address must not be entered. The margin leaves
 // room for the deepest frame of a node and for the runtime's own needs.
 std::uintptr_t lowestFrameAddress();
