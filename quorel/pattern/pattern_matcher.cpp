@@ -51,8 +51,15 @@ bool PatternMatcher::mayGoOn(const void *frame) {
   if (stopped()) return false;
   if (reinterpret_cast<std::uintptr_t>(frame) < stackLimit_) {
     stackExhausted_ = true;
-  } else if (stepLimit_ != 0 && ++steps_ > stepLimit_) {
-    outOfSteps_ = true;
+    return false;
+  }
+  return spendSteps(1);
+}
+
+bool PatternMatcher::spendSteps(std::int64_t steps) {
+  if (stepLimit_ != 0) {
+    steps_ += steps;
+    if (steps_ > stepLimit_) outOfSteps_ = true;
   }
   return !stopped();
 }

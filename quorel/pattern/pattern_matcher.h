@@ -37,6 +37,11 @@ class PatternMatcher {
   void reset();
   void resetGroups();
   void setInput(const char *input) { input_ = input != nullptr ? input : ""; }
+  // Empties the input, giving back its memory when it was large.
+  void dropInput() {
+    if (input_.capacity() > 4096) std::string().swap(input_);
+    input_.clear();
+  }
 
   std::int32_t getMode() const { return mode_; }
   std::int32_t getLastMatchEnd() const { return lastMatchEnd_; }
@@ -58,6 +63,9 @@ class PatternMatcher {
   // fits on the stack and within the step limit; once it does not, the match
   // is refused and stopped() is true.
   bool mayGoOn(const void *frame);
+  // Counts steps node visits made in one go; false, and stopped() true, once
+  // they pass the step limit.
+  bool spendSteps(std::int64_t steps);
   bool stopped() const { return stackExhausted_ || outOfSteps_; }
 
  private:
