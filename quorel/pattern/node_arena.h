@@ -29,7 +29,8 @@ class NodeArena {
   template <typename T, typename... Args>
   T *make(Args &&...args) {
     static_assert(alignof(T) <= alignof(std::max_align_t), "nodes need no extended alignment");
-    nodes_.reserve(nodes_.size() + 1);  // so that registering cannot fail after construction
+    // Room first, so that registering cannot fail after construction.
+    if (nodes_.size() == nodes_.capacity()) nodes_.reserve(2 * nodes_.size() + 16);
     T *node = new (allocate(sizeof(T))) T(std::forward<Args>(args)...);
     nodes_.push_back(node);
     return node;

@@ -84,6 +84,7 @@ class Pattern {
   PatternMatcher *getMatcher() const { return matcher_.get(); }
   std::int32_t getGroupCount() const { return groupCount_; }
   std::int32_t getNonCapturingCounter() const { return nonCapturingCounter_; }
+  std::size_t getNodeCount() const { return nodes_.nodes().size(); }
   // The dump of the node graph on standard output.
   void print() const;
 

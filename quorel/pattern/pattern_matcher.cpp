@@ -79,9 +79,11 @@ bool PatternMatcher::matches() {
   outOfSteps_ = false;
   bool matched = runFrom(pattern_stack::lowestFrameAddress());
   if (!stackExhausted_) return matched;
-  // Too deep for this thread: once more on a stack sized by the input. The
-  // steps of the first run count against the limit.
-  std::size_t size = kPrivateStackPerByte * (input_.size() + 1);
+  // Too deep for this thread: once more on a stack sized by the input and the
+  // pattern, as the path may visit each node once per input byte and each
+  // node of a deeply nested pattern once. The steps of the first run count
+  // against the limit.
+  std::size_t size = kPrivateStackPerStep * (input_.size() + pattern_->getNodeCount() + 1);
   if (size > kMaxPrivateStack) size = kMaxPrivateStack;
   pattern_stack::callOnPrivateStack(size, [&](std::uintptr_t lowest) { matched = runFrom(lowest); });
   return matched;

@@ -8,7 +8,8 @@
 //
 // The matcher also keeps the stack guard of a match. A run that would need
 // more stack than the thread has left (less a safety margin) is tried once
-// more on a private stack reserved at 1 KB per input byte, at most 1 GB of
+// more on a private stack reserved at 1 KB per input byte and per node of
+// the pattern, at most 1 GB of
 // address space, committed only as used; a run that needs even more is
 // refused as a failure to match. So is a match that visits more nodes than
 // the step limit of the thread (Pattern::setStepLimit) allows.
@@ -69,7 +70,7 @@ class PatternMatcher {
   bool stopped() const { return stackExhausted_ || outOfSteps_; }
 
  private:
-  static constexpr std::size_t kPrivateStackPerByte = 1024;
+  static constexpr std::size_t kPrivateStackPerStep = 1024;
   static constexpr std::size_t kMaxPrivateStack = std::size_t{1} << 30;
 
   // One run of the head, with frames allowed down to stackLimit.

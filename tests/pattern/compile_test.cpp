@@ -115,3 +115,17 @@ TEST(PatternCompileTest, DumpsEveryKindOfNode) {
 }
 
 }  // namespace
+
+namespace {
+
+// A counted quantifier that is no count reports with the cursor on its
+// brace: the character before the brace decides caret and wording.
+TEST(PatternCompileTest, CountReportsPointAtTheCharacterBeforeTheBrace) {
+  EXPECT_EQ(std::string("ab{1,x}\n ^\n") + kPlain, report("ab{1,x}"));
+  EXPECT_EQ(std::string("(a){1,x}\n  ^\n") + kMeta, report("(a){1,x}"));
+  EXPECT_EQ(std::string("((a){\n   ^\n") + kMeta + "((a){\n    ^\n" + kPlain, report("((a){"));
+  EXPECT_EQ(std::string("(a{1,x})\n ^\n") + kPlain + "(a{1,x})\n  ^\n" + kPlain, report("(a{1,x})"));
+  EXPECT_EQ(std::string("a{1\n ^\n") + kPlain, report("a{1"));
+}
+
+}  // namespace
