@@ -86,9 +86,8 @@ void NFAClassNode::print(std::int32_t indent) {
   printNext(indent);
 }
 
-NFACIClassNode::NFACIClassNode(const ByteSet &members, bool inverted)
-    : inverted_(inverted), members_(foldAll(members)) {
-  ByteSet taken = unfold(members_);
+NFACIClassNode::NFACIClassNode(const ByteSet &members, bool inverted) {
+  ByteSet taken = unfold(foldAll(members));
   accepted_ = inverted ? ~taken : taken;
 }
 

@@ -66,9 +66,9 @@ class NFACIClassNode : public NFANode {
   const ByteSet *acceptedBytes() const override { return &accepted_; }
 
  private:
-  bool inverted_;
-  ByteSet members_;   // folded
-  ByteSet accepted_;  // every byte whose folding is a member, or is none when inverted
+  // Every byte whose folding is the folding of a member, or of none when
+  // inverted. The dump shows nothing of it, so nothing else is kept.
+  ByteSet accepted_;
 };
 
 // The starts and ends of chains.
