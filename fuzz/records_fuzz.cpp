@@ -6,7 +6,7 @@
 
 #include <memory>
 
-#include "csv_material_access.h"
+#include "quorel/host/csv_material_access.h"
 #include "fuzz_input.h"
 
 namespace {
@@ -32,7 +32,7 @@ struct Module {
   }
   quorel::PlausiLoader loader;
   quorel::Plausi *rules;
-  quorel_check::CsvMaterialAccess places;
+  quorel::host::CsvMaterialAccess places;
 };
 
 }  // namespace
@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   // Arrays of at most 9 elements keep each execution short; the reader's
   // own bound is tested elsewhere.
   if (row[kChildren].size() > 1 || row[kIncomes].size() > 1) return 0;
-  if (!quorel_check::fillRecord(kHeader, row, &record, &error)) return 0;
+  if (!quorel::host::fillRecord(kHeader, row, &record, &error)) return 0;
   for (const char *flow : {"Pruefung", "Schnellpruefung"}) {
     quorel::PlausiContext context(&record);
     context.setFlow(flow);

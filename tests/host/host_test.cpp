@@ -4,11 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include "csv_material_access.h"
-#include "csv_reader.h"
-#include "problem_printer.h"
+#include "quorel/host/csv_material_access.h"
+#include "quorel/host/csv_reader.h"
+#include "quorel/host/problem_printer.h"
 
-namespace quorel_check {
+namespace quorel {
+namespace host {
 namespace {
 
 std::vector<std::vector<std::string>> readAll(const std::string &text, std::vector<std::string> *errors = nullptr) {
@@ -63,4 +64,5 @@ TEST(CsvMaterialAccessTest, ConditionsAreEvaluatedPerRow) {
 }
 
 }  // namespace
-}  // namespace quorel_check
+}  // namespace host
+}  // namespace quorel

@@ -25,25 +25,14 @@
 #include <thread>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <quorel/quorel.h>
 
-#include "csv_material_access.h"
-#include "csv_reader.h"
-#include "problem_printer.h"
+#include "quorel/host/csv_material_access.h"
+#include "quorel/host/csv_reader.h"
+#include "quorel/host/problem_printer.h"
 
 namespace {
-
-const char kUsage[] =
-    "usage: quorel-check [options] LIBRARY MODULE RECORDS.csv\n"
-    "  --flow NAME            flow to run for each record (default: Pruefung)\n"
-    "  --weight-level N       problem weight level handed to the rules (default 1)\n"
-    "  --init NAME=VALUE      init parameter, a number if it reads as one (repeatable)\n"
-    "  --material NAME=FILE   CSV file of a material (repeatable)\n"
-    "  --log FILE             write the log of the runs to FILE\n"
-    "  --log-level N          0 off ... 5 trace, 6 debug (default 4 with --log)\n"
-    "  --format text|json     readable text (default) or JSON Lines; both UTF-8\n"
-    "  --jobs N               check records on N threads, output in input order\n"
-    "Exit status: 0 all records ok, 1 some record has an error, 2 usage, load or input error.\n";
 
 struct Options {
   std::string library, module, records;
@@ -56,51 +45,59 @@ struct Options {
   int jobs = 1;
 };
 
-bool split(const char *argument, std::pair<std::string, std::string> *pair) {
-  const char *equals = std::strchr(argument, '=');
-  if (equals == nullptr || equals == argument) return false;
-  *pair = {std::string(argument, equals), std::string(equals + 1)};
-  return true;
+// NAME=VALUE with a name.
+std::pair<std::string, std::string> split(const std::string &argument) {
+  std::size_t equals = argument.find('=');
+  return {argument.substr(0, equals), argument.substr(equals + 1)};
 }
 
+const CLI::Validator kNameValue(
+    [](std::string &argument) {
+      std::size_t equals = argument.find('=');
+      return equals == std::string::npos || equals == 0 ? std::string("expected NAME=VALUE") : std::string();
+    },
+    "NAME=VALUE");
+
+// Parses the command line; false with the usage on the standard error stream
+// for a bad one. --help prints the usage and ends the program.
 bool parse(int argc, char **argv, Options *options) {
-  std::vector<std::string> positional;
-  for (int i = 1; i < argc; ++i) {
-    std::string option = argv[i];
-    bool hasValue = i + 1 < argc;
-    std::pair<std::string, std::string> pair;
-    if (option == "--help") {
-      std::cout << kUsage;
-      std::exit(0);
-    } else if (option == "--flow" && hasValue) {
-      options->flow = argv[++i];
-    } else if (option == "--weight-level" && hasValue) {
-      options->weightLevel = static_cast<std::int32_t>(std::atoi(argv[++i]));
-    } else if (option == "--init" && hasValue && split(argv[++i], &pair)) {
-      options->inits.push_back(pair);
-    } else if (option == "--material" && hasValue && split(argv[++i], &pair)) {
-      options->materials.push_back(pair);
-    } else if (option == "--log" && hasValue) {
-      options->logFile = argv[++i];
-    } else if (option == "--log-level" && hasValue) {
-      options->logLevel = std::atoi(argv[++i]);
-    } else if (option == "--jobs" && hasValue) {
-      options->jobs = std::atoi(argv[++i]);
-      if (options->jobs < 1) return false;
-    } else if (option == "--format" && hasValue) {
-      std::string format = argv[++i];
-      if (format != "text" && format != "json") return false;
-      options->json = format == "json";
-    } else if (option.rfind("--", 0) == 0) {
-      return false;
-    } else {
-      positional.push_back(option);
-    }
+  CLI::App app("Checks the records of a CSV file with a rule module.\n"
+               "Exit status: 0 all records ok, 1 some record has an error, 2 usage, load or input error.",
+               "quorel-check");
+  app.add_option("LIBRARY", options->library, "shared library of the rule module")->required();
+  app.add_option("MODULE", options->module, "name of the rule module")->required();
+  app.add_option("RECORDS", options->records, "CSV file of the records")->required();
+  app.add_option("--flow", options->flow, "flow to run for each record")->capture_default_str();
+  app.add_option("--weight-level", options->weightLevel, "problem weight level handed to the rules")
+      ->capture_default_str();
+  std::vector<std::string> inits, materials;
+  app.add_option("--init", inits, "init parameter, a number if it reads as one (repeatable)")
+      ->check(kNameValue)
+      ->allow_extra_args(false);
+  app.add_option("--material", materials, "CSV file of a material, NAME=FILE (repeatable)")
+      ->check(kNameValue)
+      ->allow_extra_args(false);
+  app.add_option("--log", options->logFile, "write the log of the runs to FILE");
+  app.add_option("--log-level", options->logLevel, "0 off ... 5 trace, 6 debug")->capture_default_str();
+  std::string format = "text";
+  app.add_option("--format", format, "readable text or JSON Lines; both UTF-8")
+      ->check(CLI::IsMember({"text", "json"}))
+      ->capture_default_str();
+  app.add_option("--jobs", options->jobs, "check records on N threads, output in input order")
+      ->check(CLI::Range(1, 1024))
+      ->capture_default_str();
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp &) {
+    std::cout << app.help();
+    std::exit(0);
+  } catch (const CLI::ParseError &e) {
+    std::cerr << "quorel-check: " << e.what() << "\n" << app.help();
+    return false;
   }
-  if (positional.size() != 3) return false;
-  options->library = positional[0];
-  options->module = positional[1];
-  options->records = positional[2];
+  for (const std::string &init : inits) options->inits.push_back(split(init));
+  for (const std::string &material : materials) options->materials.push_back(split(material));
+  options->json = format == "json";
   return true;
 }
 
@@ -155,7 +152,7 @@ class Worker {
       return true;
     } catch (const quorel::PlausiException &e) {
       *message = "cannot load module " + options_.module + " (type " + std::to_string(e.getType()) +
-                 "): " + quorel_check::toUtf8(e.getMessage());
+                 "): " + quorel::host::toUtf8(e.getMessage());
       return false;
     }
   }
@@ -163,11 +160,11 @@ class Worker {
   Outcome check(const Row &row) {
     Outcome outcome;
     std::ostringstream out;
-    quorel_check::ProblemPrinter printer(out, options_.json);
+    quorel::host::ProblemPrinter printer(out, options_.json);
     quorel::SimpleDataRecord record;
     std::string error = row.error;
     if (error.empty() && row.cells.size() != header_.size()) error = "Anzahl der Spalten passt nicht zur Kopfzeile";
-    if (!error.empty() || !quorel_check::fillRecord(header_, row.cells, &record, &error)) {
+    if (!error.empty() || !quorel::host::fillRecord(header_, row.cells, &record, &error)) {
       outcome.failed = true;
       printer.printFailure(row.line, error);
       outcome.output = out.str();
@@ -210,11 +207,8 @@ constexpr std::size_t kBatch = 4096;
 
 int main(int argc, char **argv) {
   Options options;
-  if (!parse(argc, argv, &options)) {
-    std::cerr << kUsage;
-    return 2;
-  }
-  quorel_check::CsvMaterialAccess materials;
+  if (!parse(argc, argv, &options)) return 2;
+  quorel::host::CsvMaterialAccess materials;
   for (const auto &material : options.materials) {
     std::string message;
     if (!materials.load(material.first, material.second, &message)) return fail(message);
@@ -228,7 +222,7 @@ int main(int argc, char **argv) {
     if (options.jobs > 1) return fail("--log works with --jobs 1 only");
     logger = std::make_unique<quorel::Logger>(options.logFile.c_str(), static_cast<quorel::LogLevel>(options.logLevel));
   }
-  quorel_check::CsvReader reader(input);
+  quorel::host::CsvReader reader(input);
   std::vector<std::string> header;
   if (!reader.next(&header)) return fail(options.records + " has no header row");
   std::vector<std::unique_ptr<Worker>> workers;
@@ -238,7 +232,7 @@ int main(int argc, char **argv) {
     if (!workers.back()->start(&message)) return fail(message);
   }
 
-  quorel_check::ProblemPrinter printer(std::cout, options.json);
+  quorel::host::ProblemPrinter printer(std::cout, options.json);
   bool progress = options.jobs > 1 && isatty(STDERR_FILENO);
   int records = 0, failed = 0, problems = 0, errors = 0;
   std::vector<Row> batch;

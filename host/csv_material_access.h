@@ -6,8 +6,8 @@
 // cell satisfies only "not equal". The rows live as long as this object.
 // Queries from several threads are served one at a time.
 
-#ifndef QUOREL_EXAMPLES_HOST_CSV_MATERIAL_ACCESS_H_
-#define QUOREL_EXAMPLES_HOST_CSV_MATERIAL_ACCESS_H_
+#ifndef QUOREL_HOST_CSV_MATERIAL_ACCESS_H_
+#define QUOREL_HOST_CSV_MATERIAL_ACCESS_H_
 
 #include <cstdint>
 #include <map>
@@ -18,7 +18,8 @@
 
 #include <quorel/quorel.h>
 
-namespace quorel_check {
+namespace quorel {
+namespace host {
 
 // The largest array size a row may give: a size is a promise of elements
 // that the rules walk, so a wild one must not keep a run busy for hours.
@@ -55,6 +56,7 @@ class CsvMaterialAccess : public quorel::MaterialAccess {
 // Whether the row fulfils every condition of the filter.
 bool fulfils(quorel::SimpleDataRecord *row, quorel::RecordFilter *filter);
 
-}  // namespace quorel_check
+}  // namespace host
+}  // namespace quorel
 
-#endif  // QUOREL_EXAMPLES_HOST_CSV_MATERIAL_ACCESS_H_
+#endif  // QUOREL_HOST_CSV_MATERIAL_ACCESS_H_

@@ -1,8 +1,9 @@
-#include "problem_printer.h"
+#include "quorel/host/problem_printer.h"
 
 #include <cstdio>
 
-namespace quorel_check {
+namespace quorel {
+namespace host {
 
 namespace {
 
@@ -122,4 +123,5 @@ void ProblemPrinter::printSummary(int records, int failed, int problems, int err
   }
 }
 
-}  // namespace quorel_check
+}  // namespace host
+}  // namespace quorel

@@ -1,12 +1,13 @@
-#include "csv_material_access.h"
+#include "quorel/host/csv_material_access.h"
 
 #include <charconv>
 #include <fstream>
 
-#include "csv_reader.h"
-#include "problem_printer.h"
+#include "quorel/host/csv_reader.h"
+#include "quorel/host/problem_printer.h"
 
-namespace quorel_check {
+namespace quorel {
+namespace host {
 
 bool fillRecord(const std::vector<std::string> &header, const std::vector<std::string> &row,
                 quorel::SimpleDataRecord *record, std::string *error) {
@@ -125,4 +126,5 @@ void CsvMaterialAccess::readRecords(quorel::DataRecordSet *result, quorel::Mater
   }
 }
 
-}  // namespace quorel_check
+}  // namespace host
+}  // namespace quorel

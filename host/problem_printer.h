@@ -2,15 +2,16 @@
 // JSON Lines (one object per problem, then one summary object). Texts from
 // the library are Windows-1252 and are written as UTF-8.
 
-#ifndef QUOREL_EXAMPLES_HOST_PROBLEM_PRINTER_H_
-#define QUOREL_EXAMPLES_HOST_PROBLEM_PRINTER_H_
+#ifndef QUOREL_HOST_PROBLEM_PRINTER_H_
+#define QUOREL_HOST_PROBLEM_PRINTER_H_
 
 #include <ostream>
 #include <string>
 
 #include <quorel/quorel.h>
 
-namespace quorel_check {
+namespace quorel {
+namespace host {
 
 // Windows-1252 bytes as UTF-8.
 std::string toUtf8(const char *text);
@@ -32,6 +33,7 @@ class ProblemPrinter {
   bool json_;
 };
 
-}  // namespace quorel_check
+}  // namespace host
+}  // namespace quorel
 
-#endif  // QUOREL_EXAMPLES_HOST_PROBLEM_PRINTER_H_
+#endif  // QUOREL_HOST_PROBLEM_PRINTER_H_
