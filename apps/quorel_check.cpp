@@ -16,11 +16,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <iostream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -28,9 +25,13 @@
 #include <CLI/CLI.hpp>
 #include <quorel/quorel.h>
 
-#include "quorel/host/csv_material_access.h"
-#include "quorel/host/csv_reader.h"
-#include "quorel/host/problem_printer.h"
+#include "quorel/host/buffered_writer.h"
+#include "quorel/host/checker.h"
+#include "quorel/host/csv_row_source.h"
+#include "quorel/host/encoding.h"
+#include "quorel/host/problem_format.h"
+#include "quorel/host/record_layout.h"
+#include "quorel/host/table_material_access.h"
 
 namespace {
 
@@ -107,96 +108,73 @@ int fail(const std::string &message) {
 }
 
 // An init parameter: a number when the text reads as a German number.
-quorel::Value *initValue(const std::string &text) {
+std::shared_ptr<quorel::Value> initValue(const std::string &text) {
   try {
     quorel::Util::stringToReal(text.c_str(), nullptr);
-    return new quorel::NumberValue(text.c_str());
+    return std::make_shared<quorel::NumberValue>(text.c_str());
   } catch (const quorel::PlausiException &) {
-    return new quorel::StringValue(text.c_str());
+    return std::make_shared<quorel::StringValue>(text.c_str());
   }
 }
 
-// One row of the records file as read.
-struct Row {
-  int line;
-  std::vector<std::string> cells;
-  std::string error;
-};
-
-// What checking one row gave: its printed problems and its counts.
-struct Outcome {
-  std::string output;
-  bool failed = false;
-  int problems = 0;
-  int errors = 0;
-};
-
-// Checks rows with one Plausi of its own; a worker serves one thread.
+// Checks a share of each batch on its own thread, with a checker of its own,
+// and formats what it found into its own buffer.
 class Worker {
  public:
-  // Each worker has init values of its own: values fill caches when read.
-  Worker(const Options &options, const std::vector<std::string> &header, quorel::MaterialAccess *materials,
-         quorel::Logger *logger)
-      : options_(options), header_(header), materials_(materials), logger_(logger) {
-    for (const auto &init : options.inits) inits_.set(init.first.c_str(), initValue(init.second));
-  }
-  ~Worker() {
-    inits_.clear();
-    if (plausi_ != nullptr) loader_.unloadPlausi(plausi_, options_.module.c_str());
-  }
+  Worker(const quorel::host::CheckSettings &settings, const quorel::host::RecordLayout &layout,
+         const quorel::host::ProblemFormat &format)
+      : settings_(settings), layout_(layout), format_(format) {}
 
   // Loads the module; the message of the failure otherwise.
   bool start(std::string *message) {
     try {
-      plausi_ = loader_.loadPlausi(options_.library.c_str(), options_.module.c_str());
+      checker_ = std::make_unique<quorel::host::Checker>(settings_);
       return true;
     } catch (const quorel::PlausiException &e) {
-      *message = "cannot load module " + options_.module + " (type " + std::to_string(e.getType()) +
+      *message = "cannot load module " + settings_.module + " (type " + std::to_string(e.getType()) +
                  "): " + quorel::host::toUtf8(e.getMessage());
       return false;
     }
   }
 
-  Outcome check(const Row &row) {
-    Outcome outcome;
-    std::ostringstream out;
-    quorel::host::ProblemPrinter printer(out, options_.json);
-    quorel::SimpleDataRecord record;
-    std::string error = row.error;
-    if (error.empty() && row.cells.size() != header_.size()) error = "Anzahl der Spalten passt nicht zur Kopfzeile";
-    if (!error.empty() || !quorel::host::fillRecord(header_, row.cells, &record, &error)) {
-      outcome.failed = true;
-      printer.printFailure(row.line, error);
-      outcome.output = out.str();
-      return outcome;
-    }
-    quorel::PlausiContext context(&record);
-    context.setFlow(options_.flow.c_str());
-    context.setProblemWeightLevel(options_.weightLevel);
-    context.setMaterialAccess(materials_);
-    if (logger_ != nullptr) context.setLogger(logger_);
-    for (const auto &init : options_.inits) context.setInitParam(init.first.c_str(), inits_.get(init.first.c_str()));
-    try {
-      plausi_->perform(&context);
-    } catch (const quorel::PlausiException &e) {
-      outcome.failed = true;
-      printer.printFailure(row.line, "Ausnahme " + std::to_string(e.getType()) + ": " + e.getMessage());
-    }
-    printer.printRecord(row.line, context);
-    outcome.problems = context.getNumOfProblems();
-    outcome.errors = context.getNumOfProblems(quorel::PROBLEM_ERROR);
-    outcome.output = out.str();
-    return outcome;
+  // Checks rows [begin, end) of the batch into output() and counts().
+  void run(const std::vector<quorel::host::Row> &batch, std::size_t begin, std::size_t end) {
+    output_.clear();
+    for (std::size_t i = begin; i < end; ++i) check(batch[i]);
   }
 
+  const std::string &output() const { return output_; }
+  const quorel::host::Summary &counts() const { return counts_; }
+
  private:
-  const Options &options_;
-  const std::vector<std::string> &header_;
-  quorel::MaterialAccess *materials_;
-  quorel::Logger *logger_;
-  quorel::InitParams inits_;
-  quorel::PlausiLoader loader_;
-  quorel::Plausi *plausi_ = nullptr;
+  void check(const quorel::host::Row &row) {
+    ++counts_.records;
+    quorel::SimpleDataRecord record;
+    std::string error = row.error;
+    if (!error.empty() || !layout_.fill(row.cells, &record, &error)) {
+      ++counts_.failed;
+      format_.appendFailure(row.position, error, &output_);
+      return;
+    }
+    checker_->check(&record, &outcome_);
+    if (outcome_.failed) {
+      ++counts_.failed;
+      format_.appendFailure(row.position,
+                            "Ausnahme " + std::to_string(outcome_.exceptionType) + ": " + outcome_.message,
+                            &output_);
+    }
+    format_.appendRecord(row.position, outcome_.problems, &output_);
+    counts_.problems += static_cast<std::int64_t>(outcome_.problems.size());
+    counts_.errors += outcome_.errors;
+  }
+
+  const quorel::host::CheckSettings &settings_;
+  const quorel::host::RecordLayout &layout_;
+  const quorel::host::ProblemFormat &format_;
+  std::unique_ptr<quorel::host::Checker> checker_;
+  quorel::host::Outcome outcome_;
+  std::string output_;
+  quorel::host::Summary counts_;
 };
 
 // Rows are read and checked in batches, so memory stays flat however long
@@ -208,13 +186,14 @@ constexpr std::size_t kBatch = 4096;
 int main(int argc, char **argv) {
   Options options;
   if (!parse(argc, argv, &options)) return 2;
-  quorel::host::CsvMaterialAccess materials;
+  std::string message;
+  quorel::host::TableMaterialAccess materials;
   for (const auto &material : options.materials) {
-    std::string message;
-    if (!materials.load(material.first, material.second, &message)) return fail(message);
+    auto source = quorel::host::CsvRowSource::open(material.second, &message);
+    if (source == nullptr || !materials.load(material.first, source.get(), &message)) return fail(message);
   }
-  std::ifstream input(options.records, std::ios::binary);
-  if (!input) return fail("cannot read " + options.records);
+  auto records = quorel::host::CsvRowSource::open(options.records, &message);
+  if (records == nullptr) return fail(message);
 
   std::unique_ptr<quorel::Logger> logger;
   if (!options.logFile.empty()) {
@@ -222,53 +201,56 @@ int main(int argc, char **argv) {
     if (options.jobs > 1) return fail("--log works with --jobs 1 only");
     logger = std::make_unique<quorel::Logger>(options.logFile.c_str(), static_cast<quorel::LogLevel>(options.logLevel));
   }
-  quorel::host::CsvReader reader(input);
-  std::vector<std::string> header;
-  if (!reader.next(&header)) return fail(options.records + " has no header row");
+  quorel::host::CheckSettings settings;
+  settings.library = options.library;
+  settings.module = options.module;
+  settings.flow = options.flow;
+  settings.weightLevel = options.weightLevel;
+  settings.materials = &materials;
+  settings.logger = logger.get();
+  for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
+
+  quorel::host::RecordLayout layout(records->columns());
+  auto format = quorel::host::ProblemFormat::create(options.json ? "json" : "text");
   std::vector<std::unique_ptr<Worker>> workers;
   for (int i = 0; i < options.jobs; ++i) {
-    workers.push_back(std::make_unique<Worker>(options, header, &materials, logger.get()));
-    std::string message;
+    workers.push_back(std::make_unique<Worker>(settings, layout, *format));
     if (!workers.back()->start(&message)) return fail(message);
   }
 
-  quorel::host::ProblemPrinter printer(std::cout, options.json);
+  quorel::host::BufferedWriter out(STDOUT_FILENO);
   bool progress = options.jobs > 1 && isatty(STDERR_FILENO);
-  int records = 0, failed = 0, problems = 0, errors = 0;
-  std::vector<Row> batch;
-  std::vector<Outcome> outcomes;
-  bool more = true;
-  while (more) {
-    batch.clear();
-    Row row;
-    while (batch.size() < kBatch && (more = reader.next(&row.cells))) {
-      if (row.cells.size() == 1 && row.cells[0].empty()) continue;  // a blank line
-      row.line = reader.line();
-      row.error = reader.error();
-      batch.push_back(row);
-    }
-    outcomes.assign(batch.size(), Outcome());
+  std::int64_t checked = 0;
+  std::vector<quorel::host::Row> batch(kBatch);
+  for (bool more = true; more;) {
+    std::size_t size = 0;
+    while (size < kBatch && (more = records->next(&batch[size]))) ++size;
+    // Each worker takes a contiguous share, so its output is in input order.
+    auto share = [&](std::size_t w) { return size * w / workers.size(); };
     std::vector<std::thread> threads;
     for (std::size_t w = 1; w < workers.size(); ++w) {
-      threads.emplace_back([&, w] {
-        for (std::size_t i = w; i < batch.size(); i += workers.size()) outcomes[i] = workers[w]->check(batch[i]);
-      });
+      threads.emplace_back([&, w] { workers[w]->run(batch, share(w), share(w + 1)); });
     }
-    for (std::size_t i = 0; i < batch.size(); i += workers.size()) outcomes[i] = workers[0]->check(batch[i]);
+    workers[0]->run(batch, 0, share(1));
     for (std::thread &thread : threads) thread.join();
-    for (const Outcome &outcome : outcomes) {
-      std::cout << outcome.output;
-      ++records;
-      failed += outcome.failed ? 1 : 0;
-      problems += outcome.problems;
-      errors += outcome.errors;
-    }
-    if (progress) std::cerr << "\r" << records << " records checked" << std::flush;
+    for (const auto &worker : workers) out.write(worker->output());
+    checked += static_cast<std::int64_t>(size);
+    if (progress) std::cerr << "\r" << checked << " records checked" << std::flush;
   }
   if (progress) std::cerr << "\n";
-  printer.printSummary(records, failed, problems, errors);
+  quorel::host::Summary summary;
+  for (const auto &worker : workers) {
+    summary.records += worker->counts().records;
+    summary.failed += worker->counts().failed;
+    summary.problems += worker->counts().problems;
+    summary.errors += worker->counts().errors;
+  }
+  std::string last;
+  format->appendSummary(summary, &last);
+  out.write(last);
   workers.clear();
   logger.reset();
-  if (failed > 0) return 2;
-  return errors > 0 ? 1 : 0;
+  if (!out.flush()) return fail("cannot write the output");
+  if (summary.failed > 0) return 2;
+  return summary.errors > 0 ? 1 : 0;
 }

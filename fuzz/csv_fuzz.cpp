@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "quorel/host/csv_material_access.h"
+#include "quorel/host/record_layout.h"
 #include "quorel/host/csv_reader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
@@ -11,9 +11,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   std::vector<std::string> header, row;
   std::string error;
   if (!reader.next(&header)) return 0;
+  quorel::host::RecordLayout layout(header);
   while (reader.next(&row)) {
     quorel::SimpleDataRecord record;
-    quorel::host::fillRecord(header, row, &record, &error);
+    layout.fill(row, &record, &error);
   }
   return 0;
 }
