@@ -6,8 +6,10 @@
 
 #include <memory>
 
-#include "csv_material_access.h"
+#include "quorel/host/record_layout.h"
 #include "fuzz_input.h"
+#include "quorel/host/csv_row_source.h"
+#include "quorel/host/table_material_access.h"
 
 namespace {
 
@@ -28,11 +30,13 @@ struct Module {
   Module() {
     rules = loader.loadPlausi(QUOREL_ANTRAG_MODULE, "Antrag");
     std::string message;
-    places.load("Gemeinden", QUOREL_GEMEINDEN_CSV, &message);
+    auto source = quorel::host::CsvRowSource::open(QUOREL_GEMEINDEN_CSV, &message);
+    places.load("Gemeinden", source.get(), &message);
   }
   quorel::PlausiLoader loader;
   quorel::Plausi *rules;
-  quorel_check::CsvMaterialAccess places;
+  quorel::host::TableMaterialAccess places;
+  const quorel::host::RecordLayout layout{kHeader};
 };
 
 }  // namespace
@@ -45,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   // Arrays of at most 9 elements keep each execution short; the reader's
   // own bound is tested elsewhere.
   if (row[kChildren].size() > 1 || row[kIncomes].size() > 1) return 0;
-  if (!quorel_check::fillRecord(kHeader, row, &record, &error)) return 0;
+  if (!module.layout.fill(row, &record, &error)) return 0;
   for (const char *flow : {"Pruefung", "Schnellpruefung"}) {
     quorel::PlausiContext context(&record);
     context.setFlow(flow);

@@ -1,14 +1,21 @@
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "csv_material_access.h"
-#include "csv_reader.h"
-#include "problem_printer.h"
+#include <quorel/quorel.h>
 
-namespace quorel_check {
+#include "quorel/host/csv_reader.h"
+#include "quorel/host/encoding.h"
+#include "quorel/host/problem_format.h"
+#include "quorel/host/record_layout.h"
+#include "quorel/host/row_source.h"
+#include "quorel/host/table_material_access.h"
+
+namespace quorel {
+namespace host {
 namespace {
 
 std::vector<std::vector<std::string>> readAll(const std::string &text, std::vector<std::string> *errors = nullptr) {
@@ -41,26 +48,204 @@ TEST(CsvReaderTest, QuotesSeparatorsAndLines) {
   EXPECT_EQ("\xFC\xDF", bytes[1][0]);
 }
 
-TEST(ProblemPrinterTest, Windows1252BecomesEscapedUtf8) {
-  EXPECT_EQ("\xC3\xBC\xC3\x9F\xE2\x82\xAC", toUtf8("\xFC\xDF\x80"));
-  EXPECT_EQ("\"a\\\"b\\\\c\\n\\u0001\"", jsonString("a\"b\\c\n\x01"));
-  EXPECT_EQ("null", jsonString(nullptr));
-}
-
-TEST(CsvMaterialAccessTest, ConditionsAreEvaluatedPerRow) {
+TEST(RecordLayoutTest, CellsSizesAndEmptyFields) {
   quorel::SimpleDataRecord row;
   std::string error;
-  ASSERT_TRUE(fillRecord({"M.Nr", "M.Name", "M.Liste#"}, {"7", "", "3"}, &row, &error));
+  ASSERT_TRUE(RecordLayout({"M.Nr", "M.Name", "M.Liste#"}).fill({"7", "", "3"}, &row, &error));
   EXPECT_EQ(nullptr, row.getValue("M.Name"));
   ASSERT_NE(nullptr, row.getValue("M.Nr"));
   EXPECT_EQ(3, row.getValue("M.Liste#")->asInteger());
   // A size is a whole number within bounds: the rules walk that many elements.
   for (const char *size : {"-1", "100001", "2000000000", "3x", " 3", "zwei"}) {
-    EXPECT_FALSE(fillRecord({"M.Liste#"}, {size}, &row, &error)) << size;
+    EXPECT_FALSE(RecordLayout({"M.Liste#"}).fill({size}, &row, &error)) << size;
     EXPECT_EQ(std::string("Arraygr\xF6\xDF" "e von M.Liste ist keine ganze Zahl von 0 bis 100000: ") + size, error);
   }
-  EXPECT_TRUE(fillRecord({"M.Liste#"}, {"100000"}, &row, &error));
+  EXPECT_TRUE(RecordLayout({"M.Liste#"}).fill({"100000"}, &row, &error));
+}
+
+TEST(EncodingTest, Windows1252AndUtf8BothWays) {
+  EXPECT_EQ("a\xC3\xBC\xC3\x9F\xE2\x82\xAC\xEF\xBF\xBD", toUtf8("a\xFC\xDF\x80\x81"));
+  std::string back;
+  std::size_t offset = 99;
+  ASSERT_TRUE(fromUtf8("M\xC3\xBCnchen \xE2\x82\xAC \xC5\x93", &back, &offset));
+  EXPECT_EQ("M\xFCnchen \x80 \x9C", back);
+  // Outside the code page, malformed, overlong, or a NUL: the offset names it.
+  EXPECT_FALSE(fromUtf8("ab\xE2\x82\xBF", &back, &offset));  // the bitcoin sign
+  EXPECT_EQ(2u, offset);
+  for (const char *bad : {"x\xC3", "x\xC0\xAF", "x\xED\xA0\x80"}) {
+    EXPECT_FALSE(fromUtf8(bad, &back, &offset)) << bad;
+    EXPECT_EQ(1u, offset);
+  }
+  EXPECT_FALSE(fromUtf8(std::string_view("x\0y", 3), &back, &offset));
+  // Every character of the code page goes there and back.
+  for (int byte = 1; byte < 256; ++byte) {
+    char text[2] = {static_cast<char>(byte), 0};
+    std::string utf8 = toUtf8(text);
+    if (utf8 == "\xEF\xBF\xBD") continue;  // undefined in the code page
+    ASSERT_TRUE(fromUtf8(utf8, &back, &offset)) << byte;
+    EXPECT_EQ(std::string(text), back);
+  }
+}
+
+TEST(ProblemFormatTest, TextAndJsonLines) {
+  Problem p;
+  p.id = "X-1";
+  p.weight = 3;
+  p.text = "Stra\xDF" "e \"fehlt\"";
+  p.field = "A.B[1]";
+  p.accessed = {"A.B[1]", "A.C"};
+  p.sections = {"Innen", "Plausi"};
+  Problem hint;
+  hint.type = static_cast<ProblemType>(2);  // any type but an error
+  std::string text, json;
+  ProblemFormat::create("text")->appendRecord(7, {p, hint}, &text);
+  EXPECT_EQ("Zeile 7: Fehler X-1 (Gewicht 3): Stra\xC3\x9F" "e \"fehlt\"\n  Feld: A.B[1]\n  Gelesen: A.B[1] A.C\n"
+            "  Abschnitte: Innen < Plausi\nZeile 7: Hinweis  (Gewicht 0): \n  Abschnitte:\n",
+            text);
+  auto format = ProblemFormat::create("json");
+  format->appendRecord(7, {p}, &json);
+  format->appendFailure(8, "kaputt\n", &json);
+  format->appendSummary({2, 1, 1, 1}, &json);
+  EXPECT_EQ("{\"line\":7,\"id\":\"X-1\",\"type\":1,\"weight\":3,\"text\":\"Stra\xC3\x9F" "e \\\"fehlt\\\"\","
+            "\"details\":null,\"field\":\"A.B[1]\",\"accessed\":[\"A.B[1]\",\"A.C\"],\"sections\":[\"Innen\",\"Plausi\"]}\n"
+            "{\"line\":8,\"failure\":\"kaputt\\n\"}\n"
+            "{\"summary\":{\"records\":2,\"failed\":1,\"problems\":1,\"errors\":1}}\n",
+            json);
+  EXPECT_EQ(nullptr, ProblemFormat::create("xml"));
+}
+
+// The material "Orte": a postcode, a name and a number per row.
+class PlaceTopic : public Topic {
+ public:
+  PlaceTopic() : Topic(new TypeDescriptor(nullptr, nullptr, "Orte", nullptr, FieldTypeTopic, nullptr, 0), nullptr) {
+    setMaterialName("Orte");
+    plz = add("PLZ", FieldTypeText);
+    name = add("Name", FieldTypeText);
+  }
+  ~PlaceTopic() override { delete getTypeDescriptor(); }
+  Topic *createElement() override { return nullptr; }
+
+  Field *plz;
+  Field *name;
+
+ private:
+  Field *add(const char *fieldName, FieldType type) {
+    auto *field = new Field(new TypeDescriptor(getTypeDescriptor(), nullptr, fieldName, nullptr, type, nullptr, 0), this);
+    setField(fieldName, field);
+    return field;
+  }
+};
+
+class VectorSource : public RowSource {
+ public:
+  VectorSource(std::vector<std::string> columns, std::vector<std::vector<std::string>> rows)
+      : columns_(std::move(columns)), rows_(std::move(rows)) {}
+  const std::vector<std::string> &columns() const override { return columns_; }
+  bool next(Row *row) override {
+    if (next_ == rows_.size()) return false;
+    row->position = static_cast<std::int64_t>(++next_);
+    row->cells = rows_[next_ - 1];
+    row->error.clear();
+    return true;
+  }
+  const std::string &name() const override { return name_; }
+
+ private:
+  std::vector<std::string> columns_;
+  std::vector<std::vector<std::string>> rows_;
+  std::size_t next_ = 0;
+  std::string name_ = "orte";
+};
+
+// What a query gives (the filter takes the conditions over): the positions of the rows read, or "yes"/"no" for
+// containment, or the exception's type.
+std::string answer(TableMaterialAccess *access, PlaceTopic *topic, const std::vector<FilterCondition *> &conditions,
+                   Value *contained) {
+  RecordFilter filter;
+  for (FilterCondition *condition : conditions) filter.addCondition(condition);
+  FieldSet fields;
+  fields.addField(topic->name);
+  try {
+    if (contained != nullptr) {
+      ValueSet values;
+      values.addValue(contained);
+      return access->containsValues(topic, &filter, &fields, &values) ? "yes" : "no";
+    }
+    DataRecordSet result;
+    access->readRecords(&result, topic, &filter, &fields);
+    std::string rows;
+    for (std::int32_t i = 0; i < result.getNumOfDataRecords(); ++i) {
+      Value *name = static_cast<SimpleDataRecord *>(result.getDataRecord(i))->getValue("Orte.Name");
+      rows += std::string(name != nullptr ? name->asString() : "-") + ";";
+    }
+    return rows;
+  } catch (const PlausiException &e) {
+    return "exception " + std::to_string(e.getType());
+  }
+}
+
+TEST(TableMaterialAccessTest, IndexesAnswerAsAScanDoes) {
+  VectorSource source({"Orte.PLZ", "Orte.Name"}, {{"10115", "Berlin"},
+                                                  {"80331", "M\xFCnchen"},
+                                                  {"10115", "Mitte"},
+                                                  {"", "Nirgends"},
+                                                  {"0815", "Null"},
+                                                  {"815", "Ohne"},
+                                                  {"abc", "Text"}});
+  VectorSource again = source;
+  TableMaterialAccess indexed, scanned;
+  std::string message;
+  ASSERT_TRUE(indexed.load("Orte", &source, &message)) << message;
+  ASSERT_TRUE(scanned.load("Orte", &again, &message));
+  scanned.setIndexing(false);
+  PlaceTopic topic;
+  std::vector<std::unique_ptr<Value>> values;
+  values.emplace_back(new StringValue("10115"));
+  values.emplace_back(new StringValue("0815"));
+  values.emplace_back(new StringValue(""));
+  values.emplace_back(new NumberValue(815.0));
+  values.emplace_back(new StringValue("M\xFCnchen"));
+  values.emplace_back(new StringValue("Mitte"));
+  int queries = 0;
+  for (auto &value : values) {
+    for (int op = OPERATOR_EQUAL; op <= OPERATOR_LESS_EQUAL; ++op) {
+      for (auto &second : values) {
+        for (Value *contained : {static_cast<Value *>(nullptr), second.get()}) {
+          auto conditions = [&] {
+            return std::vector<FilterCondition *>{
+                new FilterCondition(topic.plz, static_cast<OperatorType>(op), value.get()),
+                new FilterCondition(topic.name, OPERATOR_NOT_EQUAL, second.get())};
+          };
+          std::string expected = answer(&scanned, &topic, conditions(), contained);
+          EXPECT_EQ(expected, answer(&indexed, &topic, conditions(), contained))
+              << "operator " << op << " " << value->asString() << " / " << second->asString();
+          ++queries;
+        }
+      }
+    }
+  }
+  EXPECT_EQ(6 * 6 * 6 * 2, queries);
+  // Rows in table order; an empty cell meets only "not equal".
+  std::vector<FilterCondition *> berlin{new FilterCondition(topic.plz, OPERATOR_EQUAL, values[0].get())};
+  EXPECT_EQ("Berlin;Mitte;", answer(&indexed, &topic, berlin, nullptr));
+  // The text "0815" is not the number 815, which equals "0815" and "815".
+  std::vector<FilterCondition *> text{new FilterCondition(topic.plz, OPERATOR_EQUAL, values[1].get())};
+  EXPECT_EQ("Null;", answer(&indexed, &topic, text, nullptr));
+  std::vector<FilterCondition *> number{new FilterCondition(topic.plz, OPERATOR_EQUAL, values[3].get())};
+  EXPECT_EQ("Null;Ohne;", answer(&indexed, &topic, number, nullptr));
+  EXPECT_TRUE(indexed.isMaterialAvailable(&topic));
+}
+
+TEST(TableMaterialAccessTest, BadRowsNameTheirPlace) {
+  VectorSource source({"Orte.Liste#"}, {{"3"}, {"drei"}});
+  TableMaterialAccess access;
+  std::string message;
+  EXPECT_FALSE(access.load("Orte", &source, &message));
+  EXPECT_EQ("orte:2: Arraygr\xC3\xB6\xC3\x9F" "e von Orte.Liste ist keine ganze Zahl von 0 bis 100000: drei", message);
+  PlaceTopic topic;
+  EXPECT_FALSE(access.isMaterialAvailable(&topic));
 }
 
 }  // namespace
-}  // namespace quorel_check
+}  // namespace host
+}  // namespace quorel

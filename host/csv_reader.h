@@ -4,14 +4,15 @@
 // breaks when quoted. Bytes pass through unchanged (Windows-1252 in, the
 // same out).
 
-#ifndef QUOREL_EXAMPLES_HOST_CSV_READER_H_
-#define QUOREL_EXAMPLES_HOST_CSV_READER_H_
+#ifndef QUOREL_HOST_CSV_READER_H_
+#define QUOREL_HOST_CSV_READER_H_
 
 #include <istream>
 #include <string>
 #include <vector>
 
-namespace quorel_check {
+namespace quorel {
+namespace host {
 
 class CsvReader {
  public:
@@ -32,6 +33,7 @@ class CsvReader {
   std::string error_;
 };
 
-}  // namespace quorel_check
+}  // namespace host
+}  // namespace quorel
 
-#endif  // QUOREL_EXAMPLES_HOST_CSV_READER_H_
+#endif  // QUOREL_HOST_CSV_READER_H_

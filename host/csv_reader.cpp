@@ -1,6 +1,7 @@
-#include "csv_reader.h"
+#include "quorel/host/csv_reader.h"
 
-namespace quorel_check {
+namespace quorel {
+namespace host {
 
 bool CsvReader::next(std::vector<std::string> *cells) {
   cells->clear();
@@ -53,4 +54,5 @@ bool CsvReader::next(std::vector<std::string> *cells) {
   return true;
 }
 
-}  // namespace quorel_check
+}  // namespace host
+}  // namespace quorel

@@ -1,0 +1,256 @@
+// quorel-check: checks the records of a CSV file with a rule module.
+//
+//   quorel-check [options] LIBRARY MODULE RECORDS.csv
+//
+// The header row of RECORDS.csv names fields by hierarchy text
+// (Antrag.Antragsteller.Name, Antrag.Kinder[1].Vorname); a column whose name
+// ends in "#" gives an array size (Antrag.Kinder#); an empty cell is an empty
+// field. Cells are separated by ';' or ','. Each record is checked with its
+// own PlausiContext.
+//
+// Exit status: 0 when every record is ok, 1 when some record has an error
+// (a problem of type 1), 2 for usage, load or input errors (a record that
+// could not be read or checked is reported with its line and the others are
+// still checked).
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <quorel/quorel.h>
+
+#include "quorel/host/buffered_writer.h"
+#include "quorel/host/checker.h"
+#include "quorel/host/csv_row_source.h"
+#include "quorel/host/encoding.h"
+#include "quorel/host/problem_format.h"
+#include "quorel/host/record_layout.h"
+#include "quorel/host/table_material_access.h"
+
+namespace {
+
+struct Options {
+  std::string library, module, records;
+  std::string flow = "Pruefung";
+  std::int32_t weightLevel = 1;
+  std::vector<std::pair<std::string, std::string>> inits, materials;
+  std::string logFile;
+  int logLevel = 4;
+  bool json = false;
+  int jobs = 1;
+};
+
+// NAME=VALUE with a name.
+std::pair<std::string, std::string> split(const std::string &argument) {
+  std::size_t equals = argument.find('=');
+  return {argument.substr(0, equals), argument.substr(equals + 1)};
+}
+
+const CLI::Validator kNameValue(
+    [](std::string &argument) {
+      std::size_t equals = argument.find('=');
+      return equals == std::string::npos || equals == 0 ? std::string("expected NAME=VALUE") : std::string();
+    },
+    "NAME=VALUE");
+
+// Parses the command line; false with the usage on the standard error stream
+// for a bad one. --help prints the usage and ends the program.
+bool parse(int argc, char **argv, Options *options) {
+  CLI::App app("Checks the records of a CSV file with a rule module.\n"
+               "Exit status: 0 all records ok, 1 some record has an error, 2 usage, load or input error.",
+               "quorel-check");
+  app.add_option("LIBRARY", options->library, "shared library of the rule module")->required();
+  app.add_option("MODULE", options->module, "name of the rule module")->required();
+  app.add_option("RECORDS", options->records, "CSV file of the records")->required();
+  app.add_option("--flow", options->flow, "flow to run for each record")->capture_default_str();
+  app.add_option("--weight-level", options->weightLevel, "problem weight level handed to the rules")
+      ->capture_default_str();
+  std::vector<std::string> inits, materials;
+  app.add_option("--init", inits, "init parameter, a number if it reads as one (repeatable)")
+      ->check(kNameValue)
+      ->allow_extra_args(false);
+  app.add_option("--material", materials, "CSV file of a material, NAME=FILE (repeatable)")
+      ->check(kNameValue)
+      ->allow_extra_args(false);
+  app.add_option("--log", options->logFile, "write the log of the runs to FILE");
+  app.add_option("--log-level", options->logLevel, "0 off ... 5 trace, 6 debug")->capture_default_str();
+  std::string format = "text";
+  app.add_option("--format", format, "readable text or JSON Lines; both UTF-8")
+      ->check(CLI::IsMember({"text", "json"}))
+      ->capture_default_str();
+  app.add_option("--jobs", options->jobs, "check records on N threads, output in input order")
+      ->check(CLI::Range(1, 1024))
+      ->capture_default_str();
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp &) {
+    std::cout << app.help();
+    std::exit(0);
+  } catch (const CLI::ParseError &e) {
+    std::cerr << "quorel-check: " << e.what() << "\n" << app.help();
+    return false;
+  }
+  for (const std::string &init : inits) options->inits.push_back(split(init));
+  for (const std::string &material : materials) options->materials.push_back(split(material));
+  options->json = format == "json";
+  return true;
+}
+
+int fail(const std::string &message) {
+  std::cerr << "quorel-check: " << message << "\n";
+  return 2;
+}
+
+// An init parameter: a number when the text reads as a German number.
+std::shared_ptr<quorel::Value> initValue(const std::string &text) {
+  try {
+    quorel::Util::stringToReal(text.c_str(), nullptr);
+    return std::make_shared<quorel::NumberValue>(text.c_str());
+  } catch (const quorel::PlausiException &) {
+    return std::make_shared<quorel::StringValue>(text.c_str());
+  }
+}
+
+// Checks a share of each batch on its own thread, with a checker of its own,
+// and formats what it found into its own buffer.
+class Worker {
+ public:
+  Worker(const quorel::host::CheckSettings &settings, const quorel::host::RecordLayout &layout,
+         const quorel::host::ProblemFormat &format)
+      : settings_(settings), layout_(layout), format_(format) {}
+
+  // Loads the module; the message of the failure otherwise.
+  bool start(std::string *message) {
+    try {
+      checker_ = std::make_unique<quorel::host::Checker>(settings_);
+      return true;
+    } catch (const quorel::PlausiException &e) {
+      *message = "cannot load module " + settings_.module + " (type " + std::to_string(e.getType()) +
+                 "): " + quorel::host::toUtf8(e.getMessage());
+      return false;
+    }
+  }
+
+  // Checks rows [begin, end) of the batch into output() and counts().
+  void run(const std::vector<quorel::host::Row> &batch, std::size_t begin, std::size_t end) {
+    output_.clear();
+    for (std::size_t i = begin; i < end; ++i) check(batch[i]);
+  }
+
+  const std::string &output() const { return output_; }
+  const quorel::host::Summary &counts() const { return counts_; }
+
+ private:
+  void check(const quorel::host::Row &row) {
+    ++counts_.records;
+    quorel::SimpleDataRecord record;
+    std::string error = row.error;
+    if (!error.empty() || !layout_.fill(row.cells, &record, &error)) {
+      ++counts_.failed;
+      format_.appendFailure(row.position, error, &output_);
+      return;
+    }
+    checker_->check(&record, &outcome_);
+    if (outcome_.failed) {
+      ++counts_.failed;
+      format_.appendFailure(row.position,
+                            "Ausnahme " + std::to_string(outcome_.exceptionType) + ": " + outcome_.message,
+                            &output_);
+    }
+    format_.appendRecord(row.position, outcome_.problems, &output_);
+    counts_.problems += static_cast<std::int64_t>(outcome_.problems.size());
+    counts_.errors += outcome_.errors;
+  }
+
+  const quorel::host::CheckSettings &settings_;
+  const quorel::host::RecordLayout &layout_;
+  const quorel::host::ProblemFormat &format_;
+  std::unique_ptr<quorel::host::Checker> checker_;
+  quorel::host::Outcome outcome_;
+  std::string output_;
+  quorel::host::Summary counts_;
+};
+
+// Rows are read and checked in batches, so memory stays flat however long
+// the file is.
+constexpr std::size_t kBatch = 4096;
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  Options options;
+  if (!parse(argc, argv, &options)) return 2;
+  std::string message;
+  quorel::host::TableMaterialAccess materials;
+  for (const auto &material : options.materials) {
+    auto source = quorel::host::CsvRowSource::open(material.second, &message);
+    if (source == nullptr || !materials.load(material.first, source.get(), &message)) return fail(message);
+  }
+  auto records = quorel::host::CsvRowSource::open(options.records, &message);
+  if (records == nullptr) return fail(message);
+
+  std::unique_ptr<quorel::Logger> logger;
+  if (!options.logFile.empty()) {
+    // One log for all threads would mix their lines.
+    if (options.jobs > 1) return fail("--log works with --jobs 1 only");
+    logger = std::make_unique<quorel::Logger>(options.logFile.c_str(), static_cast<quorel::LogLevel>(options.logLevel));
+  }
+  quorel::host::CheckSettings settings;
+  settings.library = options.library;
+  settings.module = options.module;
+  settings.flow = options.flow;
+  settings.weightLevel = options.weightLevel;
+  settings.materials = &materials;
+  settings.logger = logger.get();
+  for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
+
+  quorel::host::RecordLayout layout(records->columns());
+  auto format = quorel::host::ProblemFormat::create(options.json ? "json" : "text");
+  std::vector<std::unique_ptr<Worker>> workers;
+  for (int i = 0; i < options.jobs; ++i) {
+    workers.push_back(std::make_unique<Worker>(settings, layout, *format));
+    if (!workers.back()->start(&message)) return fail(message);
+  }
+
+  quorel::host::BufferedWriter out(STDOUT_FILENO);
+  bool progress = options.jobs > 1 && isatty(STDERR_FILENO);
+  std::int64_t checked = 0;
+  std::vector<quorel::host::Row> batch(kBatch);
+  for (bool more = true; more;) {
+    std::size_t size = 0;
+    while (size < kBatch && (more = records->next(&batch[size]))) ++size;
+    // Each worker takes a contiguous share, so its output is in input order.
+    auto share = [&](std::size_t w) { return size * w / workers.size(); };
+    std::vector<std::thread> threads;
+    for (std::size_t w = 1; w < workers.size(); ++w) {
+      threads.emplace_back([&, w] { workers[w]->run(batch, share(w), share(w + 1)); });
+    }
+    workers[0]->run(batch, 0, share(1));
+    for (std::thread &thread : threads) thread.join();
+    for (const auto &worker : workers) out.write(worker->output());
+    checked += static_cast<std::int64_t>(size);
+    if (progress) std::cerr << "\r" << checked << " records checked" << std::flush;
+  }
+  if (progress) std::cerr << "\n";
+  quorel::host::Summary summary;
+  for (const auto &worker : workers) {
+    summary.records += worker->counts().records;
+    summary.failed += worker->counts().failed;
+    summary.problems += worker->counts().problems;
+    summary.errors += worker->counts().errors;
+  }
+  std::string last;
+  format->appendSummary(summary, &last);
+  out.write(last);
+  workers.clear();
+  logger.reset();
+  if (!out.flush()) return fail("cannot write the output");
+  if (summary.failed > 0) return 2;
+  return summary.errors > 0 ? 1 : 0;
+}

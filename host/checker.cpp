@@ -1,0 +1,48 @@
+#include "quorel/host/checker.h"
+
+namespace quorel {
+namespace host {
+
+Checker::Checker(const CheckSettings &settings)
+    : settings_(settings), plausi_(loader_.loadPlausi(settings.library.c_str(), settings.module.c_str())) {
+  for (const auto &init : settings.inits) inits_.set(init.first.c_str(), init.second->copy());
+}
+
+Checker::~Checker() {
+  inits_.clear();
+  try {
+    loader_.unloadPlausi(plausi_, settings_.module.c_str());
+  } catch (const PlausiException &) {
+    // A module without an unload entry keeps its Plausi; nothing to undo.
+  }
+}
+
+void Checker::configure(PlausiContext *context) {
+  if (settings_.flow) context->setFlow(settings_.flow->c_str());
+  context->setProblemWeightLevel(settings_.weightLevel);
+  context->setMaterialAccess(settings_.materials);
+  if (settings_.logger != nullptr) context->setLogger(settings_.logger);
+  for (const auto &init : settings_.inits) {
+    context->setInitParam(init.first.c_str(), inits_.get(init.first.c_str()));
+  }
+}
+
+void Checker::check(DataRecord *record, Outcome *outcome) {
+  outcome->problems.clear();
+  outcome->failed = false;
+  outcome->message.clear();
+  PlausiContext context(record);
+  configure(&context);
+  try {
+    plausi_->perform(&context);
+  } catch (const PlausiException &e) {
+    outcome->failed = true;
+    outcome->exceptionType = e.getType();
+    outcome->message = e.getMessage();
+  }
+  collectProblems(context, &outcome->problems);
+  outcome->errors = context.getNumOfProblems(PROBLEM_ERROR);
+}
+
+}  // namespace host
+}  // namespace quorel

@@ -1,0 +1,78 @@
+// Checker: one rule module loaded for one thread, and the settings of the
+// runs it makes. The library needs a Plausi per thread; a front end that
+// checks on N threads keeps N checkers over the same settings.
+//
+// The settings (and the material access and logger they name) stay the
+// caller's and must outlive the checker; each checker holds copies of the
+// init values, since values fill caches when they are read.
+
+#ifndef QUOREL_HOST_CHECKER_H_
+#define QUOREL_HOST_CHECKER_H_
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <quorel/quorel.h>
+
+#include "quorel/host/problem.h"
+
+namespace quorel {
+namespace host {
+
+struct CheckSettings {
+  std::string library;
+  std::string module;
+  // The flow to run; none leaves the context's flow unset.
+  std::optional<std::string> flow;
+  std::int32_t weightLevel = 1;
+  MaterialAccess *materials = nullptr;
+  // Null keeps the library's silent logger. One logger serves one thread at
+  // a time.
+  Logger *logger = nullptr;
+  // Init params by name; each checker runs on copies.
+  std::vector<std::pair<std::string, std::shared_ptr<Value>>> inits;
+};
+
+// What checking one record gave.
+struct Outcome {
+  std::vector<Problem> problems;
+  std::int32_t errors = 0;  // problems of type PROBLEM_ERROR
+  // A PlausiException ended the run: its type and message (Windows-1252).
+  // The problems reported before it are kept.
+  bool failed = false;
+  std::int32_t exceptionType = 0;
+  std::string message;
+};
+
+class Checker {
+ public:
+  // Loads the module; a PlausiException when it cannot be loaded.
+  explicit Checker(const CheckSettings &settings);
+  // Unloads the module.
+  ~Checker();
+
+  Checker(const Checker &) = delete;
+  Checker &operator=(const Checker &) = delete;
+
+  // Runs the flow on the record into *outcome, which is reset first.
+  void check(DataRecord *record, Outcome *outcome);
+  // Hands the settings to a context of this checker's module.
+  void configure(PlausiContext *context);
+
+  Plausi *plausi() const { return plausi_; }
+
+ private:
+  const CheckSettings &settings_;
+  InitParams inits_;
+  PlausiLoader loader_;
+  Plausi *plausi_;
+};
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_HOST_CHECKER_H_

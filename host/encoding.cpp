@@ -1,0 +1,105 @@
+#include "quorel/host/encoding.h"
+
+#include <cstdint>
+
+namespace quorel {
+namespace host {
+
+namespace {
+
+// The code points of 0x80..0x9F in Windows-1252; 0 where the code page has
+// no character.
+const std::uint16_t kHighControls[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                         0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
+                                         0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                         0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
+
+void appendCodePoint(std::string *out, unsigned code) {
+  if (code < 0x80) {
+    *out += static_cast<char>(code);
+  } else if (code < 0x800) {
+    *out += static_cast<char>(0xC0 | (code >> 6));
+    *out += static_cast<char>(0x80 | (code & 0x3F));
+  } else {
+    *out += static_cast<char>(0xE0 | (code >> 12));
+    *out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+    *out += static_cast<char>(0x80 | (code & 0x3F));
+  }
+}
+
+// The Windows-1252 byte of a code point, or -1.
+int byteOf(unsigned code) {
+  if (code == 0) return -1;  // a library text ends at its first NUL
+  if (code < 0x80 || (code >= 0xA0 && code <= 0xFF)) return static_cast<int>(code);
+  for (int i = 0; i < 32; ++i) {
+    if (kHighControls[i] == code && code != 0) return 0x80 + i;
+  }
+  return -1;
+}
+
+// Decodes one UTF-8 sequence at text[*i], moving *i past it; -1 when it is
+// malformed (overlong forms and surrogates included).
+long decode(std::string_view text, std::size_t *i) {
+  auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+  unsigned lead = byte(*i);
+  int length = lead < 0x80 ? 1 : (lead >> 5) == 0x6 ? 2 : (lead >> 4) == 0xE ? 3 : (lead >> 3) == 0x1E ? 4 : 0;
+  if (length == 0 || *i + length > text.size()) return -1;
+  unsigned code = length == 1 ? lead : lead & (0x7F >> length);
+  for (int k = 1; k < length; ++k) {
+    unsigned next = byte(*i + k);
+    if ((next & 0xC0) != 0x80) return -1;
+    code = (code << 6) | (next & 0x3F);
+  }
+  static const unsigned kSmallest[5] = {0, 0, 0x80, 0x800, 0x10000};
+  if (code < kSmallest[length] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return -1;
+  *i += length;
+  return static_cast<long>(code);
+}
+
+}  // namespace
+
+void appendUtf8(std::string *out, std::string_view text) {
+  while (!text.empty()) {
+    // Runs of ASCII, most of any text, go over in one piece.
+    std::size_t ascii = 0;
+    while (ascii < text.size() && static_cast<unsigned char>(text[ascii]) < 0x80) ++ascii;
+    out->append(text.data(), ascii);
+    if (ascii == text.size()) return;
+    auto byte = static_cast<unsigned char>(text[ascii]);
+    text.remove_prefix(ascii + 1);
+    if (byte < 0xA0) {
+      appendCodePoint(out, kHighControls[byte - 0x80] != 0 ? kHighControls[byte - 0x80] : 0xFFFD);
+    } else {
+      appendCodePoint(out, byte);
+    }
+  }
+}
+
+void appendUtf8(std::string *out, const char *text) {
+  if (text != nullptr) appendUtf8(out, std::string_view(text));
+}
+
+std::string toUtf8(const char *text) {
+  std::string out;
+  appendUtf8(&out, text);
+  return out;
+}
+
+bool fromUtf8(std::string_view utf8, std::string *out, std::size_t *offset) {
+  out->clear();
+  out->reserve(utf8.size());
+  for (std::size_t i = 0; i < utf8.size();) {
+    std::size_t start = i;
+    long code = decode(utf8, &i);
+    int byte = code < 0 ? -1 : byteOf(static_cast<unsigned>(code));
+    if (byte < 0) {
+      *offset = start;
+      return false;
+    }
+    *out += static_cast<char>(byte);
+  }
+  return true;
+}
+
+}  // namespace host
+}  // namespace quorel

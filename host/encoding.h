@@ -1,0 +1,29 @@
+// Conversion between the library's Windows-1252 texts and UTF-8, the
+// encoding of files, terminals, JSON and Python.
+
+#ifndef QUOREL_HOST_ENCODING_H_
+#define QUOREL_HOST_ENCODING_H_
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace quorel {
+namespace host {
+
+// Appends the Windows-1252 text as UTF-8. The five bytes that the code page
+// leaves undefined become U+FFFD. A null text appends nothing.
+void appendUtf8(std::string *out, const char *text);
+void appendUtf8(std::string *out, std::string_view text);
+std::string toUtf8(const char *text);
+
+// Converts UTF-8 to Windows-1252 into *out. False when the input is no valid
+// UTF-8 or holds a character that Windows-1252 lacks; *offset is then the
+// byte offset of that character in the input. NUL counts as such a
+// character: a library text ends at its first NUL.
+bool fromUtf8(std::string_view utf8, std::string *out, std::size_t *offset);
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_HOST_ENCODING_H_

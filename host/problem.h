@@ -1,0 +1,40 @@
+// Problem: one finding of a run, copied out of its PlausiContext so that it
+// outlives the context and the rule module. Texts stay Windows-1252, as the
+// library gave them; front ends convert them where they leave the program.
+
+#ifndef QUOREL_HOST_PROBLEM_H_
+#define QUOREL_HOST_PROBLEM_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <quorel/quorel.h>
+
+namespace quorel {
+namespace host {
+
+struct Problem {
+  std::optional<std::string> id;
+  ProblemType type = PROBLEM_ERROR;
+  std::int32_t weight = 0;
+  std::optional<std::string> text;     // the short description
+  std::optional<std::string> details;  // the long description
+  // The hierarchy text of the reference field, empty when there is none,
+  // and the indices that the rule gave with it.
+  std::string field;
+  std::vector<std::int32_t> fieldIndices;
+  // Hierarchy texts of the fields that were read, in order of reading.
+  std::vector<std::string> accessed;
+  // The section trail, innermost first.
+  std::vector<std::string> sections;
+};
+
+// Appends every problem of the context, in order.
+void collectProblems(const PlausiContext &context, std::vector<Problem> *problems);
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_HOST_PROBLEM_H_

@@ -1,0 +1,48 @@
+#include "quorel/host/record_layout.h"
+
+#include <charconv>
+
+namespace quorel {
+namespace host {
+
+RecordLayout::RecordLayout(const std::vector<std::string> &columns) {
+  columns_.reserve(columns.size());
+  for (const std::string &name : columns) columns_.push_back({name, arrayOf(name)});
+}
+
+std::string RecordLayout::arrayOf(const std::string &column) {
+  if (column.empty() || column.back() != '#') return std::string();
+  return column.substr(0, column.size() - 1);
+}
+
+bool RecordLayout::setSize(const std::string &array, std::int64_t size, const std::string &text,
+                           SimpleDataRecord *record, std::string *error) {
+  if (size < 0 || size > kMaxArraySize) {
+    *error = "Arraygr\xF6\xDF" "e von " + array + " ist keine ganze Zahl von 0 bis " +
+             std::to_string(kMaxArraySize) + ": " + text;
+    return false;
+  }
+  record->setSize(array.c_str(), static_cast<std::int32_t>(size));
+  return true;
+}
+
+bool RecordLayout::fill(const std::vector<std::string> &cells, SimpleDataRecord *record,
+                        std::string *error) const {
+  for (std::size_t i = 0; i < columns_.size() && i < cells.size(); ++i) {
+    const Column &column = columns_[i];
+    const std::string &cell = cells[i];
+    if (cell.empty()) continue;
+    if (column.array.empty()) {
+      record->setValue(column.name.c_str(), cell.c_str());
+      continue;
+    }
+    std::int64_t size = -1;
+    auto [end, fault] = std::from_chars(cell.data(), cell.data() + cell.size(), size);
+    if (fault != std::errc() || end != cell.data() + cell.size()) size = -1;
+    if (!setSize(column.array, size, cell, record, error)) return false;
+  }
+  return true;
+}
+
+}  // namespace host
+}  // namespace quorel

@@ -1,0 +1,51 @@
+// RecordLayout: how the cells of a table row fill a SimpleDataRecord. Each
+// column is named by the hierarchy text of a field (Antrag.Kinder[1].Vorname);
+// a name ending in "#" gives the size of the array before it (Antrag.Kinder#);
+// an empty cell leaves its field empty. Texts go in as they are
+// (Windows-1252).
+
+#ifndef QUOREL_HOST_RECORD_LAYOUT_H_
+#define QUOREL_HOST_RECORD_LAYOUT_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <quorel/quorel.h>
+
+namespace quorel {
+namespace host {
+
+// The largest array size a row may give: a size is a promise of elements
+// that the rules walk, so a wild one must not keep a run busy for hours.
+constexpr std::int32_t kMaxArraySize = 100000;
+
+class RecordLayout {
+ public:
+  explicit RecordLayout(const std::vector<std::string> &columns);
+
+  // Fills the record from the cells of one row, by position. A size that is
+  // not a whole number from 0 to kMaxArraySize makes it false, with a message
+  // (Windows-1252) in *error; the record is then incomplete.
+  bool fill(const std::vector<std::string> &cells, SimpleDataRecord *record, std::string *error) const;
+
+  // The array whose size a column gives ("Antrag.Kinder" for
+  // "Antrag.Kinder#"), or empty for a field column.
+  static std::string arrayOf(const std::string &column);
+  // Sets the size of an array within the bounds above; false with a message
+  // otherwise. text is the size as the input gave it, for the message.
+  static bool setSize(const std::string &array, std::int64_t size, const std::string &text,
+                      SimpleDataRecord *record, std::string *error);
+
+ private:
+  struct Column {
+    std::string name;
+    std::string array;  // for a size column
+  };
+  std::vector<Column> columns_;
+};
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_HOST_RECORD_LAYOUT_H_

@@ -1,0 +1,44 @@
+// RowSource: a table of rows whose columns are named by hierarchy text, the
+// form in which records and materials reach a host (a CSV file today; a
+// database table or query is another implementation of the same interface).
+// Cells are Windows-1252 texts; an empty cell is an empty field.
+//
+// A source is read once, front to back, by one thread.
+
+#ifndef QUOREL_HOST_ROW_SOURCE_H_
+#define QUOREL_HOST_ROW_SOURCE_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quorel {
+namespace host {
+
+// One row as read.
+struct Row {
+  // Where the row stands in its source, for messages: the line of a file on
+  // which the row began, the row number of a query.
+  std::int64_t position = 0;
+  std::vector<std::string> cells;
+  // Why the row could not be read in full (Windows-1252), or empty.
+  std::string error;
+};
+
+class RowSource {
+ public:
+  virtual ~RowSource() = default;
+
+  // The column names; fixed once the source is open.
+  virtual const std::vector<std::string> &columns() const = 0;
+  // Reads the next row into *row; false at the end. A row with fewer or
+  // more cells than columns carries an error.
+  virtual bool next(Row *row) = 0;
+  // The source's name in messages (a file name).
+  virtual const std::string &name() const = 0;
+};
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_HOST_ROW_SOURCE_H_

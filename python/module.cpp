@@ -1,0 +1,583 @@
+// _quorel: the extension module behind the Python package quorel. It converts
+// between Python objects and the library's records, values and problems and
+// leaves the work to the host kit. Texts cross as Windows-1252: a str is
+// encoded on the way in, a library text decoded on the way out.
+//
+// The GIL is held while Python objects are read or made and released while
+// rules run. The library needs a Plausi per thread, so a Checker keeps one
+// host::Checker per thread that calls it.
+
+#include <cmath>
+#include <ctime>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <quorel/quorel.h>
+
+#include "quorel/host/checker.h"
+#include "quorel/host/csv_row_source.h"
+#include "quorel/host/encoding.h"
+#include "quorel/host/problem.h"
+#include "quorel/host/record_layout.h"
+#include "quorel/host/table_material_access.h"
+
+namespace py = pybind11;
+
+namespace quorel {
+namespace python {
+namespace {
+
+// A record or material cell that cannot become a field value: the text names
+// the field. check() raises it as RecordError, check_frame makes the row an
+// error row.
+struct CellError {
+  std::string message;
+};
+
+py::object recordErrorType;
+py::object plausiErrorType;
+
+[[noreturn]] void raisePlausiError(const PlausiException &e) {
+  py::object error = plausiErrorType(e.getType(), host::toUtf8(e.getMessage()));
+  PyErr_SetObject(plausiErrorType.ptr(), error.ptr());
+  throw py::error_already_set();
+}
+
+py::str decode(const char *text) { return py::str(host::toUtf8(text)); }
+py::object decode(const std::optional<std::string> &text) {
+  return text ? py::object(decode(text->c_str())) : py::object(py::none());
+}
+
+// Windows-1252 bytes of a str; what names the text in the message otherwise.
+std::string encode(const py::handle &text, const std::string &what) {
+  Py_ssize_t size = 0;
+  const char *utf8 = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
+  if (utf8 == nullptr) throw py::error_already_set();
+  std::string out;
+  std::size_t offset = 0;
+  if (!host::fromUtf8(std::string_view(utf8, static_cast<std::size_t>(size)), &out, &offset)) {
+    std::size_t position = 0;  // in characters, as Python counts
+    for (std::size_t i = 0; i < offset; ++i) position += (utf8[i] & 0xC0) != 0x80 ? 1 : 0;
+    throw CellError{what + ": the character at position " + std::to_string(position) + " is not in Windows-1252"};
+  }
+  return out;
+}
+
+// An empty field: None, NaN, pandas' missing values, and the empty text (an
+// empty cell, as in a table).
+bool isMissing(const py::handle &cell) {
+  if (cell.is_none()) return true;
+  if (PyUnicode_Check(cell.ptr())) return PyUnicode_GET_LENGTH(cell.ptr()) == 0;
+  if (PyFloat_Check(cell.ptr())) return std::isnan(PyFloat_AS_DOUBLE(cell.ptr()));
+  static py::object missing = py::module_::import("pandas").attr("isna");
+  // pandas.NA, NaT and numpy's not-a-number scalars.
+  return !py::isinstance<py::str>(cell) && !py::isinstance<py::int_>(cell) && missing(cell).cast<bool>();
+}
+
+bool isDate(const py::handle &cell) {
+  static py::object date = py::module_::import("datetime").attr("date");
+  return py::isinstance(cell, date);
+}
+
+std::string germanDate(const py::handle &cell) { return cell.attr("strftime")("%d.%m.%Y").cast<std::string>(); }
+
+// Sets one cell of a record, as a table cell of that column would.
+void setCell(SimpleDataRecord *record, const std::string &column, const py::handle &cell) {
+  if (isMissing(cell)) return;
+  std::string array = host::RecordLayout::arrayOf(column);
+  std::string field = host::toUtf8(column.c_str());
+  if (!array.empty()) {
+    std::int64_t size = -1;
+    std::string text = py::str(cell).cast<std::string>();
+    if (PyBool_Check(cell.ptr()) == 0 && PyLong_Check(cell.ptr())) {
+      size = cell.cast<std::int64_t>();
+    } else if (PyFloat_Check(cell.ptr()) && std::floor(cell.cast<double>()) == cell.cast<double>()) {
+      size = static_cast<std::int64_t>(cell.cast<double>());
+    } else if (py::isinstance<py::str>(cell)) {
+      try {
+        size = std::stoll(text);
+        if (std::to_string(size) != text) size = -1;
+      } catch (const std::exception &) {
+        size = -1;
+      }
+    }
+    std::string error;
+    if (size > host::kMaxArraySize) size = -1;
+    if (!host::RecordLayout::setSize(array, size, encode(py::str(text), field), record, &error)) {
+      throw CellError{host::toUtf8(error.c_str())};
+    }
+    return;
+  }
+  if (PyBool_Check(cell.ptr())) {
+    record->setValue(column.c_str(), cell.cast<bool>() ? "WAHR" : "FALSCH");
+  } else if (py::isinstance<py::int_>(cell)) {
+    record->setValue(column.c_str(), cell.cast<std::int64_t>());
+  } else if (py::isinstance<py::float_>(cell)) {
+    record->setValue(column.c_str(), cell.cast<double>());
+  } else if (py::isinstance<py::str>(cell)) {
+    record->setValue(column.c_str(), encode(cell, field).c_str());
+  } else if (isDate(cell)) {
+    record->setValue(column.c_str(), germanDate(cell).c_str());
+  } else if (py::hasattr(cell, "item") && py::hasattr(cell, "dtype")) {
+    setCell(record, column, cell.attr("item")());  // a numpy scalar
+  } else {
+    throw CellError{field + ": a value of type " + py::str(py::type::of(cell).attr("__name__")).cast<std::string>() +
+                    " cannot be a field"};
+  }
+}
+
+std::string columnName(const py::handle &name) {
+  if (!py::isinstance<py::str>(name)) throw py::type_error("field names must be str");
+  try {
+    return encode(name, "field name");
+  } catch (const CellError &e) {
+    throw py::value_error(e.message);
+  }
+}
+
+// A record from a mapping of hierarchy texts to values.
+std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping) {
+  static py::object mappingType = py::module_::import("collections.abc").attr("Mapping");
+  if (!py::isinstance(mapping, mappingType)) {
+    throw py::type_error("a record must be a mapping of field names to values, not " +
+                         py::str(py::type::of(mapping).attr("__name__")).cast<std::string>());
+  }
+  auto record = std::make_unique<SimpleDataRecord>();
+  for (const auto &item : py::reinterpret_borrow<py::object>(mapping).attr("items")()) {
+    py::tuple pair = py::reinterpret_borrow<py::tuple>(item);
+    setCell(record.get(), columnName(pair[0]), pair[1]);
+  }
+  return record;
+}
+
+// A library value as a Python value.
+py::object toPython(Value *value) {
+  if (value->isNil() || !value->isValid()) return py::none();
+  if (value->isRange()) {
+    py::list items;
+    std::unique_ptr<ValueIterator> walk(value->asRange());
+    while (walk->hasNext()) items.append(toPython(walk->next()));
+    return std::move(items);
+  }
+  switch (value->getOperatorLevel()) {
+    case BOOL_LEVEL: return py::bool_(value->asBool());
+    case NUMBER_LEVEL: {
+      double number = value->asReal();
+      if (std::floor(number) == number && std::fabs(number) < 9.0e15) {
+        return py::int_(static_cast<long long>(number));
+      }
+      return py::float_(number);
+    }
+    case DATE_LEVEL: {
+      const std::tm *date = value->asDate();
+      return py::module_::import("datetime").attr("date")(date->tm_year + 1900, date->tm_mon + 1, date->tm_mday);
+    }
+    default: return decode(value->asString());
+  }
+}
+
+// An init value from Python; the caller owns it.
+std::shared_ptr<Value> initValueOf(const std::string &name, const py::handle &value) {
+  try {
+    if (PyBool_Check(value.ptr())) return std::make_shared<BoolValue>(value.cast<bool>());
+    if (py::isinstance<py::int_>(value) || py::isinstance<py::float_>(value)) {
+      return std::make_shared<NumberValue>(value.cast<double>());
+    }
+    if (py::isinstance<py::str>(value)) return std::make_shared<StringValue>(encode(value, name).c_str());
+  } catch (const CellError &e) {
+    throw py::value_error(e.message);
+  }
+  throw py::type_error("init value " + name + " must be bool, int, float or str");
+}
+
+// One host::Checker per calling thread over shared settings.
+class CheckerPool {
+ public:
+  explicit CheckerPool(host::CheckSettings settings) : settings_(std::move(settings)) {}
+
+  // Loads the module for the calling thread on first use; raises PlausiError
+  // when it cannot be loaded. Call without the GIL's protection needed.
+  host::Checker *forThisThread() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    std::unique_ptr<host::Checker> &checker = checkers_[std::this_thread::get_id()];
+    if (checker == nullptr) checker = std::make_unique<host::Checker>(settings_);
+    return checker.get();
+  }
+  void close() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    checkers_.clear();
+  }
+  host::CheckSettings &settings() { return settings_; }
+
+ private:
+  host::CheckSettings settings_;
+  std::mutex mutex_;
+  std::unordered_map<std::thread::id, std::unique_ptr<host::Checker>> checkers_;
+};
+
+// quorel.RuleModule: a rule module by library and name.
+class RuleModule {
+ public:
+  RuleModule(std::string library, std::string module) {
+    host::CheckSettings settings;
+    settings.library = std::move(library);
+    settings.module = std::move(module);
+    pool_ = std::make_unique<CheckerPool>(std::move(settings));
+    checker();  // fails now for a bad path or name
+  }
+
+  const std::string &library() const { return pool_->settings().library; }
+  const std::string &name() const { return pool_->settings().module; }
+
+  py::object performFunction(const std::string &name, const py::handle &mapping) {
+    auto record = recordOfChecked(mapping);
+    std::string function = encodeName(name);
+    std::unique_ptr<Value> result;
+    try {
+      py::gil_scoped_release release;
+      host::Checker *runner = checker();
+      PlausiContext context(record.get());
+      runner->configure(&context);
+      result.reset(runner->plausi()->performFunction(function.c_str(), &context));
+    } catch (const PlausiException &e) {
+      raisePlausiError(e);
+    }
+    return toPython(result.get());
+  }
+
+  // The problems that the field's check procedure reports.
+  std::vector<host::Problem> checkField(const std::string &name, const py::handle &mapping) {
+    auto record = recordOfChecked(mapping);
+    std::string field = encodeName(name);
+    std::vector<host::Problem> problems;
+    try {
+      py::gil_scoped_release release;
+      host::Checker *runner = checker();
+      PlausiContext context(record.get());
+      runner->configure(&context);
+      runner->plausi()->performFieldCheck(field.c_str(), &context);
+      host::collectProblems(context, &problems);
+    } catch (const PlausiException &e) {
+      raisePlausiError(e);
+    }
+    return problems;
+  }
+
+  void close() {
+    if (pool_ != nullptr) pool_->close();
+    closed_ = true;
+  }
+
+ private:
+  host::Checker *checker() {
+    if (closed_) throw py::value_error("the rule module is closed");
+    try {
+      return pool_->forThisThread();
+    } catch (const PlausiException &e) {
+      py::gil_scoped_acquire acquire;
+      raisePlausiError(e);
+    }
+  }
+  static std::unique_ptr<SimpleDataRecord> recordOfChecked(const py::handle &mapping) {
+    try {
+      return recordOf(mapping);
+    } catch (const CellError &e) {
+      throw py::value_error(e.message);
+    }
+  }
+  static std::string encodeName(const std::string &name) { return columnName(py::str(name)); }
+
+  std::unique_ptr<CheckerPool> pool_;
+  bool closed_ = false;
+};
+
+// The problems of one record, or why it was not checked.
+struct Result {
+  std::vector<host::Problem> problems;
+  bool ok = true;
+};
+
+// quorel.Checker's engine: settings, materials and the per-thread checkers.
+class Checker {
+ public:
+  Checker(const RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
+          const py::dict &materials, const py::dict &init, std::optional<std::string> log, int logLevel) {
+    host::CheckSettings settings;
+    settings.library = module.library();
+    settings.module = module.name();
+    if (flow) settings.flow = columnName(py::str(*flow));
+    settings.weightLevel = weightLevel;
+    for (const auto &item : materials) addMaterial(item.first, item.second);
+    settings.materials = &materials_;
+    for (const auto &item : init) {
+      std::string name = columnName(item.first);
+      settings.inits.emplace_back(name, initValueOf(name, item.second));
+    }
+    if (log) {
+      logger_ = std::make_unique<Logger>(log->c_str(), static_cast<LogLevel>(logLevel));
+      settings.logger = logger_.get();
+    }
+    pool_ = std::make_unique<CheckerPool>(std::move(settings));
+    forThisThread();
+  }
+
+  Result check(const py::handle &mapping) {
+    std::unique_ptr<SimpleDataRecord> record;
+    try {
+      record = recordOf(mapping);
+    } catch (const CellError &e) {
+      PyErr_SetString(recordErrorType.ptr(), e.message.c_str());
+      throw py::error_already_set();
+    }
+    host::Outcome outcome;
+    {
+      py::gil_scoped_release release;
+      run(record.get(), &outcome);
+    }
+    if (outcome.failed) {
+      raisePlausiError(PlausiException(static_cast<ExceptionType>(outcome.exceptionType), outcome.message.c_str()));
+    }
+    return Result{std::move(outcome.problems), outcome.errors == 0};
+  }
+
+  // Checks the rows of columns (lists of equal length) and gives the columns
+  // of the problem frame: row (position of the input row) and one list per
+  // problem attribute, with an error row for a row not checked.
+  py::dict checkColumns(const py::list &names, const py::list &columns) {
+    std::vector<std::string> fields;
+    for (const auto &name : names) fields.push_back(columnName(name));
+    std::size_t rows = columns.empty() ? 0 : py::len(columns[0]);
+    Frame frame;
+    constexpr std::size_t kChunk = 2048;
+    std::vector<std::unique_ptr<SimpleDataRecord>> records;
+    std::vector<std::string> errors;
+    std::vector<host::Outcome> outcomes;
+    for (std::size_t first = 0; first < rows; first += kChunk) {
+      std::size_t count = std::min(kChunk, rows - first);
+      records.clear();
+      errors.assign(count, std::string());
+      for (std::size_t r = 0; r < count; ++r) {
+        auto record = std::make_unique<SimpleDataRecord>();
+        try {
+          for (std::size_t c = 0; c < fields.size(); ++c) {
+            setCell(record.get(), fields[c], py::reinterpret_borrow<py::list>(columns[c])[first + r]);
+          }
+        } catch (const CellError &e) {
+          errors[r] = e.message;
+          record.reset();
+        }
+        records.push_back(std::move(record));
+      }
+      outcomes.assign(count, host::Outcome());
+      {
+        py::gil_scoped_release release;
+        for (std::size_t r = 0; r < count; ++r) {
+          if (records[r] != nullptr) run(records[r].get(), &outcomes[r]);
+        }
+      }
+      for (std::size_t r = 0; r < count; ++r) {
+        std::size_t row = first + r;
+        frame.records += 1;
+        if (records[r] == nullptr) {
+          frame.fail(row, errors[r]);
+          continue;
+        }
+        if (outcomes[r].failed) {
+          frame.fail(row, "Ausnahme " + std::to_string(outcomes[r].exceptionType) + ": " +
+                               host::toUtf8(outcomes[r].message.c_str()));
+        }
+        for (const host::Problem &problem : outcomes[r].problems) frame.add(row, problem);
+        frame.errors += outcomes[r].errors;
+      }
+    }
+    return frame.finish();
+  }
+
+ private:
+  // The columns of a problem frame as they grow.
+  struct Frame {
+    py::list row, id, type, weight, shortText, longText, field, fieldIndices, accessed, sections, error;
+    std::int64_t records = 0, problems = 0, errors = 0, failed = 0;
+
+    void add(std::size_t at, const host::Problem &p) {
+      row.append(at);
+      id.append(decode(p.id));
+      type.append(static_cast<int>(p.type));
+      weight.append(p.weight);
+      shortText.append(decode(p.text));
+      longText.append(decode(p.details));
+      field.append(p.field.empty() ? py::object(py::none()) : py::object(decode(p.field.c_str())));
+      fieldIndices.append(py::cast(p.fieldIndices));
+      accessed.append(texts(p.accessed));
+      sections.append(texts(p.sections));
+      error.append(py::none());
+      ++problems;
+    }
+    void fail(std::size_t at, const std::string &message) {
+      row.append(at);
+      for (py::list *column : {&id, &type, &weight, &shortText, &longText, &field}) column->append(py::none());
+      fieldIndices.append(py::list());
+      accessed.append(py::list());
+      sections.append(py::list());
+      error.append(py::str(message));
+      ++failed;
+    }
+    py::dict finish() {
+      py::dict out;
+      out["row"] = row;
+      out["id"] = id;
+      out["type"] = type;
+      out["weight"] = weight;
+      out["short_text"] = shortText;
+      out["long_text"] = longText;
+      out["field"] = field;
+      out["field_indices"] = fieldIndices;
+      out["accessed_fields"] = accessed;
+      out["sections"] = sections;
+      out["error"] = error;
+      out["summary"] = py::dict(py::arg("records") = records, py::arg("problems") = problems,
+                                py::arg("errors") = errors, py::arg("failed") = failed);
+      return out;
+    }
+  };
+
+  static py::list texts(const std::vector<std::string> &texts) {
+    py::list out;
+    for (const std::string &text : texts) out.append(decode(text.c_str()));
+    return out;
+  }
+
+  // Runs without the GIL; a log is written by one thread at a time.
+  void run(SimpleDataRecord *record, host::Outcome *outcome) {
+    host::Checker *checker = forThisThread();
+    if (logger_ == nullptr) return checker->check(record, outcome);
+    std::lock_guard<std::mutex> lock(logMutex_);
+    checker->check(record, outcome);
+  }
+
+  host::Checker *forThisThread() {
+    try {
+      return pool_->forThisThread();
+    } catch (const PlausiException &e) {
+      py::gil_scoped_acquire acquire;
+      raisePlausiError(e);
+    }
+  }
+
+  void addMaterial(const py::handle &key, const py::handle &material) {
+    std::string name = columnName(key);
+    static py::object frameType = py::module_::import("pandas").attr("DataFrame");
+    static py::object pathType = py::module_::import("os").attr("PathLike");
+    if (py::isinstance<py::str>(material) || py::isinstance(material, pathType)) {
+      std::string file = py::str(py::module_::import("os").attr("fspath")(material)).cast<std::string>();
+      std::string message;
+      auto source = host::CsvRowSource::open(file, &message);
+      if (source == nullptr || !materials_.load(name, source.get(), &message)) {
+        throw py::value_error("material " + host::toUtf8(name.c_str()) + ": " + message);
+      }
+      return;
+    }
+    if (!py::isinstance(material, frameType)) {
+      throw py::type_error("material " + host::toUtf8(name.c_str()) + " must be a DataFrame or a CSV path");
+    }
+    std::vector<std::string> fields;
+    py::list columns;
+    for (const auto &column : material.attr("columns")) {
+      fields.push_back(columnName(column));
+      columns.append(material.attr("__getitem__")(column).attr("tolist")());
+    }
+    std::size_t rows = py::len(material);
+    std::vector<std::unique_ptr<SimpleDataRecord>> records;
+    for (std::size_t r = 0; r < rows; ++r) {
+      auto record = std::make_unique<SimpleDataRecord>();
+      for (std::size_t c = 0; c < fields.size(); ++c) {
+        try {
+          setCell(record.get(), fields[c], py::reinterpret_borrow<py::list>(columns[c])[r]);
+        } catch (const CellError &e) {
+          throw py::value_error("material " + host::toUtf8(name.c_str()) + ", row " + std::to_string(r) + ": " +
+                                e.message);
+        }
+      }
+      records.push_back(std::move(record));
+    }
+    materials_.add(name, std::move(records));
+  }
+
+  host::TableMaterialAccess materials_;
+  std::unique_ptr<Logger> logger_;
+  std::mutex logMutex_;
+  std::unique_ptr<CheckerPool> pool_;
+};
+
+}  // namespace
+}  // namespace python
+}  // namespace quorel
+
+PYBIND11_MODULE(_quorel, m) {
+  using namespace quorel::python;
+  m.doc() = "Rule modules of the quorel library, for the package quorel.";
+  py::module_ errors = py::module_::import("quorel._errors");
+  plausiErrorType = errors.attr("PlausiError");
+  recordErrorType = errors.attr("RecordError");
+
+  py::class_<quorel::host::Problem>(m, "Problem", "One finding of a run.")
+      .def_property_readonly("id", [](const quorel::host::Problem &p) { return decode(p.id); })
+      .def_property_readonly("type", [](const quorel::host::Problem &p) { return static_cast<int>(p.type); })
+      .def_readonly("weight", &quorel::host::Problem::weight)
+      .def_property_readonly("short_text", [](const quorel::host::Problem &p) { return decode(p.text); })
+      .def_property_readonly("long_text", [](const quorel::host::Problem &p) { return decode(p.details); })
+      .def_property_readonly("field",
+                             [](const quorel::host::Problem &p) {
+                               return p.field.empty() ? py::object(py::none()) : py::object(decode(p.field.c_str()));
+                             })
+      .def_readonly("field_indices", &quorel::host::Problem::fieldIndices)
+      .def_property_readonly("accessed_fields",
+                             [](const quorel::host::Problem &p) {
+                               py::list out;
+                               for (const auto &f : p.accessed) out.append(decode(f.c_str()));
+                               return out;
+                             })
+      .def_property_readonly("sections",
+                             [](const quorel::host::Problem &p) {
+                               py::list out;
+                               for (const auto &s : p.sections) out.append(decode(s.c_str()));
+                               return out;
+                             })
+      .def("__repr__", [](const quorel::host::Problem &p) {
+        return "<Problem " + quorel::host::toUtf8(p.id ? p.id->c_str() : "") + " type " +
+               std::to_string(static_cast<int>(p.type)) + ">";
+      });
+
+  py::class_<Result>(m, "Result", "The problems of one record.")
+      .def_readonly("ok", &Result::ok)
+      .def_readonly("problems", &Result::problems)
+      .def("__repr__", [](const Result &r) {
+        return "<Result ok=" + std::string(r.ok ? "True" : "False") + " problems=" +
+               std::to_string(r.problems.size()) + ">";
+      });
+
+  py::class_<RuleModule>(m, "RuleModule")
+      .def(py::init<std::string, std::string>(), py::arg("library_path"), py::arg("module_name"))
+      .def_property_readonly("library_path", &RuleModule::library)
+      .def_property_readonly("module_name", &RuleModule::name)
+      .def("perform_function", &RuleModule::performFunction, py::arg("name"), py::arg("record"))
+      .def("check_field", &RuleModule::checkField, py::arg("name"), py::arg("record"))
+      .def("close", &RuleModule::close);
+
+  py::class_<Checker>(m, "Checker")
+      .def(py::init<const RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
+                    std::optional<std::string>, int>(),
+           py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
+           py::arg("log"), py::arg("log_level"))
+      .def("check", &Checker::check, py::arg("record"))
+      .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"));
+}

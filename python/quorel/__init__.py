@@ -1,0 +1,71 @@
+"""Plausibility checks of records with rule modules of the quorel library.
+
+>>> module = quorel.RuleModule("libquorel_antrag_rules.so", "Antrag")
+>>> problems = quorel.check_frame(df, module, flow="Pruefung", materials={"Gemeinden": "gemeinden.csv"})
+"""
+
+from ._errors import PlausiError, RecordError
+from . import _quorel
+from ._quorel import Problem, Result, RuleModule
+
+__all__ = ["Checker", "PlausiError", "Problem", "RecordError", "Result", "RuleModule", "check_frame",
+           "PROBLEM_COLUMNS"]
+
+# The columns of a problem frame, in order; its index holds the label of the
+# input row of each problem.
+PROBLEM_COLUMNS = ["id", "type", "weight", "short_text", "long_text", "field", "field_indices",
+                   "accessed_fields", "sections", "error"]
+
+
+class Checker:
+    """Checks records with a rule module.
+
+    module: a RuleModule. flow: the flow to run (None: the module's default).
+    weight_level: the problem weight level handed to the rules. materials:
+    {name: pandas.DataFrame or CSV path}, columns named by hierarchy text.
+    init: {name: bool, int, float or str}. log, log_level: a log file of the
+    runs and its level (0 off ... 6 debug); with a log, runs on several
+    threads take turns.
+
+    check() may be called from several threads at once: each thread gets a
+    rule set of its own, and the GIL is released while the rules run.
+    """
+
+    def __init__(self, module, flow=None, weight_level=1, materials=None, init=None, log=None, log_level=4):
+        if not isinstance(module, RuleModule):
+            raise TypeError("module must be a quorel.RuleModule")
+        self.module = module
+        self._engine = _quorel.Checker(module, flow, int(weight_level), dict(materials or {}), dict(init or {}),
+                                       None if log is None else str(log), int(log_level))
+
+    def check(self, record):
+        """Checks one record, a mapping of hierarchy texts to values, and
+        gives a Result. Raises RecordError for a value that cannot be a field
+        and PlausiError when the rules fail."""
+        return self._engine.check(record)
+
+    def check_frame(self, df):
+        """The problems of every row of the DataFrame; see check_frame."""
+        import pandas as pd
+        names = [str(c) for c in df.columns]
+        columns = [df[c].tolist() for c in df.columns]
+        out = self._engine._check_columns(names, columns)
+        summary = out.pop("summary")
+        rows = out.pop("row")
+        frame = pd.DataFrame({c: pd.Series(out[c], dtype=object) for c in PROBLEM_COLUMNS})
+        for column in ("type", "weight"):
+            frame[column] = pd.array(out[column], dtype="Int64")
+        frame.index = df.index[rows] if len(rows) else df.index[:0]
+        frame.attrs["summary"] = summary
+        return frame
+
+
+def check_frame(df, module, **options):
+    """Checks every row of the DataFrame (columns named by hierarchy text) and
+    gives a DataFrame of problems, one row per problem, indexed by the label
+    of the input row, with the columns PROBLEM_COLUMNS. A row that could not
+    be checked (a text outside Windows-1252, a bad array size, an exception of
+    the rules) gives a row whose "error" says why. The counts are in
+    frame.attrs["summary"]: records, problems, errors (problems of type 1),
+    failed (rows not checked). options are those of Checker."""
+    return Checker(module, **options).check_frame(df)

@@ -1,0 +1,134 @@
+"""The package quorel against the example module Antrag: records, materials,
+every problem attribute, errors and threads."""
+import concurrent.futures
+import json
+import os
+import subprocess
+
+import pandas as pd
+import pytest
+
+import quorel
+
+
+def expected_problems(data_dir):
+    """The problems the command line tool gives for the bundled example, by
+    record (line 2 is the first record)."""
+    lines = open(os.path.join(data_dir, "antraege.expected.jsonl"), encoding="utf-8").read().splitlines()
+    return [json.loads(line) for line in lines if '"summary"' not in line]
+
+
+def test_frame_gives_the_problems_of_the_command_line_tool(module, antraege, gemeinden, data_dir):
+    frame = quorel.check_frame(antraege, module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    expected = expected_problems(data_dir)
+    assert list(frame.columns) == quorel.PROBLEM_COLUMNS
+    assert len(frame) == len(expected)
+    for (label, row), want in zip(frame.iterrows(), expected):
+        assert label == want["line"] - 2
+        assert (row["id"], row["type"], row["weight"]) == (want["id"], want["type"], want["weight"])
+        assert (row["short_text"], row["long_text"]) == (want["text"], want["details"])
+        assert row["field"] == want["field"]
+        assert row["accessed_fields"] == want["accessed"]
+        assert row["sections"] == want["sections"]
+        assert row["error"] is None
+    assert frame.attrs["summary"] == {"records": 3, "problems": len(expected), "errors": 7, "failed": 0}
+
+
+def test_umlauts_round_trip_through_records_and_materials(module, antraege):
+    # A material as a DataFrame with umlauts: München is known under 80331.
+    places = pd.DataFrame({"Gemeinden.PLZ": ["80331"], "Gemeinden.Ort": ["M\u00fcnchen"]})
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": places})
+    record = antraege.iloc[0].to_dict()
+    record.update({"Antrag.Adresse.PLZ": "80331", "Antrag.Adresse.Ort": "M\u00fcnchen"})
+    ids = [p.id for p in checker.check(record).problems]
+    assert "ADR-03" not in ids
+    record["Antrag.Adresse.Ort"] = "Muenchen"
+    problem = [p for p in checker.check(record).problems if p.id == "ADR-03"][0]
+    assert problem.long_text == "Die Postleitzahl geh\u00f6rt laut Gemeindeverzeichnis zu einem anderen Ort."
+    assert problem.type == 2 and problem.weight == 2 and problem.field == "Antrag.Adresse.Ort"
+    assert problem.sections == ["Regel Adresse", "Plausi"]
+    assert problem.field_indices == []
+
+
+def test_result_and_problem_attributes(module, antraege, gemeinden):
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    result = checker.check(antraege.iloc[2].to_dict())
+    assert not result.ok
+    first = result.problems[0]
+    assert (first.id, first.type, first.weight) == ("ANT-01", 1, 3)
+    assert first.short_text == "Die Antragsnummer hat nicht die Form AA-123456."
+    assert first.accessed_fields == ["Antrag.Antragsnummer"]
+    clean = quorel.Checker(module, flow="Schnellpruefung").check(antraege.iloc[0].to_dict())
+    assert clean.ok
+    # Numbers, truth values and missing values are fields too.
+    record = {"Antrag.Betrag": 20000.5, "Antrag.Kinder#": 0, "Antrag.Einkommen#": 1.0,
+              "Antrag.Einkommen[0]": None, "Antrag.Antragsteller.Name": float("nan")}
+    ids = [p.id for p in checker.check(record).problems]
+    assert "BTR-02" in ids and "PER-01" in ids
+
+
+def test_errors_and_bad_input(module, antrag_library, antraege, gemeinden, tmp_path):
+    with pytest.raises(quorel.PlausiError) as error:
+        quorel.RuleModule("/nonexistent/librules.so", "Antrag")
+    assert error.value.type == 1 and error.value.message == "/nonexistent/librules.so"
+    with pytest.raises(quorel.PlausiError) as error:
+        quorel.RuleModule(antrag_library, "Fehlt")
+    assert error.value.type == 2
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    with pytest.raises(TypeError):
+        checker.check(["not", "a", "mapping"])
+    with pytest.raises(quorel.RecordError, match="Antrag.Antragsteller.Name"):
+        checker.check({"Antrag.Antragsteller.Name": "\u20bf"})
+    with pytest.raises(quorel.RecordError, match="Antrag.Kinder"):
+        checker.check({"Antrag.Kinder#": 100001})
+    with pytest.raises(ValueError, match="Gemeinden"):
+        quorel.Checker(module, materials={"Gemeinden": str(tmp_path / "missing.csv")})
+    with pytest.raises(TypeError):
+        quorel.Checker(module, materials={"Gemeinden": 42})
+    with pytest.raises(ValueError, match="row 0"):
+        quorel.Checker(module, materials={"Gemeinden": pd.DataFrame({"Gemeinden.Ort": ["\u4e2d"]})})
+    with pytest.raises(quorel.PlausiError):
+        module.check_field("Antrag.Adresse.PLZ", {})
+    # A row outside Windows-1252 is an error row naming the field; the others are checked.
+    frame = antraege.copy()
+    frame.loc[1, "Antrag.Antragsteller.Name"] = "\u0141ukasz"
+    problems = quorel.check_frame(frame, module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    errors = problems[problems["error"].notna()]
+    assert list(errors.index) == [1]
+    assert "Antrag.Antragsteller.Name" in errors["error"].iloc[0]
+    assert set(problems.index) == {1, 2}
+    assert problems.attrs["summary"]["failed"] == 1
+    module.close()
+    with pytest.raises(ValueError):
+        module.perform_function("Alter", {})
+
+
+def test_functions_init_and_log(module, antraege, gemeinden, tmp_path):
+    assert module.perform_function("Nichts", {}) is None
+    log = tmp_path / "run.log"
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden},
+                             init={"Stichtag": "01.01.2024", "Grenze": 3, "An": True},
+                             log=log, log_level=6)
+    checker.check(antraege.iloc[0].to_dict())
+    del checker
+    assert log.stat().st_size > 0
+    with pytest.raises(TypeError):
+        quorel.Checker(module, init={"x": object()})
+
+
+def test_threads_check_side_by_side(module, gemeinden):
+    generator = os.environ.get("QUOREL_GENERATOR")
+    if not generator:
+        pytest.skip("QUOREL_GENERATOR is not set")
+    import io
+    import sys
+    text = subprocess.run([sys.executable, generator, "400"], check=True, capture_output=True).stdout
+    frame = pd.read_csv(io.BytesIO(text), sep=";", dtype=str, encoding="cp1252")
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    alone = checker.check_frame(frame)
+    parts = [frame.iloc[i::4] for i in range(4)]
+    with concurrent.futures.ThreadPoolExecutor(4) as pool:
+        together = pd.concat(list(pool.map(checker.check_frame, parts)))
+    key = lambda f: sorted(zip(f.index, f["id"]))  # noqa: E731
+    assert key(together) == key(alone)
+    assert len(alone) > 400
