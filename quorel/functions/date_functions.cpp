@@ -4,6 +4,7 @@
 // and without regard to time zones or daylight saving.
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 #include "quorel/functions/calendar.h"
@@ -70,6 +71,35 @@ std::int64_t shiftWorkingDays(std::int64_t days, std::int64_t count) {
   return days;
 }
 
+// Days are stepped one at a time: forward, only a day past the end of its
+// month moves to the 1st of the next; back, only a day that becomes exactly
+// 0 moves to the last of the previous. Once the day lies within its month
+// that is the calendar, which is computed; before that (a day 0 from a mask
+// without a day, or a day beyond the month's end) the steps stay in the
+// month as far as they reach.
+void shiftDays(std::tm *date, std::int64_t count) {
+  std::int64_t day = date->tm_mday;
+  std::int64_t last = calendar::daysInMonth(yearOf(*date), date->tm_mon);
+  if (count > 0) {
+    if (day + count <= last) {
+      date->tm_mday = static_cast<int>(day + count);
+      return;
+    }
+    // The steps that lead to the 1st of the next month.
+    count -= std::max<std::int64_t>(last - day, 0) + 1;
+    setDayNumber(date, calendar::daysFromCivil(yearOf(*date), std::int64_t{date->tm_mon} + 1, 1) + count);
+  } else if (count < 0) {
+    if (day <= 0 || day + count >= 1) {
+      // Below 1 the day never becomes 0 again, however far it goes.
+      date->tm_mday = static_cast<int>(std::max<std::int64_t>(day + count, INT_MIN));
+      return;
+    }
+    // The steps that lead to the last day of the previous month.
+    count += day;
+    setDayNumber(date, calendar::daysFromCivil(yearOf(*date), date->tm_mon, 0) + count);
+  }
+}
+
 void shift(std::tm *date, std::int64_t count, char unit) {
   switch (unit) {
     case 'J':
@@ -88,7 +118,7 @@ void shift(std::tm *date, std::int64_t count, char unit) {
       if (count != 0) setDayNumber(date, shiftWorkingDays(dayNumber(*date), count));
       break;
     default:  // 'T', and 'W' already counted in days
-      if (count != 0) setDayNumber(date, dayNumber(*date) + count);
+      shiftDays(date, count);
       break;
   }
 }

@@ -1,7 +1,8 @@
 #include "quorel/logging/logger.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <fstream>
-#include <iomanip>
 #include <iostream>
 
 #include "quorel/platform/clock.h"
@@ -56,15 +57,15 @@ Logger::~Logger() {
   }
 }
 
+// Built in a buffer and written unformatted, so that whatever flags the
+// host left on its stream (hex, left, a fill) don't reach the stamp.
 void Logger::printTimestamp() {
   platform::LocalTime now = platform::currentLocalTime();
   const std::tm &t = now.calendar;
-  std::ostream &out = *target_;
-  char fill = out.fill('0');
-  out << std::setw(2) << t.tm_mday << '.' << std::setw(2) << t.tm_mon + 1 << '.'
-      << std::setw(4) << t.tm_year + 1900 << ' ' << std::setw(2) << t.tm_hour << ':'
-      << std::setw(2) << t.tm_min << ':' << std::setw(2) << t.tm_sec << '.' << now.milliseconds;
-  out.fill(fill);
+  char stamp[96];
+  int length = std::snprintf(stamp, sizeof stamp, "%02d.%02d.%04d %02d:%02d:%02d.%d", t.tm_mday, t.tm_mon + 1,
+                             t.tm_year + 1900, t.tm_hour, t.tm_min, t.tm_sec, static_cast<int>(now.milliseconds));
+  if (length > 0) target_->write(stamp, std::min<std::streamsize>(length, sizeof stamp - 1));
 }
 
 std::ostream &Logger::startLine(LogLevel lineLevel, const char *prefix) {

@@ -66,18 +66,16 @@ struct MaskPart {
   int requiredAt(int position) const { return position < kMaxPositions ? required[position] : kFreeDigit; }
 
   // Reads positions from mask up to stop (or the end); gives where it ended.
+  // A backslash escapes nothing: it is skipped like any literal, and only
+  // makes a 0 right behind it a position that requires a 0.
   const char *read(const char *mask, char stop) {
     const char *p = mask;
-    while (*p != '\0' && *p != stop) {
-      bool escaped = *p == '\\';
-      if (escaped) {
-        ++p;
-        if (*p == '\0') break;
-      }
-      char c = *p++;
+    for (; *p != '\0' && *p != stop; ++p) {
+      char c = *p;
+      bool afterBackslash = p > mask && p[-1] == '\\';
       if (c == '#') {
         addPosition(kFreeDigit);
-      } else if (c == '0' && !escaped) {
+      } else if (c == '0' && !afterBackslash) {
         noteDigitCharacter();
       } else if (isDigit(c)) {
         noteDigitCharacter();

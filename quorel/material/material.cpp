@@ -43,34 +43,47 @@ void Material::readRecords(DataRecordSet *records) {
   }
 }
 
-ValueIterator *Material::asRange() {
+ValueIterator *Material::walk(std::vector<std::unique_ptr<Value>> *keep) {
   auto walk = std::make_unique<IteratorIterator>();
   DataRecordSet records;
   readRecords(&records);
   for (std::int32_t r = 0; r < records.getNumOfDataRecords(); ++r) {
     for (std::int32_t f = 0; f < fields_->getNumOfFields(); ++f) {
-      Value *value = context_->createMaterialValue(fields_->getField(f), records.getDataRecord(r));
+      Field *field = fields_->getField(f);
+      DataRecord *record = records.getDataRecord(r);
+      Value *value;
+      if (keep == nullptr) {
+        value = context_->createMaterialValue(field, record);
+      } else {
+        keep->push_back(std::make_unique<MaterialValue>(context_, field, record));
+        value = keep->back().get();
+      }
+      // Reads the field now; a field that could not be read refuses here.
       walk->addIterator(value->asRange());
     }
   }
   return walk.release();
 }
 
+ValueIterator *Material::asRange() { return walk(nullptr); }
+
 Value *Material::getFirstValue() {
   if (firstValue_ != nullptr) return firstValue_;
-  // The same query and reads as a walk, with the values kept here rather
-  // than in the current section, since the first value is kept for good.
-  DataRecordSet records;
-  readRecords(&records);
-  for (std::int32_t r = 0; r < records.getNumOfDataRecords(); ++r) {
-    for (std::int32_t f = 0; f < fields_->getNumOfFields(); ++f) {
-      auto value = std::make_unique<MaterialValue>(context_, fields_->getField(f), records.getDataRecord(r));
-      value->isNil();  // reads the field now, in walk order
-      firstQuery_.push_back(std::move(value));
-    }
+  // The walk of asRange, with its values kept here rather than in the
+  // current section, since the first value is kept for good. A walk that
+  // fails keeps nothing, and the next call queries again.
+  std::vector<std::unique_ptr<Value>> values;
+  Value *first = nullptr;
+  {
+    std::unique_ptr<ValueIterator> elements(walk(&values));
+    if (elements->hasNext()) first = elements->next();
   }
-  if (firstQuery_.empty()) firstQuery_.push_back(std::make_unique<NilValue>());
-  firstValue_ = firstQuery_.front().get();
+  if (first == nullptr) {
+    values.push_back(std::make_unique<NilValue>());
+    first = values.back().get();
+  }
+  firstQuery_ = std::move(values);
+  firstValue_ = first;
   return firstValue_;
 }
 

@@ -4,10 +4,11 @@
 // Nothing runs at creation. Every asRange() hands the query to the host's
 // MaterialAccess again and walks the values record by record, fields in the
 // order of the field set. The scalar conversions work on the first value of
-// the walk (a NilValue when there is none), queried once and kept.
-// Containment is answered by the host from a tuple of copies. Without a
-// MaterialAccess, or for a material it does not offer, every query fails
-// with type 6 and the material's name.
+// such a walk (a NilValue when there is none), queried once and kept; a
+// walk that fails, on a field of any record that could not be read, makes
+// them fail alike. Containment is answered by the host from a tuple of
+// copies. Without a MaterialAccess, or for a material it does not offer,
+// every query fails with type 6 and the material's name.
 //
 // The filter and field set are owned, and shared by copies of the Material;
 // the descriptor is not owned.
@@ -52,6 +53,9 @@ class Material : public Range {
 
   // Checks the access, then asks the host for the records of the query.
   void readRecords(DataRecordSet *records);
+  // Runs the query and walks its values, record by record. They go into
+  // keep, or into the current section when keep is null.
+  ValueIterator *walk(std::vector<std::unique_ptr<Value>> *keep);
   Value *getFirstValue();
 
   RuntimeContext *context_;

@@ -17,8 +17,9 @@ void ArrayValueIterator::setRestriction(std::int32_t dimension, Value *value) {
   restrictions_[dimension].reset(value->copy());
 }
 
+// Set up only when every restriction walks: after a failure here the next
+// call tries again and meets the same failure.
 void ArrayValueIterator::initialize() {
-  initialized_ = true;
   dimensionCount_ = Util::getSizeOf(getDimension());
   indices_.assign(static_cast<std::size_t>(dimensionCount_) + 1, -1);
   for (std::int32_t d = 0; d < dimensionCount_; ++d) {
@@ -30,6 +31,7 @@ void ArrayValueIterator::initialize() {
     }
     restart(d);
   }
+  initialized_ = true;
 }
 
 void ArrayValueIterator::restart(std::int32_t d) {

@@ -23,7 +23,7 @@ class FieldDescriptor;
 class DataRecord {
  public:
   // Entries of the field's dimension declared 0, after the outer indices.
-  virtual std::int32_t getSize(FieldDescriptor *field, const std::int32_t *indices) = 0;
+  virtual std::int32_t getSize(FieldDescriptor *field, std::int32_t *indices) = 0;
   virtual bool isEmpty(FieldDescriptor *field) = 0;
   virtual const char *getString(FieldDescriptor *field) = 0;
   virtual void setString(FieldDescriptor *field, const char *text) = 0;

@@ -52,7 +52,9 @@ std::int32_t FieldDescriptor::getSizeFor(DataRecord *record, const std::int32_t 
   if (Util::isValidArrayAccess(dimension, indices)) {
     std::int32_t declared = dimension[Util::getSizeOf(indices)];
     if (declared != 0) return declared;
-    return getSubDataRecordFor(record)->getSize(this, indices);
+    // Records take the list as a plain pointer, as hosts declare it; they
+    // only read it.
+    return getSubDataRecordFor(record)->getSize(this, const_cast<std::int32_t *>(indices));
   }
   if (Util::isValidElementAccess(dimension, indices)) return 1;
   throw PlausiException(EXCEPTION_ILLEGAL_ACCESS, messages::kIllegalArrayAccess);

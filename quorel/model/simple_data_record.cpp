@@ -47,7 +47,7 @@ void SimpleDataRecord::store(std::int32_t key, Value *value) {
   if (incoming) values_.emplace(key, std::move(incoming));
 }
 
-std::int32_t SimpleDataRecord::getSize(FieldDescriptor *field, const std::int32_t *indices) {
+std::int32_t SimpleDataRecord::getSize(FieldDescriptor *field, std::int32_t *indices) {
   Value *size = find(getKeyForSizeAsHashCode(field, indices));
   return size == nullptr ? 0 : static_cast<std::int32_t>(size->asInteger());
 }

@@ -28,7 +28,7 @@ class SimpleDataRecord : public DataRecord {
   SimpleDataRecord(const SimpleDataRecord &) = delete;
   SimpleDataRecord &operator=(const SimpleDataRecord &) = delete;
 
-  std::int32_t getSize(FieldDescriptor *field, const std::int32_t *indices) override;
+  std::int32_t getSize(FieldDescriptor *field, std::int32_t *indices) override;
   bool isEmpty(FieldDescriptor *field) override;
   // On an empty field the getters answer "", 0 and 0.0.
   const char *getString(FieldDescriptor *field) override;

@@ -10,16 +10,11 @@
 #include "quorel/model/topic_array.h"
 #include "quorel/model/type_descriptor.h"
 #include "quorel/rules/plausi_exception.h"
+#include "quorel/rules/release_once.h"
 
 namespace quorel {
 
 namespace {
-
-void destroy(FieldDescriptor *field) {
-  if (field == nullptr) return;
-  delete field->getTypeDescriptor();
-  delete field;
-}
 
 // The indices of a path segment ("[1][2]"), or the first element of every
 // dimension when the segment has none. Fails as described at getField.
@@ -42,16 +37,11 @@ std::vector<std::int32_t> segmentIndices(FieldDescriptor *field, const std::stri
 Topic::Topic(TypeDescriptor *type, FieldDescriptor *parent) : FieldDescriptor(type, parent) {}
 
 Topic::~Topic() {
-  for (auto &entry : fields_) destroy(entry.second);
-  for (FieldDescriptor *field : replaced_) destroy(field);
+  ReleaseOnce release;
+  for (auto &entry : fields_) release.withType(entry.second);
 }
 
-void Topic::setField(const char *name, FieldDescriptor *field) {
-  if (FieldDescriptor **former = fields_.find(name)) {
-    if (*former != nullptr && *former != field) replaced_.push_back(*former);
-  }
-  fields_.put(name, field);
-}
+void Topic::setField(const char *name, FieldDescriptor *field) { fields_.put(name, field); }
 
 FieldDescriptor *Topic::getField(RuntimeContext *context, const char *name) {
   if (name == nullptr) throw PlausiException(EXCEPTION_ILLEGAL_ARGUMENT, "Feldname nicht angegeben.");

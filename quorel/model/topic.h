@@ -3,18 +3,16 @@
 // data stock (MaterialDescriptor).
 //
 // Sub-fields are keyed by the hash of their name: two names with the same
-// code are one entry, and a later setField replaces the earlier one. The
-// topic owns every descriptor it was given, with that descriptor's
-// TypeDescriptor, including ones replaced under a colliding name (they stay
-// alive, as rule code may still hold them, and die with the topic).
+// code are one entry, and a later setField replaces the earlier one without
+// releasing it; the replaced descriptor is no longer the topic's. The topic
+// owns the descriptors its entries hold at the end, with their
+// TypeDescriptors, and releases them in the order of the keys, each
+// descriptor and each type once, however many entries share it.
 // Generated topic classes implement createElement to make an equal topic for
 // the elements of a topic array.
 
 #ifndef QUOREL_MODEL_TOPIC_H_
 #define QUOREL_MODEL_TOPIC_H_
-
-#include <map>
-#include <vector>
 
 #include "quorel/model/field_descriptor.h"
 #include "quorel/model/material_descriptor.h"
@@ -47,14 +45,13 @@ class Topic : public FieldDescriptor, public MaterialDescriptor {
   FieldDescriptor *getField(RuntimeContext *context, const char *name);
 
  protected:
-  // Takes ownership of field and its TypeDescriptor.
+  // Takes ownership of field and its TypeDescriptor while the entry holds it.
   void setField(const char *name, FieldDescriptor *field);
 
  private:
   NullableText materialName_;
   NullableText materialNameDataset_;
   NameMap<FieldDescriptor *> fields_;
-  std::vector<FieldDescriptor *> replaced_;
 };
 
 }  // namespace quorel

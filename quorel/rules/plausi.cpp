@@ -6,58 +6,26 @@
 #include "quorel/rules/mapping.h"
 #include "quorel/rules/plausi_context.h"
 #include "quorel/rules/plausi_exception.h"
+#include "quorel/rules/release_once.h"
 #include "quorel/rules/runtime_context.h"
 #include "quorel/values/classification.h"
 
 namespace quorel {
 
-namespace {
-
-// Puts value into slot; what the slot held before is kept in replaced. The
-// same object registered twice stays one object.
-template <typename Owner>
-void replaceOwned(Owner &slot, Owner value, std::vector<Owner> &replaced) {
-  if (slot.get() == value.get()) {
-    value.release();
-    return;
-  }
-  if (slot) replaced.push_back(std::move(slot));
-  slot = std::move(value);
-}
-
-template <typename Owner>
-void putOwned(NameMap<Owner> &map, const char *name, Owner value, std::vector<Owner> &replaced) {
-  Owner *slot = map.find(name);
-  if (slot == nullptr) {
-    map.put(name, std::move(value));
-  } else {
-    replaceOwned(*slot, std::move(value), replaced);
-  }
-}
-
-}  // namespace
-
-void Plausi::TopicDeleter::operator()(Topic *topic) const {
-  delete topic->getTypeDescriptor();
-  delete topic;
-}
-
 Plausi::Plausi() = default;
 
-// Releases in a fixed order: materials, the root topic, the classifications,
-// the mapping, the material mappings.
 Plausi::~Plausi() {
-  materials_.clear();
-  rootTopic_.reset();
-  classificationsByValue_.clear();
-  classificationsByCode_.clear();
-  mapping_.reset();
-  materialMappings_.clear();
+  ReleaseOnce release;
+  for (auto &entry : materials_) release.withType(entry.second);
+  release.withType(rootTopic_);
+  for (auto &entry : classificationsByCode_) release(entry.second);
+  release(mapping_);
+  for (auto &entry : materialMappings_) release(entry.second);
 }
 
 Value *Plausi::getClassificationByCode(const char *code) {
-  std::unique_ptr<Classification> *entry = classificationsByCode_.find(code);
-  return entry != nullptr && *entry ? static_cast<Value *>(entry->get()) : &invalidValue_;
+  Classification **entry = classificationsByCode_.find(code);
+  return entry != nullptr && *entry != nullptr ? static_cast<Value *>(*entry) : &invalidValue_;
 }
 
 Value *Plausi::getClassificationByValue(const char *value) {
@@ -91,8 +59,8 @@ void Plausi::performFieldCheck(const char *name, PlausiContext *context) {
 }
 
 MaterialDescriptor *Plausi::getMaterial(const char *name) {
-  OwnedTopic *entry = materials_.find(name);
-  return entry != nullptr && *entry ? static_cast<MaterialDescriptor *>(entry->get()) : nullptr;
+  Topic **entry = materials_.find(name);
+  return entry != nullptr && *entry != nullptr ? static_cast<MaterialDescriptor *>(*entry) : nullptr;
 }
 
 void Plausi::setFieldCheckProc(const char *typeHierarchy, FieldCheckProc procedure) {
@@ -100,28 +68,21 @@ void Plausi::setFieldCheckProc(const char *typeHierarchy, FieldCheckProc procedu
 }
 
 void Plausi::registerClassification(Classification *classification, const char *code, const char *value) {
-  putOwned(classificationsByCode_, code, std::unique_ptr<Classification>(classification),
-           replacedClassifications_);
+  classificationsByCode_.put(code, classification);
   if (value != nullptr) classificationsByValue_.put(value, classification);
 }
 
-void Plausi::setMapping(Mapping *mapping) {
-  replaceOwned(mapping_, std::unique_ptr<Mapping>(mapping), replacedMappings_);
-}
+void Plausi::setMapping(Mapping *mapping) { mapping_ = mapping; }
 
-void Plausi::setMappingForMaterial(const char *name, Mapping *mapping) {
-  putOwned(materialMappings_, name, std::unique_ptr<Mapping>(mapping), replacedMappings_);
-}
+void Plausi::setMappingForMaterial(const char *name, Mapping *mapping) { materialMappings_.put(name, mapping); }
 
 Mapping *Plausi::getMappingForMaterial(const char *name) const {
-  const std::unique_ptr<Mapping> *entry = materialMappings_.find(name);
-  return entry != nullptr ? entry->get() : nullptr;
+  Mapping *const *entry = materialMappings_.find(name);
+  return entry != nullptr ? *entry : nullptr;
 }
 
-void Plausi::setMaterial(const char *name, Topic *topic) {
-  putOwned(materials_, name, OwnedTopic(topic), replacedTopics_);
-}
+void Plausi::setMaterial(const char *name, Topic *topic) { materials_.put(name, topic); }
 
-void Plausi::setRootTopic(Topic *topic) { replaceOwned(rootTopic_, OwnedTopic(topic), replacedTopics_); }
+void Plausi::setRootTopic(Topic *topic) { rootTopic_ = topic; }
 
 }  // namespace quorel

@@ -11,17 +11,18 @@
 // rule code reach the caller unchanged.
 //
 // Registries are keyed by the hash of the name: a later registration under a
-// colliding name replaces the entry. What it replaces stays alive (rule code
-// or another registry may still point at it) and dies with the Plausi.
+// colliding name replaces the entry, and what it replaced is no longer the
+// Plausi's; it is not released here. The destructor releases what the
+// registries hold at the end: the materials' topics with their types, the
+// root topic with its type, the classifications by code, the mapping, the
+// materials' mappings, each registry in the order of its keys. An object
+// held in several places is released once.
 //
 // The order of the virtual operations is part of the interface that rule
 // modules are compiled against. Not copied.
 
 #ifndef QUOREL_RULES_PLAUSI_H_
 #define QUOREL_RULES_PLAUSI_H_
-
-#include <memory>
-#include <vector>
 
 #include "quorel/rules/classification_ressource.h"
 #include "quorel/rules/name_map.h"
@@ -76,12 +77,13 @@ class Plausi : public ClassificationRessource {
   virtual void performImpl(RuntimeContext *runtime, const char *flow) = 0;
 
   // Registration, for the constructor of the rule module. Each takes
-  // ownership of what it is given, except the procedure.
+  // ownership of what it is given, except the procedure, for as long as a
+  // registry holds it.
   void setFieldCheckProc(const char *typeHierarchy, FieldCheckProc procedure);
   // Findable by code, and by value text when that is not null.
   void registerClassification(Classification *classification, const char *code, const char *value);
   void setMapping(Mapping *mapping);
-  Mapping *getMapping() const { return mapping_.get(); }
+  Mapping *getMapping() const { return mapping_; }
   void setMappingForMaterial(const char *name, Mapping *mapping);
   Mapping *getMappingForMaterial(const char *name) const;
   // The topic is owned together with its TypeDescriptor.
@@ -89,24 +91,14 @@ class Plausi : public ClassificationRessource {
   void setRootTopic(Topic *topic);
 
  private:
-  // A topic and its TypeDescriptor, deleted together.
-  struct TopicDeleter {
-    void operator()(Topic *topic) const;
-  };
-  using OwnedTopic = std::unique_ptr<Topic, TopicDeleter>;
-
   NameMap<FieldCheckProc> fieldCheckProcs_;
-  NameMap<std::unique_ptr<Classification>> classificationsByCode_;
+  NameMap<Classification *> classificationsByCode_;
   NameMap<Classification *> classificationsByValue_;
   InvalidValue invalidValue_;
-  std::unique_ptr<Mapping> mapping_;
-  NameMap<std::unique_ptr<Mapping>> materialMappings_;
-  NameMap<OwnedTopic> materials_;
-  OwnedTopic rootTopic_;
-  // What a later registration replaced, kept until the end.
-  std::vector<std::unique_ptr<Classification>> replacedClassifications_;
-  std::vector<std::unique_ptr<Mapping>> replacedMappings_;
-  std::vector<OwnedTopic> replacedTopics_;
+  Mapping *mapping_ = nullptr;
+  NameMap<Mapping *> materialMappings_;
+  NameMap<Topic *> materials_;
+  Topic *rootTopic_ = nullptr;
 };
 
 }  // namespace quorel

@@ -3,6 +3,6 @@
 namespace quorel {
 
 PlausiException::PlausiException(std::int32_t type, const char *message)
-    : type_(type), message_(message != nullptr ? message : "Keine weiteren Angaben.") {}
+    : type_(static_cast<ExceptionType>(type)), message_(message != nullptr ? message : "Keine weiteren Angaben.") {}
 
 }  // namespace quorel

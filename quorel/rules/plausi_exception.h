@@ -34,12 +34,12 @@ class PlausiException {
   // A null message stands for "Keine weiteren Angaben.".
   PlausiException(std::int32_t type = EXCEPTION_GENERAL, const char *message = nullptr);
 
-  std::int32_t getType() const { return type_; }
+  ExceptionType getType() const { return type_; }
   // Lives as long as this object.
   const char *getMessage() const { return message_.c_str(); }
 
  private:
-  std::int32_t type_;
+  ExceptionType type_;
   std::string message_;
 };
 

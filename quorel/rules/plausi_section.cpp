@@ -7,7 +7,9 @@
 namespace quorel {
 
 PlausiSection::PlausiSection(const char *name, PlausiSection *parent, bool checkProc)
-    : name_(name != nullptr ? name : ""), parent_(parent), checkProc_(checkProc) {}
+    : parent_(parent), checkProc_(checkProc) {
+  name_.set(name);
+}
 
 PlausiSection::~PlausiSection() {
   for (PlausiObject *object : localObjects_) delete object;

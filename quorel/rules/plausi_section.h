@@ -9,8 +9,9 @@
 #define QUOREL_RULES_PLAUSI_SECTION_H_
 
 #include <cstdint>
-#include <string>
 #include <vector>
+
+#include "quorel/rules/nullable_text.h"
 
 namespace quorel {
 
@@ -25,7 +26,8 @@ class PlausiSection {
   PlausiSection(const PlausiSection &) = delete;
   PlausiSection &operator=(const PlausiSection &) = delete;
 
-  const char *getName() const { return name_.c_str(); }
+  // Null for a section opened without a name.
+  const char *getName() const { return name_.get(); }
   PlausiSection *getParent() const { return parent_; }
   bool isCheckProc() const { return checkProc_; }
 
@@ -47,7 +49,7 @@ class PlausiSection {
   FieldDescriptor *getAccessedField(std::int32_t index) const { return accessedFields_[index]; }
 
  private:
-  std::string name_;
+  NullableText name_;
   PlausiSection *parent_;
   bool checkProc_;
   std::vector<PlausiObject *> localObjects_;

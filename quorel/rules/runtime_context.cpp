@@ -29,6 +29,9 @@ std::string indentation(std::int32_t openSections) {
   return std::string(static_cast<std::size_t>(openSections) * 2, ' ');
 }
 
+// A section without a name shows none; a null text would spoil the stream.
+const char *traceName(const char *name) { return name != nullptr ? name : ""; }
+
 }  // namespace
 
 RuntimeContext::RuntimeContext(PlausiContext *context, ClassificationRessource *classifications)
@@ -52,14 +55,14 @@ Value *RuntimeContext::getClassificationByValue(const char *value) {
 }
 
 void RuntimeContext::startNewSection(const char *name, bool checkProc) {
-  getLogger()->trace() << indentation(depth()) << "--> " << (name != nullptr ? name : "");
+  getLogger()->trace() << indentation(depth()) << "--> " << traceName(name);
   sections_.push_back(std::make_unique<PlausiSection>(name, getCurrentSection(), checkProc));
 }
 
 void RuntimeContext::leaveCurrentSection() {
   std::unique_ptr<PlausiSection> section = std::move(sections_.back());
   sections_.pop_back();
-  getLogger()->trace() << indentation(depth()) << "<-- " << section->getName();
+  getLogger()->trace() << indentation(depth()) << "<-- " << traceName(section->getName());
 }
 
 PlausiSection *RuntimeContext::getCurrentSection() const {

@@ -57,6 +57,38 @@ TEST_F(DateFunctionsTest, ShiftsByCalendarRules) {
   }
 }
 
+// A date read by a mask without a day has day 0. Days are stepped one by one:
+// going back, only a day that becomes exactly 0 moves the month, so from day
+// 0 the day just runs below 0 within its month; going forward, only a day
+// past the end of its month does.
+TEST_F(DateFunctionsTest, DaysStepWithinTheMonthFromDayZero) {
+  Value *march = rt()->createDateValue("03.2013", "MM.JJJJ");
+  auto shifted = [&](Value *from, double count, const char *unit) {
+    return Functions::DATUM_VERSCHIEBEN(rt(), from, number(count), text(unit));
+  };
+  Value *back = shifted(march, -1, "T");
+  EXPECT_STREQ("03.2013", back->asString());
+  EXPECT_EQ(-1, back->asDate()->tm_mday);
+  Value *weeksBack = shifted(march, -2, "W");
+  EXPECT_EQ(-14, weeksBack->asDate()->tm_mday);
+  EXPECT_EQ(2, weeksBack->asDate()->tm_mon);
+  EXPECT_EQ(113, weeksBack->asDate()->tm_year);
+  Value *forward = shifted(back, 3, "T");
+  EXPECT_EQ(2, forward->asDate()->tm_mday);
+  EXPECT_EQ(2, forward->asDate()->tm_mon);
+  // A day beyond its month's end steps into the next month at once.
+  std::tm april31{};
+  april31.tm_year = 113;
+  april31.tm_mon = 3;
+  april31.tm_mday = 31;
+  EXPECT_STREQ("01.05.2013", shifted(rt()->createDateValue(&april31, nullptr), 1, "T")->asString());
+  EXPECT_STREQ("29.04.2013", shifted(rt()->createDateValue(&april31, nullptr), -2, "T")->asString());
+  // Working days read the weekday of the day reached, and so go by the calendar.
+  std::tm *workingDay = shifted(march, -1, "A")->asDate();
+  EXPECT_EQ(27, workingDay->tm_mday);
+  EXPECT_EQ(1, workingDay->tm_mon);
+}
+
 TEST_F(DateFunctionsTest, HugeCountsFinishAtOnce) {
   // A walk day by day would take minutes here.
   EXPECT_EQ("01.01.2013", shift("01.01.2013", 0, "A"));

@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <fstream>
+#include <iomanip>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -75,6 +76,19 @@ TEST(LoggerTest, LinesBeginWithTheirBreakAndAPrefixOfSeven) {
     logger.debug() << 4;
   }
   EXPECT_EQ("\nFATAL: 1\nERROR: 2\nTRACE: 3\nDEBUG: 4", body(all.str()));
+}
+
+TEST(LoggerTest, StampIgnoresTheFormatOfTheHostStream) {
+  std::ostringstream out;
+  out << std::hex << std::left << std::showpos << std::uppercase << std::setfill('*');
+  std::ios::fmtflags flags = out.flags();
+  {
+    Logger logger(&out, INFO);
+    EXPECT_EQ(flags, out.flags());
+    EXPECT_EQ('*', out.fill());
+  }
+  std::regex expected(std::string("START: ") + kStamp + R"( \(Log-Level: INFO\)\nSTOP : )" + kStamp);
+  EXPECT_TRUE(std::regex_match(out.str(), expected)) << out.str();
 }
 
 TEST(LoggerTest, FileTargetIsEmptiedAndAMissingDirectoryIsSilent) {

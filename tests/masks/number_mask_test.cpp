@@ -147,6 +147,35 @@ TEST(NumberMaskTest, RealsWithEveryMessage) {
   EXPECT_TRUE(std::signbit(Util::stringToReal("-0", nullptr)));
 }
 
+// A backslash in a number mask is skipped like any other literal; only in
+// front of a 0 does it mean something: a position that requires a 0.
+TEST(NumberMaskTest, BackslashIsOnlySkipped) {
+  const char kMaxIntegerDigits[] = "Die maximale Anzahl der Vorkommastellen wurde \xFC" "berschritten.";
+  const Case reals[] = {
+      // The point behind the backslash still ends the integer part.
+      {"123", "#\\.##", kMaxIntegerDigits},
+      {"1,25", "#\\.##", "1.25"},
+      {"1,205", "#.#\\0#", "1.205"},
+      {"1,215", "#.#\\0#", kNoFit},
+  };
+  for (const Case &c : reals) {
+    EXPECT_EQ(c.expected, realOutcome(c.value, c.mask)) << c.value << " / " << c.mask;
+  }
+  const Case integers[] = {
+      // Two backslashes: no sign part; the second one makes the 0 required.
+      {"05", "\\\\0#", "5"},
+      {"15", "\\\\0#", kNoFit},
+      {"5", "\\\\0#", kMinLength},
+      {"-5", "\\\\0#", kMinusNotAllowed},
+      // An escaped # and digit count as themselves; a trailing backslash is skipped.
+      {"17", "\\#\\7\\", "17"},
+      {"18", "\\#\\7\\", kNoFit},
+  };
+  for (const Case &c : integers) {
+    EXPECT_EQ(c.expected, integerOutcome(c.value, c.mask)) << c.value << " / " << c.mask;
+  }
+}
+
 TEST(NumberMaskTest, FractionsAreSummedDigitByDigit) {
   // 0.1 + 0.02 + 0.003 in doubles, as the reader adds them up.
   double expected = 0.0;

@@ -55,6 +55,12 @@ class MemoryAccess : public MaterialAccess {
     record->setValue("Kunden.Name", name);
     records_.push_back(std::move(record));
   }
+  // A record whose number is text: reading it fails.
+  void addUnreadable(const char *nr) {
+    auto record = std::make_unique<SimpleDataRecord>();
+    record->setValue("Kunden.Nr", nr);
+    records_.push_back(std::move(record));
+  }
 
   bool isMaterialAvailable(MaterialDescriptor *) override { return available; }
 
@@ -149,6 +155,24 @@ TEST_F(MaterialTest, ConditionsFilterAndTheFirstValueIsKept) {
   expectFailure([&] { nobody->asString(); }, EXCEPTION_CONVERSION, "Wert ist nicht initialisiert.");
   expectFailure([&] { nobody->asReal(); }, EXCEPTION_CONVERSION, "Wert ist nicht initialisiert.");
   EXPECT_EQ(3, access_.readCalls);
+}
+
+TEST_F(MaterialTest, FirstValueFailsAsTheWalkFails) {
+  // The first value is taken from a walk, and a walk refuses a field that
+  // could not be read, in whichever record it stands.
+  access_.addUnreadable("vier");
+  Value *pairs = rt()->createMaterial(&customers_, 0, 2, customers_.name, customers_.nr);
+  PlausiException walkFailure = thrownBy([&] { walk(pairs); });
+  EXPECT_EQ(EXCEPTION_CONVERSION, walkFailure.getType());
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    expectFailure([&] { pairs->asString(); }, EXCEPTION_CONVERSION, walkFailure.getMessage());
+  }
+  expectFailure([&] { pairs->asInteger(); }, EXCEPTION_CONVERSION, walkFailure.getMessage());
+  expectFailure([&] { pairs->asReal(); }, EXCEPTION_CONVERSION, walkFailure.getMessage());
+  expectFailure([&] { pairs->asBool(); }, EXCEPTION_CONVERSION, walkFailure.getMessage());
+  // Without the unreadable field the same records give their first value.
+  Value *names = rt()->createMaterial(&customers_, 0, 1, customers_.name);
+  EXPECT_STREQ("Meier", names->asString());
 }
 
 TEST_F(MaterialTest, ContainmentIsAskedOfTheHostWithCopies) {

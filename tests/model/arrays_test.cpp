@@ -156,5 +156,18 @@ TEST_F(ArrayValueIteratorTest, EmptyArraysStillGiveTheirFirstElement) {
   expectFailure([&] { bad->hasNext(); }, EXCEPTION_CONVERSION, "Ein Interval kann nicht iteriert werden.");
 }
 
+TEST_F(ArrayValueIteratorTest, FailedRestrictionFailsEveryCall) {
+  // The iterator is set up only once every restriction walks, so each later
+  // call meets the same failure again rather than a half-made walk.
+  LocalArray square(2, 2, 2);
+  ArrayValueIterator *bad = rt()->createIterator(&square);
+  bad->setRestriction(1, rt()->createIntervalRange(rt()->createNumberValue(0.0), rt()->createNumberValue(1.0),
+                                                   INCLUDE_BOTH));
+  const char kInterval[] = "Ein Interval kann nicht iteriert werden.";
+  expectFailure([&] { bad->hasNext(); }, EXCEPTION_CONVERSION, kInterval);
+  expectFailure([&] { bad->hasNext(); }, EXCEPTION_CONVERSION, kInterval);
+  expectFailure([&] { bad->next(); }, EXCEPTION_CONVERSION, kInterval);
+}
+
 }  // namespace
 }  // namespace quorel

@@ -1,6 +1,9 @@
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "model/test_tree.h"
+#include "quorel/masks/util.h"
 #include "quorel/values/value.h"
 #include "test_support.h"
 
@@ -64,6 +67,35 @@ TEST_F(SimpleDataRecordTest, SizeForDeclaredOpenAndElementDimensions) {
   EXPECT_EQ(1, root_.matrix->getSize(&runtime, 2, 1, 1));
   expectFailure([&] { root_.matrix->getSize(&runtime, 3, 1, 1, 1); }, EXCEPTION_ILLEGAL_ACCESS,
                 "Ung\xFC" "ltiger Arrayzugriff.");
+}
+
+// A host's record written to the interface as hosts have it: index lists
+// are plain std::int32_t *, ended by a negative entry.
+class HostRecord : public DataRecord {
+ public:
+  std::int32_t getSize(FieldDescriptor *, std::int32_t *indices) override {
+    seen.assign(indices, indices + Util::getSizeOf(indices));
+    return 6;
+  }
+  bool isEmpty(FieldDescriptor *) override { return true; }
+  const char *getString(FieldDescriptor *) override { return ""; }
+  void setString(FieldDescriptor *, const char *) override {}
+  std::int64_t getInteger(FieldDescriptor *) override { return 0; }
+  void setInteger(FieldDescriptor *, std::int64_t) override {}
+  double getReal(FieldDescriptor *) override { return 0.0; }
+  void setReal(FieldDescriptor *, double) override {}
+  void setEmpty(FieldDescriptor *) override {}
+  DataRecord *getSubDataRecord(FieldDescriptor *) override { return this; }
+
+  std::vector<std::int32_t> seen;
+};
+
+TEST_F(SimpleDataRecordTest, HostRecordsGetTheOuterIndicesOfASize) {
+  HostRecord record;
+  PlausiContext context(&record);
+  RuntimeContext runtime(&context, &run_.plausi);
+  EXPECT_EQ(6, root_.matrix->getSize(&runtime, 1, 1));
+  EXPECT_EQ(std::vector<std::int32_t>{1}, record.seen);
 }
 
 }  // namespace

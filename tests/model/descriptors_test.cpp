@@ -66,5 +66,39 @@ TEST(FieldDescriptorTest, HierarchyTextIsCutToTheCallersBuffer) {
   EXPECT_EQ(longName, field.getHierarchyText());
 }
 
+// Fields registered the way generated code may: one replaced under its name
+// by a field of the same type, that type shared by another field, and one
+// field under two names.
+class SharingTopic : public Topic {
+ public:
+  explicit SharingTopic(TypeDescriptor *type) : Topic(type, nullptr) {
+    auto *shared = new TypeDescriptor(type, nullptr, "A", nullptr, FieldTypeText, nullptr, 0);
+    replaced = new Field(shared, this);
+    setField("A", replaced);
+    setField("A", new Field(shared, this));
+    setField("B", new Field(shared, this));
+    auto *twice = new Field(new TypeDescriptor(type, nullptr, "C", nullptr, FieldTypeText, nullptr, 0), this);
+    setField("C", twice);
+    setField("D", twice);
+  }
+  Topic *createElement() override { return nullptr; }
+
+  Field *replaced;
+};
+
+TEST(TopicTest, ReplacedFieldsStayTheirOwnersAndSharedObjectsAreReleasedOnce) {
+  TypeDescriptor type(nullptr, nullptr, "T", nullptr, FieldTypeTopic, nullptr, 0);
+  Field *replaced;
+  {
+    SharingTopic topic(&type);
+    replaced = topic.replaced;
+    TestRun run;
+    EXPECT_NE(replaced, topic.getField(&run.runtime, "A"));
+    EXPECT_EQ(topic.getField(&run.runtime, "C"), topic.getField(&run.runtime, "D"));
+  }
+  // The shared type went with the topic; the replaced field is the owner's.
+  delete replaced;
+}
+
 }  // namespace
 }  // namespace quorel

@@ -91,7 +91,7 @@ class StandaloneRoot : public RootTopic {
 // A SimpleDataRecord that logs the name of each operation it receives.
 class LoggingRecord : public SimpleDataRecord {
  public:
-  std::int32_t getSize(FieldDescriptor *f, const std::int32_t *i) override { return note("getSize", SimpleDataRecord::getSize(f, i)); }
+  std::int32_t getSize(FieldDescriptor *f, std::int32_t *i) override { return note("getSize", SimpleDataRecord::getSize(f, i)); }
   bool isEmpty(FieldDescriptor *f) override { return note("isEmpty", SimpleDataRecord::isEmpty(f)); }
   const char *getString(FieldDescriptor *f) override { return note("getString", SimpleDataRecord::getString(f)); }
   std::int64_t getInteger(FieldDescriptor *f) override { return note("getInteger", SimpleDataRecord::getInteger(f)); }

@@ -1,5 +1,6 @@
 #include <sstream>
 #include <string>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -15,6 +16,9 @@ namespace {
 // "Aa" and "BB" share the hash code 2112: name-keyed maps keep only the code.
 constexpr const char *kCollidingA = "Aa";
 constexpr const char *kCollidingB = "BB";
+
+// Hosts compare the type with the named numbers.
+static_assert(std::is_same_v<ExceptionType, decltype(PlausiException().getType())>);
 
 TEST(PlausiExceptionTest, OwnsItsMessageAndDefaultsIt) {
   PlausiException defaulted;

@@ -1,3 +1,4 @@
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -5,6 +6,8 @@
 
 #include "model/test_tree.h"
 #include "quorel/model/field.h"
+#include "quorel/model/topic.h"
+#include "quorel/model/type_descriptor.h"
 #include "quorel/rules/mapping.h"
 #include "quorel/values/classification.h"
 #include "quorel/values/string_value.h"
@@ -25,14 +28,17 @@ class RegisteringRules : public NoRules {
  public:
   RegisteringRules() {
     setRootTopic(new RootTopic());
+    // A replaced registration is released by no one but its registrant.
+    replacedMapping_ = std::make_unique<Mapping>();
+    setMapping(replacedMapping_.get());
     setMapping(new Mapping());
-    setMapping(new Mapping());  // the first one is replaced, and still released
     StringValue a("A"), b("B");
     registerClassification(new Classification(&a, "Alpha"), "A", "Alpha");
     registerClassification(new Classification(&b, "Beta"), "B", nullptr);
     // Aa and BB share a hash code: the second replaces the first.
     StringValue aa("Aa"), bb("BB");
-    registerClassification(new Classification(&aa, "erste"), "Aa", "erste");
+    replacedClassification_ = std::make_unique<Classification>(&aa, "erste");
+    registerClassification(replacedClassification_.get(), "Aa", "erste");
     registerClassification(new Classification(&bb, "zweite"), "BB", "zweite");
     setFieldCheckProc("Root.Liste", recordCheck);
     setFieldCheckProc("Root.Name", recordCheck);
@@ -46,6 +52,10 @@ class RegisteringRules : public NoRules {
   using Plausi::getMappingForMaterial;
 
   Mapping *customers;
+
+ private:
+  std::unique_ptr<Mapping> replacedMapping_;
+  std::unique_ptr<Classification> replacedClassification_;
 };
 
 TEST(RegistriesTest, ClassificationsByCodeAndValue) {
@@ -60,6 +70,95 @@ TEST(RegistriesTest, ClassificationsByCodeAndValue) {
   // The replaced classification still answers by its value text.
   EXPECT_STREQ("Aa", rules.getClassificationByValue("erste")->asString());
   EXPECT_EQ(nullptr, rules.getMaterial("Kunden"));
+}
+
+std::vector<std::string> released;
+
+// Notes its release, so that tests see what is released and in which order.
+class NotedClassification : public Classification {
+ public:
+  explicit NotedClassification(const char *name) : Classification(code(), name), name_(name) {}
+  ~NotedClassification() override { released.push_back(name_); }
+
+ private:
+  static Value *code() {
+    static StringValue code("x");
+    return &code;
+  }
+  std::string name_;
+};
+
+class NotedTopic : public Topic {
+ public:
+  explicit NotedTopic(const char *name)
+      : Topic(new TypeDescriptor(nullptr, nullptr, name, nullptr, FieldTypeTopic, nullptr, 0), nullptr),
+        name_(name) {}
+  ~NotedTopic() override { released.push_back(name_); }
+  Topic *createElement() override { return nullptr; }
+
+ private:
+  std::string name_;
+};
+
+// Replaces registrations, registers replaced objects anew under other names
+// and registers objects more than once, in an order that is neither that of
+// the names' codes nor its reverse. What is replaced and not registered
+// again stays with the test, as replaced and kept.
+class ReplacingRules : public NoRules {
+ public:
+  ReplacingRules() {
+    registerClassification(new NotedClassification("B"), "B", nullptr);
+    auto *movedOn = new NotedClassification("D");
+    registerClassification(movedOn, "A", nullptr);
+    registerClassification(new NotedClassification("A"), "A", nullptr);
+    registerClassification(movedOn, "D", nullptr);
+    kept.classification = new NotedClassification("alt");
+    registerClassification(kept.classification, "C", "alt");
+    registerClassification(new NotedClassification("C"), "C", nullptr);
+    auto *twice = new NotedClassification("E");
+    registerClassification(twice, "E", nullptr);
+    registerClassification(twice, "F", nullptr);
+
+    auto *formerMapping = new Mapping();
+    setMapping(formerMapping);
+    setMapping(new Mapping());
+    setMappingForMaterial("K", formerMapping);
+    kept.mapping = new Mapping();
+    setMappingForMaterial("L", kept.mapping);
+    setMappingForMaterial("L", new Mapping());
+    setMappingForMaterial("M", getMapping());
+
+    auto *formerRoot = new NotedTopic("T1");
+    setRootTopic(formerRoot);
+    auto *root = new NotedTopic("T2");
+    setRootTopic(root);
+    setMaterial("K", formerRoot);
+    kept.topic = new NotedTopic("alt");
+    setMaterial("L", kept.topic);
+    setMaterial("L", new NotedTopic("T4"));
+    setMaterial("R", root);
+  }
+
+  struct {
+    Classification *classification;
+    Mapping *mapping;
+    Topic *topic;
+  } kept;
+};
+
+TEST(RegistriesTest, ReplacedRegistrationsStayTheirRegistrantsAndTheRestIsReleasedOnceInKeyOrder) {
+  released.clear();
+  std::unique_ptr<ReplacingRules> rules = std::make_unique<ReplacingRules>();
+  auto kept = rules->kept;
+  // A replaced classification still answers by its value text.
+  EXPECT_EQ(kept.classification, rules->getClassificationByValue("alt"));
+  rules.reset();
+  // Materials by key, then the root topic, then classifications by code.
+  EXPECT_EQ((std::vector<std::string>{"T1", "T4", "T2", "A", "B", "C", "D", "E"}), released);
+  delete kept.classification;
+  delete kept.mapping;
+  delete kept.topic->getTypeDescriptor();
+  delete kept.topic;
 }
 
 TEST(RegistriesTest, MappingsForMaterialsByName) {

@@ -1,8 +1,10 @@
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "quorel/logging/logger.h"
 #include "quorel/rules/plausi.h"
 #include "quorel/rules/plausi_context.h"
 #include "quorel/rules/plausi_exception.h"
@@ -124,6 +126,26 @@ TEST_F(SectionsTest, ProblemsGetFieldsOnceAndTheTrailInnermostFirst) {
   EXPECT_EQ(6, problem->getNumOfPlausiSections());
   runtime.leaveCurrentSection();
   runtime.leaveCurrentSection();
+}
+
+TEST_F(SectionsTest, ASectionWithoutANameIsUnknownOnTheTrail) {
+  std::ostringstream log;
+  Logger logger(&log, TRACE);
+  context_.setLogger(&logger);
+  {
+    RuntimeContext runtime(&context_, &plausi_);
+    runtime.startNewSection(nullptr, false);
+    EXPECT_EQ(nullptr, runtime.getCurrentSection()->getName());
+    PlausiProblem *problem = runtime.createProblem(PROBLEM_ERROR, 1);
+    runtime.setSectionInfosToProblem(problem);
+    ASSERT_EQ(2, problem->getNumOfPlausiSections());
+    EXPECT_STREQ("Unbekannter Plausi-Abschnitt", problem->getPlausiSection(0));
+    runtime.leaveCurrentSection();
+  }
+  context_.setLogger(nullptr);
+  // The trace goes on past the nameless section.
+  EXPECT_TRUE(log.good());
+  EXPECT_NE(std::string::npos, log.str().find("TRACE:   --> \nTRACE:   <-- \nTRACE: <-- Plausi"));
 }
 
 TEST_F(SectionsTest, ReadsBelowACheckProcedureDoNotReachAProblemFiledThere) {
