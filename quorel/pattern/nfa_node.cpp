@@ -2,11 +2,13 @@
 
 #include <cxxabi.h>
 
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <typeinfo>
 
+#include "quorel/pattern/byte_set.h"
 #include "quorel/pattern/pattern_matcher.h"
 
 NFANode::~NFANode() = default;
@@ -23,9 +25,19 @@ bool NFANode::isGroupHead() { return false; }
 
 bool NFANode::isStartOfInput() { return false; }
 
+const ByteSet *NFANode::acceptedBytes() const { return nullptr; }
+
 std::int32_t NFANode::follow(NFANode *node, const char *input, PatternMatcher *matcher, std::int32_t position) {
   if (node == nullptr || !matcher->mayGoOn(__builtin_frame_address(0))) return -1;
   return node->match(input, matcher, position);
+}
+
+std::int32_t NFANode::matchByte(const ByteSet &accepted, const char *input, PatternMatcher *matcher,
+                                std::int32_t position) {
+  if (position >= matcher->inputLength() || !accepted.contains(static_cast<unsigned char>(input[position]))) {
+    return -1;
+  }
+  return goOn(input, matcher, position + 1);
 }
 
 const char *NFANode::className() const {
@@ -39,8 +51,19 @@ const char *NFANode::className() const {
 
 void NFANode::printIndent(std::int32_t indent) { std::printf("%*c", static_cast<int>(indent * 2), ' '); }
 
-void NFANode::print(std::int32_t indent) {
+void NFANode::printLine(std::int32_t indent, const char *details, ...) const {
   printIndent(indent);
-  std::printf("%s\n", className());
-  if (next != nullptr) next->print(indent);
+  std::fputs(className(), stdout);
+  if (details != nullptr) {
+    va_list arguments;
+    va_start(arguments, details);
+    std::vprintf(details, arguments);
+    va_end(arguments);
+  }
+  std::fputc('\n', stdout);
+}
+
+void NFANode::print(std::int32_t indent) {
+  printLine(indent, nullptr);
+  printNext(indent);
 }

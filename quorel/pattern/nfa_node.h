@@ -5,12 +5,12 @@
 // the end position of the whole path back up, -1 is a failure. The order of
 // trial of the node classes decides what a pattern matches. Nodes hold no
 // state of a match: match changes only the PatternMatcher. Nodes are owned
-// by the node register of their Pattern; the links between them own nothing
+// by the NodeArena of their Pattern; the links between them own nothing
 // (the graph has cycles through group loops).
 //
 // Every step into a further node goes through follow(), which refuses (-1,
-// and the matcher remembers why) when the stack of the thread runs low, so
-// that no input can overflow the stack.
+// and the matcher remembers why) when the stack of the thread runs low or
+// the thread's step limit is spent, so that no input overflows the stack.
 
 #ifndef QUOREL_PATTERN_NFA_NODE_H_
 #define QUOREL_PATTERN_NFA_NODE_H_
@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <map>
 
+class ByteSet;
 class PatternMatcher;
 
 class NFANode {
@@ -36,6 +37,10 @@ class NFANode {
   virtual void print(std::int32_t indent);
   virtual bool isGroupHead();
   virtual bool isStartOfInput();
+  // For a node that takes exactly one byte of input and does nothing else:
+  // the bytes it takes. Null for every other node. Quantifiers ask it to
+  // repeat such an atom by a tight loop instead of a call per byte.
+  virtual const ByteSet *acceptedBytes() const;
 
   NFANode *next = nullptr;
 
@@ -45,6 +50,16 @@ class NFANode {
   // Runs next at position.
   std::int32_t goOn(const char *input, PatternMatcher *matcher, std::int32_t position) {
     return follow(next, input, matcher, position);
+  }
+  // Takes the byte at position if it is one of accepted, and goes on behind it.
+  std::int32_t matchByte(const ByteSet &accepted, const char *input, PatternMatcher *matcher,
+                         std::int32_t position);
+  // The dump line "%*c%s" of this node, then the details (a printf format and
+  // its arguments, or null) and a line end.
+  void printLine(std::int32_t indent, const char *details, ...) const __attribute__((format(printf, 3, 4)));
+  // The lines of next, if there is one, at the same indent.
+  void printNext(std::int32_t indent) const {
+    if (next != nullptr) next->print(indent);
   }
   // The class name for the dump.
   const char *className() const;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "quorel/pattern/pattern_matcher.h"
+#include "quorel/platform/case_compare.h"
 
 namespace {
 
@@ -20,57 +21,84 @@ unsigned char foldByte(unsigned char c) {
   return static_cast<unsigned char>(std::tolower(static_cast<signed char>(c)));
 }
 
-ByteSet::ByteSet(const std::string &classText, bool foldCase) {
-  for (char c : classText) {
-    auto byte = static_cast<unsigned char>(c);
-    bits_.set(foldCase ? foldByte(byte) : byte);
+namespace {
+
+// Every byte whose folding is in folded.
+ByteSet unfold(const ByteSet &folded) {
+  ByteSet bytes;
+  for (unsigned c = 0; c < 256; ++c) {
+    if (folded.contains(foldByte(static_cast<unsigned char>(c)))) bytes.add(static_cast<unsigned char>(c));
   }
+  return bytes;
 }
 
-// Single bytes.
+ByteSet foldAll(const ByteSet &members) {
+  ByteSet folded;
+  for (unsigned c = 0; c < 256; ++c) {
+    if (members.contains(static_cast<unsigned char>(c))) folded.add(foldByte(static_cast<unsigned char>(c)));
+  }
+  return folded;
+}
+
+ByteSet single(char c) {
+  ByteSet set;
+  set.add(static_cast<unsigned char>(c));
+  return set;
+}
+
+}  // namespace
+
+// Single bytes. Each node knows the bytes it takes, folding and inversion
+// worked out when it is made.
+
+NFACharNode::NFACharNode(char c) : c_(c), accepted_(single(c)) {}
 
 std::int32_t NFACharNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
-  if (position >= matcher->inputLength() || input[position] != c_) return -1;
-  return goOn(input, matcher, position + 1);
+  return matchByte(accepted_, input, matcher, position);
 }
 
 void NFACharNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s(0x%02X)\n", className(), static_cast<int>(static_cast<signed char>(c_)));
-  if (next != nullptr) next->print(indent);
+  printLine(indent, "(0x%02X)", static_cast<int>(static_cast<signed char>(c_)));
+  printNext(indent);
 }
+
+NFACICharNode::NFACICharNode(char c)
+    : c_(static_cast<char>(foldByte(static_cast<unsigned char>(c)))), accepted_(unfold(single(c_))) {}
 
 std::int32_t NFACICharNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
-  if (position >= matcher->inputLength() || foldByte(static_cast<unsigned char>(input[position])) !=
-                                                static_cast<unsigned char>(c_)) {
-    return -1;
-  }
-  return goOn(input, matcher, position + 1);
+  return matchByte(accepted_, input, matcher, position);
 }
 
-bool NFAClassNode::takes(unsigned char c) const {
-  bool found = set_.contains(foldCase_ ? foldByte(c) : c);
-  return found != inverted_;
+void NFACICharNode::print(std::int32_t indent) {
+  printLine(indent, "(0x%02X)", static_cast<int>(static_cast<signed char>(c_)));
+  printNext(indent);
 }
+
+NFAClassNode::NFAClassNode(const ByteSet &members, bool inverted)
+    : inverted_(inverted), members_(members), accepted_(inverted ? ~members : members) {}
 
 std::int32_t NFAClassNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
-  if (position >= matcher->inputLength() || !takes(static_cast<unsigned char>(input[position]))) return -1;
-  return goOn(input, matcher, position + 1);
+  return matchByte(accepted_, input, matcher, position);
 }
 
 void NFAClassNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s(%d vals, inv=%s)\n", className(), static_cast<int>(set_.size()), truth(inverted_));
-  if (next != nullptr) next->print(indent);
+  printLine(indent, "(%d vals, inv=%s)", static_cast<int>(members_.count()), truth(inverted_));
+  printNext(indent);
 }
 
-void NFACIClassNode::print(std::int32_t indent) {
-  if (next != nullptr) next->print(indent);
+NFACIClassNode::NFACIClassNode(const ByteSet &members, bool inverted)
+    : inverted_(inverted), members_(foldAll(members)) {
+  ByteSet taken = unfold(members_);
+  accepted_ = inverted ? ~taken : taken;
 }
+
+std::int32_t NFACIClassNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
+  return matchByte(accepted_, input, matcher, position);
+}
+
+void NFACIClassNode::print(std::int32_t indent) { printNext(indent); }
 
 // Marks and anchors.
-
-void NFAMarkNode::print(std::int32_t indent) { NFANode::print(indent); }
 
 std::int32_t NFAStartNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
   matcher->setStart(0, position);
@@ -142,9 +170,8 @@ std::int32_t NFAEndOfInputNode::match(const char *input, PatternMatcher *matcher
 }
 
 void NFAEndOfInputNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s(term=%s)\n", className(), truth(term_));
-  if (next != nullptr) next->print(indent);
+  printLine(indent, "(term=%s)", truth(term_));
+  printNext(indent);
 }
 
 std::int32_t NFAWordBoundaryNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
@@ -157,9 +184,8 @@ std::int32_t NFAWordBoundaryNode::match(const char *input, PatternMatcher *match
 }
 
 void NFAWordBoundaryNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s(pos=%s)\n", className(), truth(pos_));
-  if (next != nullptr) next->print(indent);
+  printLine(indent, "(pos=%s)", truth(pos_));
+  printNext(indent);
 }
 
 // Alternation and look-around.
@@ -182,8 +208,7 @@ std::int32_t NFAOrNode::match(const char *input, PatternMatcher *matcher, std::i
 }
 
 void NFAOrNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s\n", className());
+  printLine(indent, nullptr);
   std::printf("%*cone\n", static_cast<int>(indent * 2 + 1), ' ');
   if (one_ != nullptr) one_->print(indent + 2);
   std::printf("%*ctwo\n", static_cast<int>(indent * 2 + 1), ' ');
@@ -202,10 +227,9 @@ std::int32_t NFALookAheadNode::match(const char *input, PatternMatcher *matcher,
 }
 
 void NFALookAheadNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s(pos=%s)\n", className(), truth(positive_));
+  printLine(indent, "(pos=%s)", truth(positive_));
   if (inner_ != nullptr) inner_->print(indent + 1);
-  if (next != nullptr) next->print(indent);
+  printNext(indent);
 }
 
 std::int32_t NFALookBehindNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
@@ -216,17 +240,30 @@ std::int32_t NFALookBehindNode::match(const char *input, PatternMatcher *matcher
 }
 
 void NFALookBehindNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s(str=%s, pos=%s)\n", className(), text_.c_str(), truth(positive_));
-  if (next != nullptr) next->print(indent);
+  printLine(indent, "(str=%s, pos=%s)", text_.c_str(), truth(positive_));
+  printNext(indent);
 }
 
 // Groups.
 
-void NFAGroupIndexNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s(gi=%d)\n", className(), static_cast<int>(gi_));
-  if (next != nullptr) next->print(indent);
+void NFAReferenceNode::print(std::int32_t indent) {
+  printLine(indent, "(gi=%d)", static_cast<int>(gi_));
+  printNext(indent);
+}
+
+void NFAGroupHeadNode::print(std::int32_t indent) {
+  printLine(indent, "(gi=%d)", static_cast<int>(gi_));
+  printNext(indent);
+}
+
+void NFAGroupTailNode::print(std::int32_t indent) {
+  printLine(indent, "(gi=%d)", static_cast<int>(gi_));
+  printNext(indent);
+}
+
+void NFAGroupLoopPrologueNode::print(std::int32_t indent) {
+  printLine(indent, "(gi=%d)", static_cast<int>(gi_));
+  printNext(indent);
 }
 
 std::int32_t NFAReferenceNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
@@ -325,48 +362,77 @@ std::int32_t NFAGroupLoopNode::match(const char *input, PatternMatcher *matcher,
 
 void NFAGroupLoopNode::print(std::int32_t indent) {
   static const char *const kKinds[] = {"greedy", "reluctant", "possessive"};
-  printIndent(indent);
-  std::printf("%s(gi=%d, min=%d, max=%d, type=%s)\n", className(), static_cast<int>(gi_), static_cast<int>(min_),
-              static_cast<int>(max_), kKinds[kind_]);
-  if (next != nullptr) next->print(indent);
+  printLine(indent, "(gi=%d, min=%d, max=%d, type=%s)", static_cast<int>(gi_), static_cast<int>(min_),
+            static_cast<int>(max_), kKinds[kind_]);
+  printNext(indent);
 }
 
 // Fixed texts.
 
-bool NFAQuoteNode::same(const char *at) const { return std::memcmp(at, text_.data(), text_.size()) == 0; }
+namespace {
 
-bool NFACIQuoteNode::same(const char *at) const {
-  for (std::size_t i = 0; i < text_.size(); ++i) {
-    auto a = static_cast<unsigned char>(at[i]);
-    auto b = static_cast<unsigned char>(text_[i]);
-    if (a >= 'A' && a <= 'Z') a = static_cast<unsigned char>(a - 'A' + 'a');
-    if (b >= 'A' && b <= 'Z') b = static_cast<unsigned char>(b - 'A' + 'a');
-    if (a != b) return false;
-  }
-  return true;
+// Whether the text stands in input at position, ignoring the case of A to Z
+// if asked, as the case-blind comparison of the platform does.
+bool textAt(const std::string &text, bool ignoreCase, const char *input, PatternMatcher *matcher,
+            std::int32_t position) {
+  auto length = static_cast<std::int32_t>(text.size());
+  if (position + length > matcher->inputLength()) return false;
+  if (!ignoreCase) return std::memcmp(input + position, text.data(), text.size()) == 0;
+  return quorel::platform::compareIgnoringCase(input + position, text.data(), text.size()) == 0;
 }
 
+}  // namespace
+
 std::int32_t NFAQuoteNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
-  auto length = static_cast<std::int32_t>(text_.size());
-  if (position + length > matcher->inputLength() || !same(input + position)) return -1;
-  return goOn(input, matcher, position + length);
+  if (!textAt(text_, false, input, matcher, position)) return -1;
+  return goOn(input, matcher, position + static_cast<std::int32_t>(text_.size()));
 }
 
 void NFAQuoteNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s(%s)\n", className(), text_.c_str());
-  if (next != nullptr) next->print(indent);
+  printLine(indent, "(%s)", text_.c_str());
+  printNext(indent);
+}
+
+std::int32_t NFACIQuoteNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
+  if (!textAt(text_, true, input, matcher, position)) return -1;
+  return goOn(input, matcher, position + static_cast<std::int32_t>(text_.size()));
+}
+
+void NFACIQuoteNode::print(std::int32_t indent) {
+  printLine(indent, "(%s)", text_.c_str());
+  printNext(indent);
 }
 
 // Quantifiers over an atom.
+
+NFAQuantifierNode::NFAQuantifierNode(std::int32_t min, std::int32_t max, NFANode *inner)
+    : min_(min), max_(max), inner_(inner), single_(inner != nullptr ? inner->acceptedBytes() : nullptr) {}
 
 void NFAQuantifierNode::markReachable(std::map<NFANode *, bool> &nodes) {
   if (inner_ != nullptr) inner_->markReachable(nodes);
   NFANode::markReachable(nodes);
 }
 
+std::int32_t NFAQuantifierNode::runOfBytes(const char *input, PatternMatcher *matcher, std::int32_t position,
+                                           std::int32_t most) const {
+  const ByteSet set = *single_;
+  std::int32_t available = matcher->inputLength() - position;
+  std::int32_t limit = most < available ? most : available;
+  const char *at = input + position;
+  std::int32_t n = 0;
+  while (n < limit && set.contains(static_cast<unsigned char>(at[n]))) ++n;
+  // As many node visits as one run of the atom per repetition, and the try
+  // that ended the run.
+  if (!matcher->spendSteps(static_cast<std::int64_t>(n) + 1)) return -1;
+  return n;
+}
+
 std::int32_t NFAQuantifierNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
   if (min_ < 1) return position;
+  if (single_ != nullptr) {
+    std::int32_t n = runOfBytes(input, matcher, position, min_);
+    return n == min_ ? position + n : -1;
+  }
   std::int32_t p = position;
   for (std::int32_t run = 0; run < min_; ++run) {
     std::int32_t result = follow(inner_, input, matcher, p);
@@ -378,11 +444,10 @@ std::int32_t NFAQuantifierNode::match(const char *input, PatternMatcher *matcher
 }
 
 void NFAQuantifierNode::print(std::int32_t indent) {
-  printIndent(indent);
-  std::printf("%s(min=%d, max=%d)\n", className(), static_cast<int>(min_), static_cast<int>(max_));
+  printLine(indent, "(min=%d, max=%d)", static_cast<int>(min_), static_cast<int>(max_));
   std::printf("%*cinner\n", static_cast<int>(indent * 2 + 1), ' ');
   if (inner_ != nullptr) inner_->print(indent + 2);
-  if (next != nullptr) next->print(indent);
+  printNext(indent);
 }
 
 std::int32_t NFAGreedyQuantifierNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
@@ -393,10 +458,16 @@ std::int32_t NFAGreedyQuantifierNode::match(const char *input, PatternMatcher *m
 
 std::int32_t NFAGreedyQuantifierNode::matchRepeat(const char *input, PatternMatcher *matcher,
                                                   std::int32_t position, std::int32_t count) {
-  auto *single = dynamic_cast<NFAClassNode *>(inner_);
-  auto *character = dynamic_cast<NFACharNode *>(inner_);
-  if ((single != nullptr || character != nullptr) && dynamic_cast<NFAAcceptNode *>(inner_->next) != nullptr) {
-    return matchRepeatSingle(input, matcher, position, count);
+  if (single_ != nullptr) {
+    // How far the atom repeats; then the rest of the path from the longest
+    // run back to the shortest, as the recursion below would try them, but
+    // without a level of recursion per byte.
+    std::int32_t n = count < max_ ? runOfBytes(input, matcher, position, max_ - count) : 0;
+    if (n < 0) return -1;
+    for (std::int32_t p = position + n;; --p) {
+      std::int32_t result = goOn(input, matcher, p);
+      if (result != -1 || p == position || matcher->stopped()) return result;
+    }
   }
   if (count >= max_) return goOn(input, matcher, position);
   std::int32_t r = follow(inner_, input, matcher, position);
@@ -406,22 +477,6 @@ std::int32_t NFAGreedyQuantifierNode::matchRepeat(const char *input, PatternMatc
     if (result != -1) return result;
   }
   return goOn(input, matcher, position);
-}
-
-std::int32_t NFAGreedyQuantifierNode::matchRepeatSingle(const char *input, PatternMatcher *matcher,
-                                                        std::int32_t position, std::int32_t count) {
-  // How far the atom repeats, one byte at a time; then the rest of the path
-  // from the longest run back to the shortest, as the recursion would try.
-  std::int32_t end = position;
-  std::int32_t length = matcher->inputLength();
-  while (count < max_ && end < length && follow(inner_, input, matcher, end) == end + 1) {
-    ++end;
-    ++count;
-  }
-  for (std::int32_t p = end;; --p) {
-    std::int32_t result = goOn(input, matcher, p);
-    if (result != -1 || p == position || matcher->stopped()) return result;
-  }
 }
 
 std::int32_t NFALazyQuantifierNode::match(const char *input, PatternMatcher *matcher, std::int32_t position) {
@@ -441,6 +496,10 @@ std::int32_t NFAPossessiveQuantifierNode::match(const char *input, PatternMatche
                                                 std::int32_t position) {
   std::int32_t p = NFAQuantifierNode::match(input, matcher, position);
   if (p == -1) return -1;
+  if (single_ != nullptr) {
+    std::int32_t n = min_ < max_ ? runOfBytes(input, matcher, p, max_ - min_) : 0;
+    return n < 0 ? -1 : goOn(input, matcher, p + n);
+  }
   for (std::int32_t count = min_; count < max_; ++count) {
     std::int32_t r = follow(inner_, input, matcher, p);
     if (r <= p) break;

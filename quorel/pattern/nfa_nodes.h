@@ -1,117 +1,117 @@
 // The node classes of a compiled pattern. What each matches, and in which
 // order it tries its choices, is told at its match; the compiler that builds
-// them is Pattern.
+// them is Pattern. Every class derives directly from NFANode, but the three
+// quantifiers over an atom, which share the run of the minimum.
 
 #ifndef QUOREL_PATTERN_NFA_NODES_H_
 #define QUOREL_PATTERN_NFA_NODES_H_
 
-#include <bitset>
 #include <cstdint>
 #include <string>
 
+#include "quorel/pattern/byte_set.h"
 #include "quorel/pattern/nfa_node.h"
-
-// A set of byte values, built from a class text.
-class ByteSet {
- public:
-  ByteSet() = default;
-  // foldCase: each byte through tolower before it is stored.
-  ByteSet(const std::string &classText, bool foldCase);
-  bool contains(unsigned char c) const { return bits_.test(c); }
-  std::int32_t size() const { return static_cast<std::int32_t>(bits_.count()); }
-
- private:
-  std::bitset<256> bits_;
-};
 
 // tolower of a byte taken as a signed char; only A to Z change.
 unsigned char foldByte(unsigned char c);
 
+// One exact byte.
 class NFACharNode : public NFANode {
  public:
-  explicit NFACharNode(char c) : c_(c) {}
+  explicit NFACharNode(char c);
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
   void print(std::int32_t indent) override;
-  char character() const { return c_; }
+  const ByteSet *acceptedBytes() const override { return &accepted_; }
 
- protected:
+ private:
   char c_;
+  ByteSet accepted_;
 };
 
-class NFACICharNode : public NFACharNode {
+// One byte whose tolower is the character.
+class NFACICharNode : public NFANode {
  public:
-  explicit NFACICharNode(char c) : NFACharNode(static_cast<char>(foldByte(static_cast<unsigned char>(c)))) {}
+  // c is stored through tolower.
+  explicit NFACICharNode(char c);
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
+  void print(std::int32_t indent) override;
+  const ByteSet *acceptedBytes() const override { return &accepted_; }
+
+ private:
+  char c_;
+  ByteSet accepted_;
 };
 
+// One byte that is (or, inverted, is not) a member.
 class NFAClassNode : public NFANode {
  public:
-  NFAClassNode(const std::string &classText, bool inverted) : NFAClassNode(classText, inverted, false) {}
+  NFAClassNode(const ByteSet &members, bool inverted);
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
   void print(std::int32_t indent) override;
-  // Whether the byte at position is taken by this class.
-  bool takes(unsigned char c) const;
-
- protected:
-  NFAClassNode(const std::string &classText, bool inverted, bool foldCase)
-      : inverted_(inverted), set_(classText, foldCase), foldCase_(foldCase) {}
+  const ByteSet *acceptedBytes() const override { return &accepted_; }
 
  private:
   bool inverted_;
-  ByteSet set_;
-  bool foldCase_;
+  ByteSet members_;
+  ByteSet accepted_;  // the members, or the others when inverted
 };
 
-class NFACIClassNode : public NFAClassNode {
+// The same, with members and input byte through tolower. Writes no line of
+// its own in the dump.
+class NFACIClassNode : public NFANode {
  public:
-  NFACIClassNode(const std::string &classText, bool inverted) : NFAClassNode(classText, inverted, true) {}
-  // Writes no line of its own.
+  NFACIClassNode(const ByteSet &members, bool inverted);
+  std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
   void print(std::int32_t indent) override;
+  const ByteSet *acceptedBytes() const override { return &accepted_; }
+
+ private:
+  bool inverted_;
+  ByteSet members_;   // folded
+  ByteSet accepted_;  // every byte whose folding is a member, or is none when inverted
 };
 
-// A node that only marks a place: the starts and ends of chains.
-class NFAMarkNode : public NFANode {
- public:
-  void print(std::int32_t indent) override;
-};
+// The starts and ends of chains.
 
-class NFAStartNode : public NFAMarkNode {
- public:
-  std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
-};
-
-class NFAEndNode : public NFAMarkNode {
+class NFAStartNode : public NFANode {
  public:
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
 };
 
-class NFAAcceptNode : public NFAMarkNode {
+class NFAEndNode : public NFANode {
  public:
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
 };
 
-class NFASubStartNode : public NFAMarkNode {
+class NFAAcceptNode : public NFANode {
  public:
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
 };
 
-class NFAStartOfLineNode : public NFAMarkNode {
+class NFASubStartNode : public NFANode {
  public:
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
 };
 
-class NFAEndOfLineNode : public NFAMarkNode {
+// Anchors: none of them moves the position.
+
+class NFAStartOfLineNode : public NFANode {
  public:
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
 };
 
-class NFAStartOfInputNode : public NFAMarkNode {
+class NFAEndOfLineNode : public NFANode {
+ public:
+  std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
+};
+
+class NFAStartOfInputNode : public NFANode {
  public:
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
   bool isStartOfInput() override;
 };
 
-class NFAEndOfMatchNode : public NFAMarkNode {
+class NFAEndOfMatchNode : public NFANode {
  public:
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
 };
@@ -137,6 +137,8 @@ class NFAWordBoundaryNode : public NFANode {
  private:
   bool pos_;
 };
+
+// Alternation and look-around.
 
 class NFAOrNode : public NFANode {
  public:
@@ -173,47 +175,55 @@ class NFALookBehindNode : public NFANode {
   std::string text_;
 };
 
-// References and the nodes of groups carry a group index.
-class NFAGroupIndexNode : public NFANode {
+// References and groups, each with its group index.
+
+class NFAReferenceNode : public NFANode {
  public:
-  explicit NFAGroupIndexNode(std::int32_t gi) : gi_(gi) {}
+  explicit NFAReferenceNode(std::int32_t gi) : gi_(gi) {}
+  std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
   void print(std::int32_t indent) override;
 
- protected:
+ private:
   std::int32_t gi_;
 };
 
-class NFAReferenceNode : public NFAGroupIndexNode {
+class NFAGroupHeadNode : public NFANode {
  public:
-  using NFAGroupIndexNode::NFAGroupIndexNode;
+  explicit NFAGroupHeadNode(std::int32_t gi) : gi_(gi) {}
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
-};
-
-class NFAGroupHeadNode : public NFAGroupIndexNode {
- public:
-  using NFAGroupIndexNode::NFAGroupIndexNode;
-  std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
+  void print(std::int32_t indent) override;
   bool isGroupHead() override;
+
+ private:
+  std::int32_t gi_;
 };
 
-class NFAGroupTailNode : public NFAGroupIndexNode {
+class NFAGroupTailNode : public NFANode {
  public:
-  using NFAGroupIndexNode::NFAGroupIndexNode;
+  explicit NFAGroupTailNode(std::int32_t gi) : gi_(gi) {}
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
+  void print(std::int32_t indent) override;
+
+ private:
+  std::int32_t gi_;
 };
 
-class NFAGroupLoopPrologueNode : public NFAGroupIndexNode {
+class NFAGroupLoopPrologueNode : public NFANode {
  public:
-  using NFAGroupIndexNode::NFAGroupIndexNode;
+  explicit NFAGroupLoopPrologueNode(std::int32_t gi) : gi_(gi) {}
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
+  void print(std::int32_t indent) override;
+
+ private:
+  std::int32_t gi_;
 };
 
 enum QuantifierKind : std::int32_t { kGreedy = 0, kReluctant = 1, kPossessive = 2 };
 
-class NFAGroupLoopNode : public NFAGroupIndexNode {
+class NFAGroupLoopNode : public NFANode {
  public:
   NFAGroupLoopNode(std::int32_t gi, std::int32_t min, std::int32_t max, QuantifierKind kind, NFANode *body)
-      : NFAGroupIndexNode(gi), min_(min), max_(max), kind_(kind), body_(body) {}
+      : gi_(gi), min_(min), max_(max), kind_(kind), body_(body) {}
   void markReachable(std::map<NFANode *, bool> &nodes) override;
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
   // The body is not printed, which keeps the dump of a loop finite.
@@ -223,11 +233,14 @@ class NFAGroupLoopNode : public NFAGroupIndexNode {
   // Runs the body as iteration number count + 1, beginning at position.
   std::int32_t iterate(const char *input, PatternMatcher *matcher, std::int32_t position);
 
+  std::int32_t gi_;
   std::int32_t min_;
   std::int32_t max_;
   QuantifierKind kind_;
   NFANode *body_;
 };
+
+// Fixed texts.
 
 class NFAQuoteNode : public NFANode {
  public:
@@ -235,33 +248,42 @@ class NFAQuoteNode : public NFANode {
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
   void print(std::int32_t indent) override;
 
- protected:
-  // Whether the bytes at input + position are the text.
-  virtual bool same(const char *at) const;
+ private:
   std::string text_;
 };
 
-class NFACIQuoteNode : public NFAQuoteNode {
+// Ignores the case of A to Z only.
+class NFACIQuoteNode : public NFANode {
  public:
-  using NFAQuoteNode::NFAQuoteNode;
+  explicit NFACIQuoteNode(std::string text) : text_(std::move(text)) {}
+  std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
+  void print(std::int32_t indent) override;
 
- protected:
-  // Ignores the case of A to Z only.
-  bool same(const char *at) const override;
+ private:
+  std::string text_;
 };
 
+// Quantifiers over an atom. The atom's chain ends in an NFAAcceptNode, so
+// that running it gives the position behind one repetition.
 class NFAQuantifierNode : public NFANode {
  public:
-  NFAQuantifierNode(std::int32_t min, std::int32_t max, NFANode *inner) : min_(min), max_(max), inner_(inner) {}
+  // The atom's chain must be complete: an atom of one byte is asked once here.
+  NFAQuantifierNode(std::int32_t min, std::int32_t max, NFANode *inner);
   void markReachable(std::map<NFANode *, bool> &nodes) override;
   // Runs the minimum: the position after min runs of the atom, or -1.
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
   void print(std::int32_t indent) override;
 
  protected:
+  // For an atom of one byte: how many times, up to most, it repeats from
+  // position, found by a loop; -1 once the step limit is spent.
+  std::int32_t runOfBytes(const char *input, PatternMatcher *matcher, std::int32_t position,
+                          std::int32_t most) const;
+
   std::int32_t min_;
   std::int32_t max_;
   NFANode *inner_;
+  const ByteSet *single_;  // the bytes of a one-byte atom, or null
 };
 
 class NFAGreedyQuantifierNode : public NFAQuantifierNode {
@@ -271,12 +293,6 @@ class NFAGreedyQuantifierNode : public NFAQuantifierNode {
   // The longest repetition first, then each shorter one.
   virtual std::int32_t matchRepeat(const char *input, PatternMatcher *matcher, std::int32_t position,
                                    std::int32_t count);
-
- private:
-  // The same for an atom of one byte, by a loop instead of a recursion per
-  // repetition, so that long runs need no stack.
-  std::int32_t matchRepeatSingle(const char *input, PatternMatcher *matcher, std::int32_t position,
-                                 std::int32_t count);
 };
 
 class NFALazyQuantifierNode : public NFAQuantifierNode {

@@ -5,7 +5,10 @@
 
 #include <climits>
 #include <cstdio>
+#include <exception>
 
+#include "quorel/pattern/deep_call.h"
+#include "quorel/pattern/pattern_cache.h"
 #include "quorel/pattern/stack_guard.h"
 
 const std::map<std::string, std::pair<std::string, std::int32_t>> Pattern::registeredPatterns;
@@ -13,6 +16,12 @@ const std::map<std::string, std::pair<std::string, std::int32_t>> Pattern::regis
 namespace {
 
 constexpr std::int32_t kUnlimited = INT_MAX;
+
+// Stack room asked for each level of the compiler's recursion when it runs
+// on a private stack: well above a frame of parseSequence, sanitizer builds
+// included. Only the pages used are committed.
+constexpr std::size_t kCompileBytesPerLevel = 2048;
+constexpr std::size_t kMaxCompileStack = std::size_t{1} << 30;
 
 enum class FrameKind { kGroup, kLookAhead, kNegativeLookAhead, kAtomic };
 
@@ -25,8 +34,8 @@ bool isNameStart(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z
 Pattern::Pattern(const char *text, std::int32_t flags) : text_(text != nullptr ? text : ""), flags_(flags) {}
 
 Pattern::~Pattern() {
+  // The matcher goes first, then the nodes with the arena.
   matcher_.reset();
-  for (auto &entry : nodes_) delete entry.first;
 }
 
 char Pattern::peek(std::int32_t offset) const {
@@ -38,36 +47,66 @@ Pattern *Pattern::compile(const char *pattern, std::int32_t flags) {
   std::unique_ptr<Pattern> compiled(new Pattern(pattern, flags));
   Pattern &p = *compiled;
   if (p.has(Literal)) {
-    NFANode *quote = p.has(CaseInsensitive) ? p.make<NFACIQuoteNode>(p.text_) : p.make<NFAQuoteNode>(p.text_);
+    NFANode *quote = p.has(CaseInsensitive) ? static_cast<NFANode *>(p.make<NFACIQuoteNode>(p.text_))
+                                            : p.make<NFAQuoteNode>(p.text_);
     p.head_ = p.make<NFAStartNode>();
     p.head_->next = quote;
     quote->next = p.make<NFAEndNode>();
     p.groupCount_ = 1;
-  } else {
-    p.stackLimit_ = pattern_stack::lowestFrameAddress();
-    NFANode *tail = nullptr;
-    NFANode *first = p.parseSequence(false, false, &tail, 0, false);
-    if (first == nullptr) return nullptr;
-    if (!first->isStartOfInput()) {
-      NFANode *start = p.make<NFAStartNode>();
-      start->next = first;
-      first = start;
-    }
-    p.head_ = first;
-    tail->next = p.make<NFAEndNode>();
+  } else if (!p.parse()) {
+    return nullptr;
   }
   p.matcher_ = std::make_unique<PatternMatcher>(compiled.get(), "");
   return compiled.release();
 }
 
-bool Pattern::matches(const char *pattern, const char *input, std::int32_t flags) {
-  std::unique_ptr<Pattern> compiled(compile(pattern, flags));
-  if (!compiled) return false;
-  PatternMatcher *matcher = compiled->getMatcher();
-  matcher->setInput(input);
-  matcher->reset();
-  return matcher->matches();
+bool Pattern::parse() {
+  // Each level of the compiler's recursion is entered at a '(' or a '|', so
+  // their count bounds the depth. A thread whose stack may be too small for
+  // that compiles on a private stack instead of refusing the pattern.
+  std::size_t levels = 1;
+  for (char c : text_) levels += c == '(' || c == '|';
+  std::size_t needed = levels * kCompileBytesPerLevel;
+  auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  std::uintptr_t lowest = pattern_stack::lowestFrameAddress();
+  if (here - lowest >= needed) return parseWithin(lowest);
+  if (needed > kMaxCompileStack) needed = kMaxCompileStack;
+  bool parsed = false;
+  std::exception_ptr failure;
+  bool ran = pattern_stack::callOnPrivateStack(needed, [&](std::uintptr_t privateLowest) {
+    try {
+      parsed = parseWithin(privateLowest);
+    } catch (...) {
+      failure = std::current_exception();  // cannot unwind across the stack switch
+    }
+  });
+  if (!ran) return parseWithin(lowest);  // no private stack: the guard refuses what does not fit
+  if (failure) std::rethrow_exception(failure);
+  return parsed;
 }
+
+bool Pattern::parseWithin(std::uintptr_t stackLimit) {
+  stackLimit_ = stackLimit;
+  NFANode *tail = nullptr;
+  NFANode *first = parseSequence(false, false, &tail, 0, false);
+  if (first == nullptr) return false;
+  if (!first->isStartOfInput()) {
+    NFANode *start = make<NFAStartNode>();
+    start->next = first;
+    first = start;
+  }
+  head_ = first;
+  tail->next = make<NFAEndNode>();
+  return true;
+}
+
+bool Pattern::matches(const char *pattern, const char *input, std::int32_t flags) {
+  return PatternCache::forThisThread().matches(pattern, input, flags);
+}
+
+void Pattern::setCacheCapacity(std::int32_t capacity) { PatternCache::forThisThread().setCapacity(capacity); }
+
+std::int32_t Pattern::getCacheCapacity() { return PatternCache::forThisThread().capacity(); }
 
 namespace {
 
@@ -89,9 +128,9 @@ NFANode *Pattern::makeCharNode(char c) {
   return make<NFACharNode>(c);
 }
 
-NFANode *Pattern::makeClassNode(const std::string &classText, bool inverted) {
-  if (has(CaseInsensitive)) return make<NFACIClassNode>(classText, inverted);
-  return make<NFAClassNode>(classText, inverted);
+NFANode *Pattern::makeClassNode(const ByteSet &members, bool inverted) {
+  if (has(CaseInsensitive)) return make<NFACIClassNode>(members, inverted);
+  return make<NFAClassNode>(members, inverted);
 }
 
 bool Pattern::readFlags() {
@@ -128,8 +167,10 @@ bool Pattern::readFlags() {
 NFANode *Pattern::parseSequence(bool inParentheses, bool isAlternative, NFANode **tailOut, std::int32_t groupIndex,
                                 bool headed) {
   if (reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < stackLimit_) {
-    // Nested too deeply for the stack of this thread.
-    if (!error_) reportSyntaxError();
+    // Nested too deeply even for a private stack: one report, however many
+    // levels give up behind it.
+    reportSyntaxError();
+    tooDeep_ = true;
     return nullptr;
   }
   const std::int32_t savedFlags = flags_;
@@ -192,7 +233,7 @@ NFANode *Pattern::parseSequence(bool inParentheses, bool isAlternative, NFANode 
         atom = has(MultiLine) ? static_cast<NFANode *>(make<NFAEndOfLineNode>()) : make<NFAEndOfInputNode>(false);
         break;
       case '.':
-        atom = make<NFAClassNode>(has(DotAll) ? "" : has(UnixLines) ? "\n" : "\n\r", true);
+        atom = make<NFAClassNode>(has(DotAll) ? ByteSet() : ByteSet::of("\n\r", has(UnixLines) ? 1 : 2), true);
         break;
       case '[':
         atom = makeClassNode(readClass(), false);
@@ -222,12 +263,12 @@ NFANode *Pattern::parseSequence(bool inParentheses, bool isAlternative, NFANode 
         }
         bool inverted = false;
         bool quoted = false;
-        std::string members = readEscape(&inverted, &quoted);
+        ByteSet members = readEscape(&inverted, &quoted);
         if (quoted) {
           atom = readQuotedText();
-        } else if (members.size() <= 1 && !inverted) {
+        } else if (members.count() <= 1 && !inverted) {
           // One exact character, even under CaseInsensitive.
-          atom = make<NFACharNode>(members.empty() ? '\0' : members[0]);
+          atom = make<NFACharNode>(static_cast<char>(members.empty() ? 0 : members.first()));
         } else {
           atom = makeClassNode(members, inverted);
         }
@@ -364,16 +405,16 @@ NFANode *Pattern::applyGroupQuantifier(NFANode *head, NFANode *tail, std::int32_
   return prologue;
 }
 
+// Every report leaves the cursor on the '{', so that the character before
+// it decides the caret and the wording.
 bool Pattern::readBounds(std::int32_t *minimum, std::int32_t *maximum) {
   if (cursor_ + 1 >= static_cast<std::int32_t>(text_.size())) {
-    ++cursor_;
     reportSyntaxError();
     return false;
   }
   std::size_t open = static_cast<std::size_t>(cursor_);
   std::size_t close = text_.find('}', open + 1);
   if (close == std::string::npos) {
-    ++cursor_;
     reportSyntaxError();
     return false;
   }
@@ -381,10 +422,7 @@ bool Pattern::readBounds(std::int32_t *minimum, std::int32_t *maximum) {
   if (comma > close) comma = std::string::npos;
   for (std::size_t i = open + 1; i < close; ++i) {
     if (i != comma && !isDigit(text_[i])) {
-      if (comma != std::string::npos) {
-        cursor_ = static_cast<std::int32_t>(i) + 1;
-        reportSyntaxError();
-      }
+      if (comma != std::string::npos) reportSyntaxError();
       return false;
     }
   }

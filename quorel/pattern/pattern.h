@@ -8,14 +8,22 @@
 // gives null. matches() tests a whole input against a whole pattern, the one
 // way the library matches.
 //
-// Limits: compiling and matching recurse, the compiler per nesting level and
-// alternative, the matcher per node on the path (a run of one byte-atom
-// under a greedy quantifier costs no recursion). Both watch the stack of the
-// calling thread: a pattern too deeply nested for it is reported as a syntax
-// error, and a match that would need more stack than the thread has left
-// (less a safety margin of up to 512 KB) is moved to a private stack or, past
-// that, refused as not matching. Nothing overflows the stack, whatever the
-// pattern and input.
+// Limits: compiling and matching recurse, the compiler per nesting level of
+// groups and per alternative, the matcher per node on the path (a run of a
+// one-byte atom under a greedy or possessive quantifier costs no recursion;
+// bracket classes are read without recursion, however deeply nested). Both
+// watch the stack of the calling thread, less a safety margin of up to
+// 512 KB: a compile that may nest deeper than the thread's stack allows runs
+// on a private stack sized by the pattern, and a match that needs more stack
+// than the thread has left is run again on a private stack sized by the
+// input. Past those private stacks (1 GB of address space at most) a pattern
+// is refused with one syntax error report, and a match is refused as not
+// matching, so that neither a pattern nor an input can overflow the stack.
+//
+// Pattern::matches keeps the patterns it compiled in a cache of the calling
+// thread (see PatternCache), so that a rule testing many records with the
+// same pattern compiles it once. Answers and reports are those of compiling
+// at every call; setCacheCapacity(0) does exactly that.
 //
 // Catastrophic backtracking ((a*)*b on a long run of a) is the language's own
 // behaviour and is not bounded, unless a thread sets a step limit: then a
@@ -33,7 +41,9 @@
 #include <string>
 #include <utility>
 
+#include "quorel/pattern/byte_set.h"
 #include "quorel/pattern/nfa_nodes.h"
+#include "quorel/pattern/node_arena.h"
 #include "quorel/pattern/pattern_matcher.h"
 
 class Pattern {
@@ -60,6 +70,12 @@ class Pattern {
   static void setStepLimit(std::int64_t steps);
   static std::int64_t getStepLimit();
 
+  // How many compiled patterns matches() keeps for the calling thread, the
+  // least recently used going first; 0 compiles at every call. The default
+  // is PatternCache::kDefaultCapacity. Lowering it drops what no longer fits.
+  static void setCacheCapacity(std::int32_t capacity);
+  static std::int32_t getCacheCapacity();
+
   ~Pattern();
   Pattern(const Pattern &) = delete;
   Pattern &operator=(const Pattern &) = delete;
@@ -68,27 +84,30 @@ class Pattern {
   PatternMatcher *getMatcher() const { return matcher_.get(); }
   std::int32_t getGroupCount() const { return groupCount_; }
   std::int32_t getNonCapturingCounter() const { return nonCapturingCounter_; }
+  std::size_t getNodeCount() const { return nodes_.nodes().size(); }
   // The dump of the node graph on standard output.
   void print() const;
 
  private:
   Pattern(const char *text, std::int32_t flags);
 
-  // Makes a node and enters it into the register.
+  // Makes a node that the Pattern owns.
   template <typename T, typename... Args>
   T *make(Args &&...args) {
-    T *node = new T(std::forward<Args>(args)...);
-    nodes_[node] = true;
-    return node;
+    return nodes_.make<T>(std::forward<Args>(args)...);
   }
   NFANode *makeCharNode(char c);
-  NFANode *makeClassNode(const std::string &classText, bool inverted);
+  NFANode *makeClassNode(const ByteSet &members, bool inverted);
 
   bool atEnd() const { return cursor_ >= static_cast<std::int32_t>(text_.size()); }
   char peek(std::int32_t offset = 0) const;
   bool has(std::int32_t flag) const { return (flags_ & flag) != 0; }
 
   // The compiler.
+  // Reads the whole text into the graph; false after a syntax error. Runs
+  // on a private stack when the thread's may be too small for the nesting.
+  bool parse();
+  bool parseWithin(std::uintptr_t stackLimit);
   NFANode *parseSequence(bool inParentheses, bool isAlternative, NFANode **tailOut, std::int32_t groupIndex,
                          bool headed);
   NFANode *applyQuantifier(NFANode *atom);
@@ -104,14 +123,16 @@ class Pattern {
 
   // Classes and escapes.
   void reportSyntaxError();
-  std::string readClass();
-  std::string readEscape(bool *inverted, bool *quoted);
-  std::string readOctalEscape();
-  std::string readHexEscape();
-  std::string readClassName();
-  std::string invertClass(const std::string &members) const;
+  ByteSet readClass();
+  // Reads the range behind lower, with the cursor on the '-'.
+  ByteSet readRange(unsigned char lower);
+  ByteSet readEscape(bool *inverted, bool *quoted);
+  ByteSet readOctalEscape();
+  ByteSet readHexEscape();
+  ByteSet readClassName();
+  ByteSet invertClass(const ByteSet &members) const;
 
-  std::map<NFANode *, bool> nodes_;
+  NodeArena nodes_;
   std::unique_ptr<PatternMatcher> matcher_;
   NFANode *head_ = nullptr;
   std::string text_;
@@ -121,6 +142,7 @@ class Pattern {
   std::int32_t nonCapturingCounter_ = 0;
   std::int32_t flags_;
   std::uintptr_t stackLimit_ = 0;
+  bool tooDeep_ = false;  // refused for its nesting: reported once, then silent
 };
 
 #endif  // QUOREL_PATTERN_PATTERN_H_

@@ -1,9 +1,10 @@
 // Character classes and escapes of the pattern language, and the report of
-// a syntax error. A class is worked out completely while it is read: its
-// text is the string of its member bytes.
+// a syntax error. A class is worked out completely while it is read, as a
+// set of its member bytes.
 
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 #include "quorel/pattern/pattern.h"
 
@@ -11,8 +12,7 @@ namespace {
 
 struct ClassName {
   const char *name;
-  const char *members;
-  std::size_t size;  // the members may include 0x00
+  ByteSet members;
 };
 
 #define QUOREL_LOWER "abcdefghijklmnopqrstuvwxyz"
@@ -43,17 +43,9 @@ constexpr char kWhite[] = " \t\r\n\f";
 #undef QUOREL_PUNCT
 #undef QUOREL_CNTRL
 
-std::string ascii() {
-  std::string all;
-  for (int c = 0; c < 0x80; ++c) all += static_cast<char>(c);
-  return all;
-}
-
-std::string membersOf(const char *text, std::size_t size) { return std::string(text, size); }
-
 template <std::size_t N>
-std::string membersOf(const char (&text)[N]) {
-  return std::string(text, N - 1);
+ByteSet membersOf(const char (&text)[N]) {
+  return ByteSet::of(text, static_cast<std::int32_t>(N - 1));
 }
 
 bool isOctal(char c) { return c >= '0' && c <= '7'; }
@@ -67,33 +59,24 @@ int hexValue(char c) {
 
 bool isLetter(unsigned char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
-// The bytes in a or in b.
-std::string uniteClasses(const std::string &a, const std::string &b) { return a + b; }
-
-// The bytes in a and in b.
-std::string intersectClasses(const std::string &a, const std::string &b) {
-  bool inB[256] = {};
-  for (char c : b) inB[static_cast<unsigned char>(c)] = true;
-  std::string both;
-  for (char c : a) {
-    if (inB[static_cast<unsigned char>(c)]) both += c;
-  }
-  return both;
+ByteSet oneByte(unsigned char c) {
+  ByteSet set;
+  set.add(c);
+  return set;
 }
 
-// lower to upper in 8-bit arithmetic, both ends included, wrapping at 0xFF.
-std::string expandRange(unsigned char lower, unsigned char upper) {
-  std::string range;
-  for (unsigned char c = lower;; ++c) {
-    range += static_cast<char>(c);
-    if (c == upper) break;
-  }
-  return range;
-}
+// A bracket class being read: what it holds so far, and how it joins the
+// class around it when it closes.
+struct OpenClass {
+  ByteSet members;
+  bool negated;
+  bool intersects;  // opened by "&&[": intersection, otherwise union
+};
 
 }  // namespace
 
 void Pattern::reportSyntaxError() {
+  if (tooDeep_) return;  // its one report is written
   char before = cursor_ >= 1 && cursor_ <= static_cast<std::int32_t>(text_.size())
                     ? text_[static_cast<std::size_t>(cursor_ - 1)]
                     : '\0';
@@ -106,137 +89,146 @@ void Pattern::reportSyntaxError() {
   error_ = true;
 }
 
-std::string Pattern::invertClass(const std::string &members) const {
-  bool in[256] = {};
-  for (char c : members) {
-    auto u = static_cast<unsigned char>(c);
-    in[u] = true;
+ByteSet Pattern::invertClass(const ByteSet &members) const {
+  ByteSet left = members;
+  if (has(CaseInsensitive)) {
     // Under CaseInsensitive the complement leaves out both cases of a letter.
-    if (has(CaseInsensitive) && isLetter(u)) in[u ^ 0x20] = true;
+    for (unsigned c = 'A'; c <= 'z'; ++c) {
+      auto u = static_cast<unsigned char>(c);
+      if (isLetter(u) && members.contains(u)) left.add(static_cast<unsigned char>(u ^ 0x20));
+    }
   }
-  std::string others;
-  for (int c = 0; c < 256; ++c) {
-    if (!in[c]) others += static_cast<char>(c);
-  }
-  return others;
+  return ~left;
 }
 
-std::string Pattern::readClass() {
-  std::string result;
-  bool negated = false;
-  if (peek() == '^' && !atEnd()) {
-    negated = true;
-    ++cursor_;
-  }
-  while (!atEnd() && peek() != ']') {
-    char c = text_[static_cast<std::size_t>(cursor_++)];
-    bool ranged = false;
-    unsigned char lower = 0;
-    if (c == '[') {
-      result = uniteClasses(result, readClass());
-    } else if (c == '&' && peek() == '&' && !atEnd()) {
-      ++cursor_;
-      if (peek() != '[' || atEnd()) {
-        reportSyntaxError();
-        cursor_ = static_cast<std::int32_t>(text_.size());
-      } else {
+// Nested classes are read by a loop over a list of the open ones, not by a
+// recursion per '[': a pattern from a record may nest them a million deep.
+ByteSet Pattern::readClass() {
+  std::vector<OpenClass> open;
+  auto begin = [&](bool intersects) {
+    bool negated = peek() == '^' && !atEnd();
+    if (negated) ++cursor_;
+    open.push_back(OpenClass{ByteSet(), negated, intersects});
+  };
+  begin(false);
+  for (;;) {
+    if (!atEnd() && peek() != ']') {
+      char c = text_[static_cast<std::size_t>(cursor_++)];
+      ByteSet &members = open.back().members;
+      if (c == '[') {
+        begin(false);
+      } else if (c == '&' && peek() == '&' && !atEnd()) {
         ++cursor_;
-        result = intersectClasses(result, readClass());
-      }
-    } else if (c == '\\') {
-      bool inverted = false;
-      bool quoted = false;
-      std::string members = readEscape(&inverted, &quoted);
-      if (quoted) {
-        reportSyntaxError();
-        cursor_ = static_cast<std::int32_t>(text_.size());
-      } else if (inverted) {
-        result = uniteClasses(result, invertClass(members));
-      } else if (members.size() <= 1 && peek() == '-' && !atEnd()) {
-        ranged = true;
-        lower = members.empty() ? 0 : static_cast<unsigned char>(members[0]);
+        if (peek() != '[' || atEnd()) {
+          reportSyntaxError();
+          cursor_ = static_cast<std::int32_t>(text_.size());
+        } else {
+          ++cursor_;
+          begin(true);
+        }
+      } else if (c == '\\') {
+        bool inverted = false;
+        bool quoted = false;
+        ByteSet escaped = readEscape(&inverted, &quoted);
+        if (quoted) {
+          reportSyntaxError();
+          cursor_ = static_cast<std::int32_t>(text_.size());
+        } else if (inverted) {
+          members |= invertClass(escaped);
+        } else if (escaped.count() <= 1 && peek() == '-' && !atEnd()) {
+          members |= readRange(escaped.empty() ? 0 : escaped.first());
+        } else {
+          members |= escaped;
+        }
+      } else if (peek() == '-' && !atEnd()) {
+        members |= readRange(static_cast<unsigned char>(c));
       } else {
-        result = uniteClasses(result, members);
+        members.add(static_cast<unsigned char>(c));
       }
-    } else if (peek() == '-' && !atEnd()) {
-      ranged = true;
-      lower = static_cast<unsigned char>(c);
-    } else {
-      result += c;
-    }
-    if (!ranged) continue;
-
-    ++cursor_;  // the '-'
-    if (atEnd()) {
-      reportSyntaxError();
       continue;
     }
-    char u = text_[static_cast<std::size_t>(cursor_++)];
-    if (u == '\\') {
-      bool inverted = false;
-      bool quoted = false;
-      std::string members = readEscape(&inverted, &quoted);
-      if (quoted) {
-        reportSyntaxError();
-        cursor_ = static_cast<std::int32_t>(text_.size());
-        continue;
-      }
-      if (inverted || members.size() > 1) reportSyntaxError();
-      u = members.empty() ? '\0' : members[0];
-    } else if (u == '[' || u == ']' || u == '-' || u == '&') {
+    // The innermost open class ends here, at its ']' or at the end of the
+    // text, where each open class reports that it lacks its ']'.
+    ByteSet closed;
+    if (!atEnd()) {
+      ++cursor_;
+      closed = open.back().negated ? invertClass(open.back().members) : open.back().members;
+    } else {
+      reportSyntaxError();
+    }
+    bool intersects = open.back().intersects;
+    open.pop_back();
+    if (open.empty()) return closed;
+    if (intersects) {
+      open.back().members &= closed;
+    } else {
+      open.back().members |= closed;
+    }
+  }
+}
+
+ByteSet Pattern::readRange(unsigned char lower) {
+  ++cursor_;  // the '-'
+  if (atEnd()) {
+    reportSyntaxError();
+    return ByteSet();
+  }
+  char u = text_[static_cast<std::size_t>(cursor_++)];
+  if (u == '\\') {
+    bool inverted = false;
+    bool quoted = false;
+    ByteSet escaped = readEscape(&inverted, &quoted);
+    if (quoted) {
       reportSyntaxError();
       cursor_ = static_cast<std::int32_t>(text_.size());
-      continue;
+      return ByteSet();
     }
-    result = uniteClasses(result, expandRange(lower, static_cast<unsigned char>(u)));
+    if (inverted || escaped.count() > 1) reportSyntaxError();
+    u = escaped.empty() ? '\0' : static_cast<char>(escaped.first());
+  } else if (u == '[' || u == ']' || u == '-' || u == '&') {
+    reportSyntaxError();
+    cursor_ = static_cast<std::int32_t>(text_.size());
+    return ByteSet();
   }
-  if (peek() == ']' && !atEnd()) {
-    ++cursor_;
-    return negated ? invertClass(result) : result;
-  }
-  reportSyntaxError();
-  return std::string();
+  return ByteSet::range(lower, static_cast<unsigned char>(u));
 }
 
-std::string Pattern::readEscape(bool *inverted, bool *quoted) {
+ByteSet Pattern::readEscape(bool *inverted, bool *quoted) {
   *inverted = false;
   *quoted = false;
   if (atEnd()) {
     ++cursor_;
     reportSyntaxError();
-    return std::string();
+    return ByteSet();
   }
   char c = text_[static_cast<std::size_t>(cursor_++)];
-  // Inverted escapes carry "!!" in front until the end of this operation.
-  std::string text;
   switch (c) {
-    case '0': text = readOctalEscape(); break;
-    case 'a': text = "\x07"; break;
-    case 'd': text = membersOf(kDigit); break;
-    case 'D': text = "!!" + membersOf(kDigit); break;
-    case 'e': text = "\r"; break;
-    case 'f': text = "\f"; break;
-    case 'n': text = "\n"; break;
-    case 'p': text = readClassName(); break;
-    case 'P': text = "!!" + readClassName(); break;
-    case 'Q': *quoted = true; break;
-    case 'r': text = "\r"; break;
-    case 's': text = membersOf(kWhite); break;
-    case 'S': text = "!!" + membersOf(kWhite); break;
-    case 't': text = "\t"; break;
-    case 'w': text = membersOf(kWord); break;
-    case 'W': text = "!!" + membersOf(kWord); break;
-    case 'x': text = readHexEscape(); break;
-    default: text = std::string(1, c); break;
+    case '0': return readOctalEscape();
+    case 'a': return oneByte(0x07);
+    case 'd': return membersOf(kDigit);
+    case 'D': *inverted = true; return membersOf(kDigit);
+    case 'e': return oneByte('\r');
+    case 'f': return oneByte('\f');
+    case 'n': return oneByte('\n');
+    case 'p': return readClassName();
+    case 'P': {
+      ByteSet named = readClassName();
+      *inverted = true;
+      return named;
+    }
+    case 'Q': *quoted = true; return ByteSet();
+    case 'r': return oneByte('\r');
+    case 's': return membersOf(kWhite);
+    case 'S': *inverted = true; return membersOf(kWhite);
+    case 't': return oneByte('\t');
+    case 'w': return membersOf(kWord);
+    case 'W': *inverted = true; return membersOf(kWord);
+    case 'x': return readHexEscape();
+    default: return oneByte(static_cast<unsigned char>(c));
   }
-  if (text.compare(0, 2, "!!") == 0) {
-    text.erase(0, 2);
-    *inverted = true;
-  }
-  return text;
 }
 
-std::string Pattern::readOctalEscape() {
+ByteSet Pattern::readOctalEscape() {
   char first = peek();
   char second = peek(1);
   if (cursor_ + 1 < static_cast<std::int32_t>(text_.size()) && isOctal(first) && isOctal(second)) {
@@ -246,40 +238,35 @@ std::string Pattern::readOctalEscape() {
       value = value * 8 + (peek() - '0');
       ++cursor_;
     }
-    return std::string(1, static_cast<char>(value));
+    return oneByte(static_cast<unsigned char>(value));
   }
   reportSyntaxError();
-  return std::string();
+  return ByteSet();
 }
 
-std::string Pattern::readHexEscape() {
+ByteSet Pattern::readHexEscape() {
   int high = atEnd() ? -1 : hexValue(peek());
   int low = cursor_ + 1 < static_cast<std::int32_t>(text_.size()) ? hexValue(peek(1)) : -1;
-  if (high < 0 || low < 0) return " ";
+  if (high < 0 || low < 0) return oneByte(' ');
   cursor_ += 2;
-  return std::string(1, static_cast<char>(high * 16 + low));
+  return oneByte(static_cast<unsigned char>(high * 16 + low));
 }
 
-std::string Pattern::readClassName() {
+ByteSet Pattern::readClassName() {
   static const ClassName kNames[] = {
-      {"{Lower}", kLower, sizeof kLower - 1},   {"{Upper}", kUpper, sizeof kUpper - 1},
-      {"{Alpha}", kAlpha, sizeof kAlpha - 1},   {"{Digit}", kDigit, sizeof kDigit - 1},
-      {"{Alnum}", kAlnum, sizeof kAlnum - 1},   {"{Punct}", kPunct, sizeof kPunct - 1},
-      {"{Graph}", kGraph, sizeof kGraph - 1},   {"{Print}", kGraph, sizeof kGraph - 1},
-      {"{Blank}", kBlank, sizeof kBlank - 1},   {"{Space}", kSpace, sizeof kSpace - 1},
-      {"{Cntrl}", kCntrl, sizeof kCntrl - 1},   {"{XDigit}", kXDigit, sizeof kXDigit - 1},
+      {"{Lower}", membersOf(kLower)},   {"{Upper}", membersOf(kUpper)},   {"{Alpha}", membersOf(kAlpha)},
+      {"{Digit}", membersOf(kDigit)},   {"{Alnum}", membersOf(kAlnum)},   {"{Punct}", membersOf(kPunct)},
+      {"{Graph}", membersOf(kGraph)},   {"{Print}", membersOf(kGraph)},   {"{Blank}", membersOf(kBlank)},
+      {"{Space}", membersOf(kSpace)},   {"{Cntrl}", membersOf(kCntrl)},   {"{XDigit}", membersOf(kXDigit)},
+      {"{ASCII}", ByteSet::range(0x00, 0x7F)},
   };
   for (const ClassName &entry : kNames) {
     std::size_t length = std::strlen(entry.name);
     if (text_.compare(static_cast<std::size_t>(cursor_), length, entry.name) == 0) {
       cursor_ += static_cast<std::int32_t>(length);
-      return membersOf(entry.members, entry.size);
+      return entry.members;
     }
   }
-  if (text_.compare(static_cast<std::size_t>(cursor_), 7, "{ASCII}") == 0) {
-    cursor_ += 7;
-    return ascii();
-  }
   reportSyntaxError();
-  return std::string();
+  return ByteSet();
 }

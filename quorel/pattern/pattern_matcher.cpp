@@ -51,8 +51,15 @@ bool PatternMatcher::mayGoOn(const void *frame) {
   if (stopped()) return false;
   if (reinterpret_cast<std::uintptr_t>(frame) < stackLimit_) {
     stackExhausted_ = true;
-  } else if (stepLimit_ != 0 && ++steps_ > stepLimit_) {
-    outOfSteps_ = true;
+    return false;
+  }
+  return spendSteps(1);
+}
+
+bool PatternMatcher::spendSteps(std::int64_t steps) {
+  if (stepLimit_ != 0) {
+    steps_ += steps;
+    if (steps_ > stepLimit_) outOfSteps_ = true;
   }
   return !stopped();
 }
@@ -72,9 +79,11 @@ bool PatternMatcher::matches() {
   outOfSteps_ = false;
   bool matched = runFrom(pattern_stack::lowestFrameAddress());
   if (!stackExhausted_) return matched;
-  // Too deep for this thread: once more on a stack sized by the input. The
-  // steps of the first run count against the limit.
-  std::size_t size = kPrivateStackPerByte * (input_.size() + 1);
+  // Too deep for this thread: once more on a stack sized by the input and the
+  // pattern, as the path may visit each node once per input byte and each
+  // node of a deeply nested pattern once. The steps of the first run count
+  // against the limit.
+  std::size_t size = kPrivateStackPerStep * (input_.size() + pattern_->getNodeCount() + 1);
   if (size > kMaxPrivateStack) size = kMaxPrivateStack;
   pattern_stack::callOnPrivateStack(size, [&](std::uintptr_t lowest) { matched = runFrom(lowest); });
   return matched;

@@ -8,7 +8,8 @@
 //
 // The matcher also keeps the stack guard of a match. A run that would need
 // more stack than the thread has left (less a safety margin) is tried once
-// more on a private stack reserved at 1 KB per input byte, at most 1 GB of
+// more on a private stack reserved at 1 KB per input byte and per node of
+// the pattern, at most 1 GB of
 // address space, committed only as used; a run that needs even more is
 // refused as a failure to match. So is a match that visits more nodes than
 // the step limit of the thread (Pattern::setStepLimit) allows.
@@ -37,6 +38,11 @@ class PatternMatcher {
   void reset();
   void resetGroups();
   void setInput(const char *input) { input_ = input != nullptr ? input : ""; }
+  // Empties the input, giving back its memory when it was large.
+  void dropInput() {
+    if (input_.capacity() > 4096) std::string().swap(input_);
+    input_.clear();
+  }
 
   std::int32_t getMode() const { return mode_; }
   std::int32_t getLastMatchEnd() const { return lastMatchEnd_; }
@@ -58,10 +64,13 @@ class PatternMatcher {
   // fits on the stack and within the step limit; once it does not, the match
   // is refused and stopped() is true.
   bool mayGoOn(const void *frame);
+  // Counts steps node visits made in one go; false, and stopped() true, once
+  // they pass the step limit.
+  bool spendSteps(std::int64_t steps);
   bool stopped() const { return stackExhausted_ || outOfSteps_; }
 
  private:
-  static constexpr std::size_t kPrivateStackPerByte = 1024;
+  static constexpr std::size_t kPrivateStackPerStep = 1024;
   static constexpr std::size_t kMaxPrivateStack = std::size_t{1} << 30;
 
   // One run of the head, with frames allowed down to stackLimit.

@@ -1,5 +1,6 @@
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -112,6 +113,37 @@ TEST(PatternCompileTest, DumpsEveryKindOfNode) {
       "    NFAAcceptNode\n two\n    NFASubStartNode\n    NFALookBehindNode(str=, pos=true)\n"
       "    NFACICharNode(0x63)\n    NFAAcceptNode\n",
       testing::internal::GetCapturedStdout());
+}
+
+}  // namespace
+
+namespace {
+
+// A counted quantifier that is no count reports with the cursor on its
+// brace: the character before the brace decides caret and wording.
+TEST(PatternCompileTest, CountReportsPointAtTheCharacterBeforeTheBrace) {
+  EXPECT_EQ(std::string("ab{1,x}\n ^\n") + kPlain, report("ab{1,x}"));
+  EXPECT_EQ(std::string("(a){1,x}\n  ^\n") + kMeta, report("(a){1,x}"));
+  EXPECT_EQ(std::string("((a){\n   ^\n") + kMeta + "((a){\n    ^\n" + kPlain, report("((a){"));
+  EXPECT_EQ(std::string("(a{1,x})\n ^\n") + kPlain + "(a{1,x})\n  ^\n" + kPlain, report("(a{1,x})"));
+  EXPECT_EQ(std::string("a{1\n ^\n") + kPlain, report("a{1"));
+}
+
+}  // namespace
+
+namespace {
+
+// Hosts and tools walk graphs by the node classes: the case-blind classes
+// are no kind of their exact sisters, and only the three quantifiers over an
+// atom share a base below NFANode.
+TEST(PatternCompileTest, NodeClassesStandDirectlyBelowNFANode) {
+  static_assert(!std::is_base_of<NFACharNode, NFACICharNode>::value, "");
+  static_assert(!std::is_base_of<NFAClassNode, NFACIClassNode>::value, "");
+  static_assert(!std::is_base_of<NFAQuoteNode, NFACIQuoteNode>::value, "");
+  static_assert(std::is_base_of<NFAQuantifierNode, NFAPossessiveQuantifierNode>::value, "");
+  std::unique_ptr<Pattern> compiled(Pattern::compile("(?i)a[b]\\Qc\\E", 0));
+  ASSERT_NE(nullptr, compiled);
+  EXPECT_TRUE(Pattern::matches("(?i)a[b]\\Qc\\E", "ABC", 0));
 }
 
 }  // namespace

@@ -1,0 +1,81 @@
+#include "quorel/pattern/pattern_cache.h"
+
+#include <cstring>
+#include <functional>
+#include <string_view>
+
+#include "quorel/pattern/pattern.h"
+
+namespace {
+
+// Runs a compiled pattern's matcher over input, as a new one would.
+bool runMatcher(Pattern *pattern, const char *input) {
+  PatternMatcher *matcher = pattern->getMatcher();
+  matcher->setInput(input);
+  matcher->reset();
+  bool matched = matcher->matches();
+  matcher->dropInput();  // a kept pattern should not hold a large input
+  return matched;
+}
+
+}  // namespace
+
+PatternCache &PatternCache::forThisThread() {
+  thread_local PatternCache cache;
+  return cache;
+}
+
+PatternCache::PatternCache() = default;
+
+PatternCache::~PatternCache() = default;
+
+std::size_t PatternCache::hashOf(const char *text, std::int32_t flags) {
+  std::size_t hash = std::hash<std::string_view>()(std::string_view(text));
+  return hash ^ (static_cast<std::size_t>(static_cast<std::uint32_t>(flags)) * 0x9E3779B97F4A7C15u);
+}
+
+Pattern *PatternCache::find(const char *text, std::int32_t flags, std::size_t hash) {
+  auto candidates = index_.equal_range(hash);
+  for (auto it = candidates.first; it != candidates.second; ++it) {
+    Entries::iterator entry = it->second;
+    if (entry->flags == flags && entry->text == text) {
+      entries_.splice(entries_.begin(), entries_, entry);
+      return entry->pattern.get();
+    }
+  }
+  return nullptr;
+}
+
+bool PatternCache::matches(const char *pattern, const char *input, std::int32_t flags) {
+  if (pattern == nullptr) pattern = "";
+  if (capacity_ == 0) {
+    std::unique_ptr<Pattern> compiled(Pattern::compile(pattern, flags));
+    return compiled != nullptr && runMatcher(compiled.get(), input);
+  }
+  std::size_t hash = hashOf(pattern, flags);
+  if (Pattern *kept = find(pattern, flags, hash)) return runMatcher(kept, input);
+  std::unique_ptr<Pattern> compiled(Pattern::compile(pattern, flags));
+  if (compiled == nullptr) return false;  // never kept: the report comes at every call
+  entries_.push_front(Entry{pattern, flags, hash, std::move(compiled)});
+  index_.emplace(hash, entries_.begin());
+  Pattern *added = entries_.front().pattern.get();
+  while (size() > capacity_) dropLeastRecentlyUsed();
+  return runMatcher(added, input);
+}
+
+void PatternCache::setCapacity(std::int32_t capacity) {
+  capacity_ = capacity < 0 ? 0 : capacity;
+  while (size() > capacity_) dropLeastRecentlyUsed();
+}
+
+void PatternCache::dropLeastRecentlyUsed() {
+  Entries::iterator last = std::prev(entries_.end());
+  auto candidates = index_.equal_range(last->hash);
+  for (auto it = candidates.first; it != candidates.second; ++it) {
+    if (it->second == last) {
+      index_.erase(it);
+      break;
+    }
+  }
+  entries_.erase(last);
+}

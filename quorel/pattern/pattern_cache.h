@@ -1,0 +1,65 @@
+// PatternCache: the patterns that Pattern::matches compiled on one thread,
+// kept for the next call with the same text and flags.
+//
+// A rule tests record after record with the same few patterns; compiling
+// each time costs more than the match. The cache holds up to capacity()
+// compiled patterns, dropping the least recently used. What a caller sees
+// is the same as compiling at every call: a pattern that does not compile
+// is never kept, so its report reaches the standard error stream at every
+// call; a kept pattern's matcher is reset before each match, and the step
+// limit, stack guard and private-stack fallback of the matcher apply as to
+// a new one. Each thread has its own cache (no lock), which owns its
+// patterns and frees them when the thread ends.
+
+#ifndef QUOREL_PATTERN_PATTERN_CACHE_H_
+#define QUOREL_PATTERN_PATTERN_CACHE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+class Pattern;
+
+class PatternCache {
+ public:
+  static constexpr std::int32_t kDefaultCapacity = 64;
+
+  // The cache of the calling thread.
+  static PatternCache &forThisThread();
+
+  PatternCache();
+  ~PatternCache();
+  PatternCache(const PatternCache &) = delete;
+  PatternCache &operator=(const PatternCache &) = delete;
+
+  // Whether the whole input matches the whole pattern, as Pattern::matches.
+  bool matches(const char *pattern, const char *input, std::int32_t flags);
+
+  // 0 keeps nothing; a negative capacity counts as 0.
+  void setCapacity(std::int32_t capacity);
+  std::int32_t capacity() const { return capacity_; }
+  std::int32_t size() const { return static_cast<std::int32_t>(entries_.size()); }
+
+ private:
+  struct Entry {
+    std::string text;
+    std::int32_t flags;
+    std::size_t hash;
+    std::unique_ptr<Pattern> pattern;
+  };
+  using Entries = std::list<Entry>;
+
+  static std::size_t hashOf(const char *text, std::int32_t flags);
+  // The kept pattern for text and flags, now the most recently used, or null.
+  Pattern *find(const char *text, std::int32_t flags, std::size_t hash);
+  void dropLeastRecentlyUsed();
+
+  Entries entries_;  // the most recently used first
+  std::unordered_multimap<std::size_t, Entries::iterator> index_;
+  std::int32_t capacity_ = kDefaultCapacity;
+};
+
+#endif  // QUOREL_PATTERN_PATTERN_CACHE_H_
