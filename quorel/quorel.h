@@ -37,6 +37,7 @@
 #include "quorel/rules/classification_ressource.h"
 #include "quorel/rules/init_params.h"
 #include "quorel/rules/mapping.h"
+#include "quorel/rules/module_support.h"
 #include "quorel/rules/plausi.h"
 #include "quorel/rules/plausi_context.h"
 #include "quorel/rules/plausi_exception.h"

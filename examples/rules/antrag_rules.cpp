@@ -158,6 +158,11 @@ class AntragRules : public Plausi {
     registerFamilienstand();
   }
 
+  const char *const *getFlows() const override {
+    static const char *const kFlows[] = {"Pruefung", "Schnellpruefung", nullptr};
+    return kFlows;
+  }
+
  protected:
   void performImpl(RuntimeContext *rt, const char *flow) override {
     if (flow == nullptr) return;

@@ -7,7 +7,8 @@
 //               error and one hint there, with values made on the way.
 //   "Abbruch"   opens nested sections, makes values in each and throws out of
 //               them, as generated code does when a built-in function fails.
-//   anything else reports nothing.
+//   anything else reports nothing (a host that asks the declared flows
+//               refuses it first).
 // Function "Wert" gives a value that lives in the root section of the run.
 
 #include <cstring>
@@ -24,6 +25,12 @@ using quorel::Value;
 constexpr quorel::ProblemType kHint = static_cast<quorel::ProblemType>(2);
 
 class SampleRules : public quorel::Plausi {
+ public:
+  const char *const *getFlows() const override {
+    static const char *const kFlows[] = {"Pruefung", "Abbruch", nullptr};
+    return kFlows;
+  }
+
  protected:
   void performImpl(RuntimeContext *runtime, const char *flow) override {
     if (flow != nullptr && std::strcmp(flow, "Pruefung") == 0) {

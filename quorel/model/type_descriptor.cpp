@@ -31,6 +31,15 @@ TypeDescriptor::TypeDescriptor(TypeDescriptor *parent, Mapping *mapping, const c
   va_end(args);
 }
 
+TypeDescriptor::TypeDescriptor(TypeDescriptor *parent, Mapping *mapping, const char *fieldNameTopic,
+                               const char *fieldNameDisplay, FieldType fieldType, const char *mask,
+                               std::initializer_list<std::int32_t> dimensions)
+    : TypeDescriptor(parent, mapping, fieldNameTopic, fieldNameDisplay, fieldType, mask, 0) {
+  std::vector<std::int32_t> list(dimensions);
+  list.push_back(-1);
+  dimension_ = copyIndexList(list.data());
+}
+
 std::string TypeDescriptor::getHierarchyText() const {
   std::vector<const TypeDescriptor *> chain;
   for (const TypeDescriptor *t = this; t != nullptr; t = t->parent_) chain.push_back(t);

@@ -13,6 +13,7 @@
 #define QUOREL_MODEL_TYPE_DESCRIPTOR_H_
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 
 #include "quorel/model/field_type.h"
@@ -33,6 +34,13 @@ class TypeDescriptor {
   TypeDescriptor(TypeDescriptor *parent, Mapping *mapping, const char *fieldNameTopic,
                  const char *fieldNameDisplay, FieldType fieldType, const char *mask,
                  std::int32_t dimensionCount, ...);
+  // The same with the sizes as a list: {} for a field that is no array,
+  // {3, 0} for a 3 x n array. Unlike the count and sizes above, a list
+  // cannot disagree with its length, and a size of another width does not
+  // compile unless its value fits.
+  TypeDescriptor(TypeDescriptor *parent, Mapping *mapping, const char *fieldNameTopic,
+                 const char *fieldNameDisplay, FieldType fieldType, const char *mask,
+                 std::initializer_list<std::int32_t> dimensions);
 
   TypeDescriptor(const TypeDescriptor &) = delete;
   TypeDescriptor &operator=(const TypeDescriptor &) = delete;

@@ -5,14 +5,23 @@
 namespace quorel {
 namespace platform {
 
+// Each call clears the error state first, so that a reason read after it
+// is this call's and not an older one's.
 void *loadLibrary(const char *file) {
+  dlerror();
   if (file == nullptr) return nullptr;
   return dlopen(file, RTLD_NOW | RTLD_LOCAL);
 }
 
 void *findSymbol(void *handle, const char *symbol) {
+  dlerror();
   if (handle == nullptr || symbol == nullptr) return nullptr;
   return dlsym(handle, symbol);
+}
+
+std::string takeLastError() {
+  const char *reason = dlerror();
+  return reason != nullptr ? reason : "";
 }
 
 }  // namespace platform

@@ -1,5 +1,7 @@
 #include "quorel/rules/plausi.h"
 
+#include <cstring>
+
 #include "quorel/model/field.h"
 #include "quorel/model/topic.h"
 #include "quorel/model/type_descriptor.h"
@@ -61,6 +63,16 @@ void Plausi::performFieldCheck(const char *name, PlausiContext *context) {
 MaterialDescriptor *Plausi::getMaterial(const char *name) {
   Topic **entry = materials_.find(name);
   return entry != nullptr && *entry != nullptr ? static_cast<MaterialDescriptor *>(*entry) : nullptr;
+}
+
+bool Plausi::isKnownFlow(const char *flow) const {
+  const char *const *flows = getFlows();
+  if (flows == nullptr) return true;
+  if (flow == nullptr) return false;
+  for (; *flows != nullptr; ++flows) {
+    if (std::strcmp(*flows, flow) == 0) return true;
+  }
+  return false;
 }
 
 void Plausi::setFieldCheckProc(const char *typeHierarchy, FieldCheckProc procedure) {

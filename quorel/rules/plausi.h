@@ -71,10 +71,28 @@ class Plausi : public ClassificationRessource {
   // The registered data stock, or null.
   MaterialDescriptor *getMaterial(const char *name);
 
+  // The record type the module registered, or null. It stays the Plausi's;
+  // a host walks it to learn the fields a record may hold.
+  Topic *getRootTopic() const { return rootTopic_.get(); }
+
+  // Whether flow is one the module runs: true for every flow when the module
+  // declares none (getFlows gives null), else only for a declared name,
+  // compared exactly.
+  bool isKnownFlow(const char *flow) const;
+
  protected:
   // Must give a value alive at its return, never null.
   virtual Value *performFunctionImpl(RuntimeContext *runtime, const char *name) = 0;
   virtual void performImpl(RuntimeContext *runtime, const char *flow) = 0;
+
+ public:
+  // The names of the flows the module runs, ended by a null entry, or null
+  // when the module does not declare them (the default, and what generated
+  // code without a declaration gives). The list stays the module's. Declared
+  // after the operations above, since their order is fixed.
+  virtual const char *const *getFlows() const { return nullptr; }
+
+ protected:
 
   // Registration, for the constructor of the rule module. Each takes
   // ownership of what it is given, except the procedure, for as long as a

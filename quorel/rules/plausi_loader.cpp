@@ -19,21 +19,34 @@ std::string entryName(const char *prefix, const char *moduleName) {
 }  // namespace
 
 Plausi *PlausiLoader::loadPlausi(const char *libraryFile, const char *moduleName) {
+  lastError_.clear();
   std::string symbol = entryName("loadPlausi", moduleName);
   void *library = platform::loadLibrary(libraryFile);
-  if (library == nullptr) throw PlausiException(EXCEPTION_LOAD_LIBRARY, libraryFile);
+  if (library == nullptr) {
+    noteFailure();
+    throw PlausiException(EXCEPTION_LOAD_LIBRARY, libraryFile);
+  }
   libraries_.put(moduleName, library);
   void *entry = platform::findSymbol(library, symbol.c_str());
-  if (entry == nullptr) throw PlausiException(EXCEPTION_LOAD_ENTRY, moduleName);
+  if (entry == nullptr) {
+    noteFailure();
+    throw PlausiException(EXCEPTION_LOAD_ENTRY, moduleName);
+  }
   return reinterpret_cast<LoadEntry>(entry)();
 }
 
 void PlausiLoader::unloadPlausi(Plausi *plausi, const char *moduleName) {
+  lastError_.clear();
   std::string symbol = entryName("unloadPlausi", moduleName);
   void **library = libraries_.find(moduleName);
   void *entry = platform::findSymbol(library != nullptr ? *library : nullptr, symbol.c_str());
-  if (entry == nullptr) throw PlausiException(EXCEPTION_UNLOAD_ENTRY, moduleName);
+  if (entry == nullptr) {
+    noteFailure();
+    throw PlausiException(EXCEPTION_UNLOAD_ENTRY, moduleName);
+  }
   reinterpret_cast<UnloadEntry>(entry)(plausi);
 }
+
+void PlausiLoader::noteFailure() { lastError_ = platform::takeLastError(); }
 
 }  // namespace quorel

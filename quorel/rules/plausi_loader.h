@@ -9,6 +9,8 @@
 #ifndef QUOREL_RULES_PLAUSI_LOADER_H_
 #define QUOREL_RULES_PLAUSI_LOADER_H_
 
+#include <string>
+
 #include "quorel/rules/name_map.h"
 
 namespace quorel {
@@ -30,8 +32,20 @@ class PlausiLoader {
   // type 3 with the module name when no such entry is found.
   void unloadPlausi(Plausi *plausi, const char *moduleName);
 
+  // Why the latest loadPlausi or unloadPlausi of this loader failed, in the
+  // platform loader's own words (for instance "librules.so: cannot open
+  // shared object file: No such file or directory", or the undefined symbol
+  // of a missing entry); "" after a call that succeeded or when the platform
+  // gave no reason. The exceptions keep their own messages; this is the
+  // detail a host may add to them. Valid until the next call on the loader.
+  const char *getLastError() const { return lastError_.c_str(); }
+
  private:
+  // Notes the platform's reason for the failure being thrown.
+  void noteFailure();
+
   NameMap<void *> libraries_;
+  std::string lastError_;
 };
 
 }  // namespace quorel

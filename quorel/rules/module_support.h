@@ -1,0 +1,155 @@
+// Helpers for the authors of rule modules and rule generators: the two
+// exported entry points in one macro, sections that pair themselves, and
+// topics that build the TypeDescriptor of each field they declare.
+//
+// Everything here is a convenience over the interface that generated code is
+// written against; that interface stays as it is, and a module may use both.
+
+#ifndef QUOREL_RULES_MODULE_SUPPORT_H_
+#define QUOREL_RULES_MODULE_SUPPORT_H_
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <type_traits>
+
+#include "quorel/model/field.h"
+#include "quorel/model/field_array.h"
+#include "quorel/model/field_type.h"
+#include "quorel/model/topic.h"
+#include "quorel/model/topic_array.h"
+#include "quorel/model/type_descriptor.h"
+#include "quorel/rules/plausi.h"
+
+// Marks a function of a shared library as visible to the loader, also when
+// the module is built with hidden visibility (-fvisibility=hidden).
+#if defined(_WIN32)
+#define QUOREL_MODULE_EXPORT __declspec(dllexport)
+#else
+#define QUOREL_MODULE_EXPORT __attribute__((visibility("default")))
+#endif
+
+// Defines the entry points of the module Name, whose rule set is the class
+// Class (a Plausi with a default constructor): loadPlausi<Name>, which makes
+// one, and unloadPlausi<Name>, which deletes it. Write it once, at namespace
+// scope, followed by a semicolon:
+//
+//   QUOREL_MODULE(Umfrage, UmfrageRules);
+#define QUOREL_MODULE(Name, Class)                                                \
+  extern "C" QUOREL_MODULE_EXPORT ::quorel::Plausi *loadPlausi##Name() {           \
+    return new Class();                                                            \
+  }                                                                                \
+  extern "C" QUOREL_MODULE_EXPORT void unloadPlausi##Name(::quorel::Plausi *plausi) { \
+    delete plausi;                                                                 \
+  }                                                                                \
+  static_assert(std::is_base_of<::quorel::Plausi, Class>::value,                   \
+                "QUOREL_MODULE: " #Class " must derive from quorel::Plausi")
+
+namespace quorel {
+
+class PlausiSection;
+class RuntimeContext;
+
+// SectionScope: a section of the run that is open for the life of the
+// object. The constructor opens it (RuntimeContext::startNewSection); the
+// destructor leaves it, together with any section opened inside it and left
+// open, innermost first, so that sections stay paired when rule code returns
+// early or throws. The values made in the section die with it.
+//
+// When an exception passes, the scope leaves its sections on the way out,
+// before the RuntimeContext releases what is still open above them; a
+// section is left exactly once either way. Leaving the scope's own section
+// by hand is not allowed; leave() does it early instead.
+//
+// Lives on the stack of rule code, inside the run of its RuntimeContext.
+// Not copied.
+class SectionScope {
+ public:
+  SectionScope(RuntimeContext *runtime, const char *name, bool checkProc = false);
+  ~SectionScope() { leave(); }
+
+  SectionScope(const SectionScope &) = delete;
+  SectionScope &operator=(const SectionScope &) = delete;
+
+  // Leaves the section now; later calls and the destructor do nothing.
+  void leave();
+
+ private:
+  RuntimeContext *runtime_;
+  PlausiSection *section_;  // null once left
+};
+
+// ModuleTopic: a Topic for generated record types that builds the
+// TypeDescriptor of each field it declares. Each type hangs below this
+// topic's type and reads the data-source names from this type's mapping; the
+// topic owns the descriptors and their types, as Topic does.
+//
+// Subclasses call the protected helpers in their constructor, keep the
+// typed pointers they return, and implement createElement.
+class ModuleTopic : public Topic {
+ public:
+  // The root of a tree of fields (the record type, or a material): a type
+  // without parent, with the given mapping (null when the module has none),
+  // and a T built on it. The caller hands both on, for instance to
+  // Plausi::setRootTopic, which owns the topic with its type from then on.
+  template <typename T>
+  static T *createRoot(const char *name, const char *display, Mapping *mapping = nullptr) {
+    std::unique_ptr<TypeDescriptor> type(new TypeDescriptor(nullptr, mapping, name, display, FieldTypeTopic, nullptr, {}));
+    T *topic = new T(type.get(), nullptr);
+    type.release();
+    return topic;
+  }
+
+ protected:
+  ModuleTopic(TypeDescriptor *type, FieldDescriptor *parent) : Topic(type, parent) {}
+
+  // A scalar field of any type but FieldTypeTopic. The mask may be null.
+  Field *field(const char *name, const char *display, FieldType type, const char *mask = nullptr) {
+    return declare(name, display, type, mask, {}, [this](TypeDescriptor *t) { return new Field(t, this); });
+  }
+
+  // A dimensioned field: {3} for three elements, {0} for a size that each
+  // record tells, {2, 0} for two rows of a per-record length.
+  FieldArray *fieldArray(const char *name, const char *display, FieldType type, const char *mask,
+                         std::initializer_list<std::int32_t> dimensions) {
+    return declare(name, display, type, mask, dimensions,
+                   [this](TypeDescriptor *t) { return new FieldArray(t, this); });
+  }
+
+  // A nested topic of class T, built as T(TypeDescriptor *, FieldDescriptor *).
+  template <typename T>
+  T *topic(const char *name, const char *display) {
+    return declare(name, display, FieldTypeTopic, nullptr, {}, [this](TypeDescriptor *t) { return new T(t, this); });
+  }
+
+  // A dimensioned nested topic whose elements are made by a prototype T.
+  template <typename T>
+  TopicArray *topicArray(const char *name, const char *display, std::initializer_list<std::int32_t> dimensions) {
+    return declare(name, display, FieldTypeTopic, nullptr, dimensions, [this](TypeDescriptor *t) {
+      std::unique_ptr<T> prototype(new T(t, this));
+      auto *array = new TopicArray(t, this, prototype.get());
+      prototype.release();
+      return array;
+    });
+  }
+
+ private:
+  // Builds the type below this topic's type, with its mapping, lets make
+  // build the descriptor on it, and hands both to the topic. Nothing leaks
+  // when a step throws.
+  template <typename Make>
+  auto declare(const char *name, const char *display, FieldType type, const char *mask,
+               std::initializer_list<std::int32_t> dimensions, Make make) -> decltype(make(nullptr)) {
+    TypeDescriptor *own = getTypeDescriptor();
+    std::unique_ptr<TypeDescriptor> childType(
+        new TypeDescriptor(own, own != nullptr ? own->getMapping() : nullptr, name, display, type, mask, dimensions));
+    std::unique_ptr<std::remove_pointer_t<decltype(make(nullptr))>> descriptor(make(childType.get()));
+    setField(name, descriptor.get());
+    childType.release();
+    return descriptor.release();
+  }
+};
+
+}  // namespace quorel
+
+#endif  // QUOREL_RULES_MODULE_SUPPORT_H_
