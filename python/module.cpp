@@ -47,7 +47,7 @@ py::object recordErrorType;
 py::object plausiErrorType;
 
 [[noreturn]] void raisePlausiError(const PlausiException &e) {
-  py::object error = plausiErrorType(e.getType(), host::toUtf8(e.getMessage()));
+  py::object error = plausiErrorType(static_cast<int>(e.getType()), host::toUtf8(e.getMessage()));
   PyErr_SetObject(plausiErrorType.ptr(), error.ptr());
   throw py::error_already_set();
 }
