@@ -73,7 +73,7 @@ class Plausi : public ClassificationRessource {
 
   // The record type the module registered, or null. It stays the Plausi's;
   // a host walks it to learn the fields a record may hold.
-  Topic *getRootTopic() const { return rootTopic_.get(); }
+  Topic *getRootTopic() const { return rootTopic_; }
 
   // Whether flow is one the module runs: true for every flow when the module
   // declares none (getFlows gives null), else only for a declared name,
