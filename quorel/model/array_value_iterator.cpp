@@ -1,13 +1,45 @@
 #include "quorel/model/array_value_iterator.h"
 
+#include <optional>
+
 #include "quorel/masks/util.h"
 #include "quorel/model/field_array.h"
 #include "quorel/model/local_array.h"
 #include "quorel/model/variable.h"
+#include "quorel/rules/plausi_exception.h"
 #include "quorel/values/number_value.h"
 #include "quorel/values/sequence_range.h"
+#include "quorel/values/value_messages.h"
 
 namespace quorel {
+
+// The indices that a restriction walks. A sequence, as every unrestricted
+// dimension has, is walked as plain numbers: the indices are used up at
+// once, so no value need be made for each of them to live until the run
+// ends. Any other restriction is walked through its asRange.
+class IndexWalk {
+ public:
+  explicit IndexWalk(Value *restriction) {
+    if (auto *sequence = dynamic_cast<SequenceRange *>(restriction)) {
+      numbers_.emplace(*sequence);
+    } else {
+      values_.reset(restriction->asRange());
+    }
+  }
+
+  bool hasNext() { return numbers_ ? numbers_->hasNext() : values_->hasNext(); }
+
+  // The next index, as asInteger of the next element gives it.
+  std::int32_t next() {
+    if (!numbers_) return static_cast<std::int32_t>(values_->next()->asInteger());
+    if (!numbers_->hasNext()) throw PlausiException(EXCEPTION_ITERATION, messages::kIterationOverflow);
+    return static_cast<std::int32_t>(truncateToInteger(numbers_->next()));
+  }
+
+ private:
+  std::optional<SequenceWalk> numbers_;
+  std::unique_ptr<ValueIterator> values_;
+};
 
 ArrayValueIterator::ArrayValueIterator(RuntimeContext *context) : context_(context) {}
 
@@ -35,8 +67,8 @@ void ArrayValueIterator::initialize() {
 }
 
 void ArrayValueIterator::restart(std::int32_t d) {
-  iterators_[d].reset(restrictions_[d]->asRange());
-  indices_[d] = static_cast<std::int32_t>(iterators_[d]->next()->asInteger());
+  iterators_[d] = std::make_unique<IndexWalk>(restrictions_[d].get());
+  indices_[d] = iterators_[d]->next();
 }
 
 bool ArrayValueIterator::hasNext() {
@@ -53,9 +85,9 @@ Value *ArrayValueIterator::next() {
 
 void ArrayValueIterator::advance() {
   for (std::int32_t d = dimensionCount_ - 1; d >= 0; --d) {
-    ValueIterator *walk = iterators_[d].get();
+    IndexWalk *walk = iterators_[d].get();
     if (walk->hasNext()) {
-      auto candidate = static_cast<std::int32_t>(walk->next()->asInteger());
+      std::int32_t candidate = walk->next();
       // The size of dimension d under the indices before it.
       std::vector<std::int32_t> outer(indices_.begin(), indices_.begin() + d);
       outer.push_back(-1);

@@ -22,6 +22,7 @@
 namespace quorel {
 
 class FieldArray;
+class IndexWalk;
 class LocalArray;
 class RuntimeContext;
 class Variable;
@@ -54,7 +55,7 @@ class ArrayValueIterator : public ValueIterator {
   bool initialized_ = false;
   std::int32_t dimensionCount_ = 0;
   std::map<std::int32_t, std::unique_ptr<Value>> restrictions_;
-  std::map<std::int32_t, std::unique_ptr<ValueIterator>> iterators_;
+  std::map<std::int32_t, std::unique_ptr<IndexWalk>> iterators_;
   std::vector<std::int32_t> indices_;  // closed by -1
   bool more_ = true;
 };

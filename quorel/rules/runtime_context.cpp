@@ -29,6 +29,10 @@ std::string indentation(std::int32_t openSections) {
   return std::string(static_cast<std::size_t>(openSections) * 2, ' ');
 }
 
+// The run in progress on this thread, the innermost where runs nest; each
+// run links to the one it began within.
+thread_local RuntimeContext *activeRun = nullptr;
+
 // A section without a name shows none; a null text would spoil the stream.
 const char *traceName(const char *name) { return name != nullptr ? name : ""; }
 
@@ -37,9 +41,16 @@ const char *traceName(const char *name) { return name != nullptr ? name : ""; }
 RuntimeContext::RuntimeContext(PlausiContext *context, ClassificationRessource *classifications)
     : context_(context), classifications_(classifications) {
   startNewSection("Plausi", false);
+  outerRun_ = activeRun;
+  activeRun = this;
 }
 
 RuntimeContext::~RuntimeContext() {
+  // Runs normally end innermost first; one that ends out of turn is unlinked
+  // where it stands.
+  RuntimeContext **link = &activeRun;
+  while (*link != nullptr && *link != this) link = &(*link)->outerRun_;
+  if (*link == this) *link = outerRun_;
   if (!sections_.empty()) leaveCurrentSection();
   // Sections left open by an exception: release the inner ones first, as
   // leaving them in order would.
@@ -63,6 +74,12 @@ void RuntimeContext::leaveCurrentSection() {
   std::unique_ptr<PlausiSection> section = std::move(sections_.back());
   sections_.pop_back();
   getLogger()->trace() << indentation(depth()) << "<-- " << traceName(section->getName());
+}
+
+bool RuntimeContext::ownUntilRunEnds(PlausiObject *object) {
+  if (activeRun == nullptr || activeRun->sections_.empty()) return false;
+  activeRun->sections_.front()->addLocalObject(object);
+  return true;
 }
 
 PlausiSection *RuntimeContext::getCurrentSection() const {

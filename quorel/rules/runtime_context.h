@@ -11,6 +11,11 @@
 // The destructor leaves the innermost section, as balanced rule code expects,
 // and then releases any sections that rule code left open, for instance
 // because an exception unwound through it. Not copied.
+//
+// A run begins and ends on one thread, and is that thread's run in progress
+// while it lasts (the innermost one, where runs nest): walks that make the
+// values they deliver hand them to it, so that those values live on after
+// their iterator until the run ends.
 
 #ifndef QUOREL_RULES_RUNTIME_CONTEXT_H_
 #define QUOREL_RULES_RUNTIME_CONTEXT_H_
@@ -98,6 +103,10 @@ class RuntimeContext {
   Value *createMaterial(MaterialDescriptor *material, std::int32_t conditions, std::int32_t fields, ...);
   Value *createMaterialValue(Field *field, DataRecord *record);
 
+  // Hands object to the run in progress on this thread, whose root section
+  // keeps it until the run ends; false, and nothing taken, outside any run.
+  static bool ownUntilRunEnds(PlausiObject *object);
+
  private:
   // Hands the new object to the current section and gives it back.
   template <typename T>
@@ -113,6 +122,8 @@ class RuntimeContext {
   ClassificationRessource *classifications_;
   std::vector<std::unique_ptr<PlausiSection>> sections_;
   FieldDescriptor *currentField_ = nullptr;
+  // The run that was in progress on this thread when this one began.
+  RuntimeContext *outerRun_ = nullptr;
 };
 
 }  // namespace quorel

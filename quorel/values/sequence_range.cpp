@@ -2,6 +2,7 @@
 
 #include "quorel/masks/util.h"
 #include "quorel/rules/plausi_exception.h"
+#include "quorel/rules/runtime_context.h"
 #include "quorel/values/number_value.h"
 #include "quorel/values/value_messages.h"
 
@@ -100,8 +101,14 @@ bool SequenceIterator::hasNext() { return walk_.hasNext(); }
 
 Value *SequenceIterator::next() {
   if (!hasNext()) throw PlausiException(EXCEPTION_ITERATION, messages::kIterationOverflow);
-  delivered_->push_back(std::make_unique<NumberValue>(walk_.next()));
-  return delivered_->back().get();
+  auto value = std::make_unique<NumberValue>(walk_.next());
+  Value *delivered = value.get();
+  if (RuntimeContext::ownUntilRunEnds(delivered)) {
+    value.release();
+  } else {
+    delivered_->push_back(std::move(value));
+  }
+  return delivered;
 }
 
 }  // namespace quorel

@@ -4,9 +4,10 @@
 // the values' own kinds; walking and containment work on asReal. The walk
 // adds the step again and again and compares exactly, while containment
 // accepts a value on the grid within the tolerance of numbers. The three
-// values are owned copies. The numbers a walk delivers are owned by a pool
-// that the sequence shares with its iterators, so they live as long as
-// either of them.
+// values are owned copies. The numbers a walk delivers belong to the run in
+// progress on the thread and live until it ends, whatever becomes of the
+// iterator or the sequence; outside any run they belong to a pool that the
+// sequence shares with its iterators, and live as long as either of them.
 
 #ifndef QUOREL_VALUES_SEQUENCE_RANGE_H_
 #define QUOREL_VALUES_SEQUENCE_RANGE_H_
@@ -20,7 +21,8 @@
 
 namespace quorel {
 
-// Values delivered by walks, kept for the life of their owners.
+// Values delivered by walks outside any run, kept for the life of their
+// owners.
 using DeliveredValues = std::vector<std::unique_ptr<Value>>;
 
 class SequenceRange : public Range {

@@ -69,6 +69,10 @@ void checkRecords(int seed, ThreadResult *result) {
       RuntimeContext runtime(&context, rules);
       double drawn = Functions::ZUFALLSZAHL(&runtime)->asReal();
       result->ok = result->ok && drawn >= 0.0 && drawn <= 1.0;
+      // The numbers of a sequence walk belong to this thread's run.
+      Value *steps = runtime.createSequenceRange(runtime.createNumberValue(1.0), runtime.createNumberValue(2.0),
+                                                 runtime.createNumberValue(9.0));
+      result->ok = result->ok && Functions::MAXIMUM_AUS_REIHE(&runtime, steps)->asInteger() == 9;
       result->ok = result->ok && Pattern::matches("[0-9]+(,[0-9]{2})?", "250,00", 0);
     }
   }

@@ -156,6 +156,27 @@ TEST_F(ArrayValueIteratorTest, EmptyArraysStillGiveTheirFirstElement) {
   expectFailure([&] { bad->hasNext(); }, EXCEPTION_CONVERSION, "Ein Interval kann nicht iteriert werden.");
 }
 
+TEST_F(ArrayValueIteratorTest, SequenceRestrictionsWalkAsTheirElements) {
+  // A sequence is walked as numbers; wrapped in a series it is walked as the
+  // values it delivers. Both give the same indices.
+  LocalArray wide(1, 40);
+  for (int i = 0; i < 40; ++i) {
+    wide.getElement(rt(), 1, i)->set(rt(), rt()->createNumberValue(i));
+  }
+  auto restricted = [&](bool wrapped, double first, double second, double last) {
+    ArrayValueIterator *it = rt()->createIterator(&wide);
+    Value *sequence = rt()->createSequenceRange(rt()->createNumberValue(first), rt()->createNumberValue(second),
+                                                rt()->createNumberValue(last));
+    it->setRestriction(0, wrapped ? rt()->createRangeSeries(1, sequence) : sequence);
+    return values(it);
+  };
+  for (bool wrapped : {false, true}) {
+    EXPECT_EQ((std::vector<std::string>{"2", "5", "8"}), restricted(wrapped, 2.5, 5.5, 9)) << wrapped;
+    EXPECT_EQ((std::vector<std::string>{"39", "37", "35"}), restricted(wrapped, 39, 37, 34)) << wrapped;
+    EXPECT_EQ((std::vector<std::string>{"30", "35"}), restricted(wrapped, 30, 35, 50)) << wrapped;
+  }
+}
+
 TEST_F(ArrayValueIteratorTest, FailedRestrictionFailsEveryCall) {
   // The iterator is set up only once every restriction walks, so each later
   // call meets the same failure again rather than a half-made walk.

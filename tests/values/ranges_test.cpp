@@ -1,4 +1,7 @@
+#include <atomic>
+#include <cstdlib>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -6,11 +9,33 @@
 
 #include "quorel/values/interval_range.h"
 #include "quorel/values/iterator_iterator.h"
+#include "quorel/values/number_value.h"
 #include "quorel/values/range_series.h"
 #include "quorel/values/sequence_range.h"
 #include "quorel/values/single_value_iterator.h"
 #include "quorel/values/value_set.h"
 #include "test_support.h"
+
+// Blocks of memory in use by the whole program, so that a test can see
+// whether something it did left memory behind.
+namespace {
+std::atomic<long> liveBlocks{0};
+}  // namespace
+
+void *operator new(std::size_t size) {
+  void *block = std::malloc(size == 0 ? 1 : size);
+  if (block == nullptr) throw std::bad_alloc();
+  ++liveBlocks;
+  return block;
+}
+
+void operator delete(void *block) noexcept {
+  if (block == nullptr) return;
+  --liveBlocks;
+  std::free(block);
+}
+
+void operator delete(void *block, std::size_t) noexcept { operator delete(block); }
 
 namespace quorel {
 namespace {
@@ -81,6 +106,32 @@ TEST_F(RangesTest, AWalkWhoseStepIsLostInRoundingEnds) {
   double big = 9007199254740992.0;
   std::vector<std::string> texts = walk(seq(big - 2, big - 1, big + 100));
   EXPECT_EQ(3u, texts.size());
+}
+
+TEST(RangeWalkTest, DeliveredNumbersLiveUntilTheRunEndsNotWithTheRange) {
+  // A range that outlives runs, as a classification's code or a host's does.
+  NumberValue first(1.0), second(2.0), last(100.0), one(1.0);
+  SequenceRange kept(&first, &second, &last);
+  auto runComparisons = [&] {
+    TestRun run;
+    for (int i = 0; i < 10; ++i) EXPECT_TRUE(kept.ge(&one));
+    Value *delivered;
+    {
+      std::unique_ptr<ValueIterator> walk(kept.asRange());
+      delivered = walk->next();
+    }
+    // Still alive after its iterator, as consumers rely on.
+    EXPECT_EQ(1, delivered->asInteger());
+  };
+  runComparisons();  // settles whatever is made once
+  long before = liveBlocks;
+  runComparisons();
+  EXPECT_EQ(before, liveBlocks);
+  // Outside any run the range keeps what its walks deliver.
+  std::unique_ptr<ValueIterator> walk(kept.asRange());
+  Value *outside = walk->next();
+  walk.reset();
+  EXPECT_EQ(1, outside->asInteger());
 }
 
 TEST_F(RangesTest, IntervalsContainButDoNotWalk) {
