@@ -1,6 +1,7 @@
 // The pattern language at the edges of its counts and byte ranges: the
 // maximum of every kind of quantifier, the last letter of the alphabet at
-// word boundaries and under case folding, and the last hexadecimal digit.
+// word boundaries and under case folding, the last hexadecimal digit, and
+// both bytes that end a line.
 
 #include <gtest/gtest.h>
 
@@ -66,6 +67,15 @@ TEST(PatternBoundariesTest, ClassRangesHoldBothEnds) {
       {"[a-c]", "a", true, 0},  {"[a-c]", "c", true, 0},  {"[a-c]", "d", false, 0},
       {"[a-c]", "`", false, 0}, {"[0-9]+", "09", true, 0}, {"[^a-c]", "c", false, 0},
       {"[a-a]", "a", true, 0},  {"[\\x00-\\x7f]", "\x7f", true, 0},
+  };
+  expectCases(cases);
+}
+
+TEST(PatternBoundariesTest, ACarriageReturnEndsALineLikeALineFeed) {
+  const Case cases[] = {
+      {"(?m)a$\r", "a\r", true, 0},   {"(?m)a$\n", "a\n", true, 0},   {"(?m)a\r^b", "a\rb", true, 0},
+      {"(?m)a\n^b", "a\nb", true, 0}, {"a\\Z\r", "a\r", true, 0},    {"a\\Z\n", "a\n", true, 0},
+      {"(?m)a$b", "ab", false, 0},    {"a\\Zb", "ab", false, 0},
   };
   expectCases(cases);
 }
