@@ -1,6 +1,7 @@
 // The built-in functions at the edges of their ranges: shifts that start on a
 // weekend or end in a short month, century years, the smallest 64-bit
-// dividend, affixes as long as the text, the first and last digit and letter.
+// dividend, affixes as long as the text, the first and last digit and letter,
+// and a pattern test of a text that is missing.
 
 #include <string>
 
@@ -111,6 +112,16 @@ TEST_F(FunctionBoundariesTest, CaseMappingCoversEveryPairAndStopsAtTheirEdges) {
                Functions::GROSSBUCHSTABEN(rt(), text("az\xE4\xF6\xFC" "`{@[\xDF\xE9"))->asString());
   EXPECT_STREQ("az\xE4\xF6\xFC" "@[`{\xC9",
                Functions::KLEINBUCHSTABEN(rt(), text("AZ\xC4\xD6\xDC" "@[`{\xC9"))->asString());
+}
+
+TEST_F(FunctionBoundariesTest, NoPatternTestOfAMissingText) {
+  // The pattern takes the empty text, which is what a missing value would read as.
+  Value *any = text(".*");
+  EXPECT_TRUE(Functions::HAT_FORMAT(rt(), any, text(""))->asBool());
+  for (Value *missing : {rt()->createInvalidValue(), rt()->createNilValue(), rt()->createInconvertibleValue("x")}) {
+    EXPECT_FALSE(Functions::HAT_FORMAT(rt(), any, missing)->asBool());
+    EXPECT_FALSE(Functions::HAT_FORMAT(rt(), missing, text(""))->asBool());
+  }
 }
 
 }  // namespace
