@@ -1,0 +1,69 @@
+// What a field read makes of a record that fails: a failed conversion becomes
+// an inconvertible value, every other failure reaches the rule unchanged.
+
+#include <gtest/gtest.h>
+
+#include "model/test_tree.h"
+#include "quorel/model/feature_field.h"
+#include "quorel/values/value.h"
+#include "test_support.h"
+
+namespace quorel {
+namespace {
+
+// A record that fails every read of a value with the given exception.
+class FailingRecord : public SimpleDataRecord {
+ public:
+  FailingRecord(std::int32_t type, const char *message) : type_(type), message_(message) {}
+
+  const char *getString(FieldDescriptor *) override { throw PlausiException(type_, message_); }
+  std::int64_t getInteger(FieldDescriptor *) override { throw PlausiException(type_, message_); }
+  double getReal(FieldDescriptor *) override { throw PlausiException(type_, message_); }
+  bool isEmpty(FieldDescriptor *) override { return false; }
+
+ private:
+  std::int32_t type_;
+  const char *message_;
+};
+
+class FieldReadFailuresTest : public ::testing::Test {
+ protected:
+  // Reads each kind of field of the root through the record; f gets each read.
+  template <typename F>
+  void readEach(DataRecord *record, F f) {
+    NoRules plausi;
+    PlausiContext context(record);
+    RuntimeContext runtime(&context, &plausi);
+    FeatureField feature(root_.betrag);
+    for (Variable *variable : std::initializer_list<Variable *>{root_.name, root_.alter, root_.alterText,
+                                                                root_.betrag, root_.datum, &feature}) {
+      f(&runtime, variable);
+    }
+  }
+
+  StandaloneRoot root_;
+};
+
+TEST_F(FieldReadFailuresTest, OnlyAFailedConversionBecomesAValue) {
+  FailingRecord unreadable(EXCEPTION_CONVERSION, "kaputt");
+  readEach(&unreadable, [](RuntimeContext *runtime, Variable *variable) {
+    Value *value = variable->get(runtime);
+    EXPECT_TRUE(value->isNil());
+    EXPECT_FALSE(value->isValid());
+    expectFailure([&] { value->asString(); }, EXCEPTION_CONVERSION,
+                  "Dieser Wert ist nicht verf\xFC" "gbar: kaputt");
+  });
+
+  FailingRecord locked(EXCEPTION_GENERAL, "Satz gesperrt");
+  readEach(&locked, [](RuntimeContext *runtime, Variable *variable) {
+    expectFailure([&] { variable->get(runtime); }, EXCEPTION_GENERAL, "Satz gesperrt");
+  });
+
+  FailingRecord refused(EXCEPTION_ILLEGAL_ACCESS, "kein Zugriff");
+  readEach(&refused, [](RuntimeContext *runtime, Variable *variable) {
+    expectFailure([&] { variable->get(runtime); }, EXCEPTION_ILLEGAL_ACCESS, "kein Zugriff");
+  });
+}
+
+}  // namespace
+}  // namespace quorel
