@@ -69,7 +69,7 @@ bool Pattern::parse() {
   std::size_t needed = levels * kCompileBytesPerLevel;
   auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   std::uintptr_t lowest = pattern_stack::lowestFrameAddress();
-  if (here - lowest >= needed) return parseWithin(lowest);
+  if (here > lowest && here - lowest >= needed) return parseWithin(lowest);
   if (needed > kMaxCompileStack) needed = kMaxCompileStack;
   bool parsed = false;
   std::exception_ptr failure;
