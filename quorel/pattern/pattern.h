@@ -127,6 +127,9 @@ class Pattern {
   // Reads the range behind lower, with the cursor on the '-'.
   ByteSet readRange(unsigned char lower);
   ByteSet readEscape(bool *inverted, bool *quoted);
+  // An escape inside brackets, where \Q has no place: false after its
+  // report, with the cursor put at the end of the text.
+  bool readClassEscape(ByteSet *members, bool *inverted);
   ByteSet readOctalEscape();
   ByteSet readHexEscape();
   ByteSet readClassName();

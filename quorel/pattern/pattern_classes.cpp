@@ -127,12 +127,10 @@ ByteSet Pattern::readClass() {
           begin(true);
         }
       } else if (c == '\\') {
+        ByteSet escaped;
         bool inverted = false;
-        bool quoted = false;
-        ByteSet escaped = readEscape(&inverted, &quoted);
-        if (quoted) {
-          reportSyntaxError();
-          cursor_ = static_cast<std::int32_t>(text_.size());
+        if (!readClassEscape(&escaped, &inverted)) {
+          // reported; the class reading ends
         } else if (inverted) {
           members |= invertClass(escaped);
         } else if (escaped.count() <= 1 && peek() == '-' && !atEnd()) {
@@ -175,14 +173,9 @@ ByteSet Pattern::readRange(unsigned char lower) {
   }
   char u = text_[static_cast<std::size_t>(cursor_++)];
   if (u == '\\') {
+    ByteSet escaped;
     bool inverted = false;
-    bool quoted = false;
-    ByteSet escaped = readEscape(&inverted, &quoted);
-    if (quoted) {
-      reportSyntaxError();
-      cursor_ = static_cast<std::int32_t>(text_.size());
-      return ByteSet();
-    }
+    if (!readClassEscape(&escaped, &inverted)) return ByteSet();
     if (inverted || escaped.count() > 1) reportSyntaxError();
     u = escaped.empty() ? '\0' : static_cast<char>(escaped.first());
   } else if (u == '[' || u == ']' || u == '-' || u == '&') {
@@ -191,6 +184,15 @@ ByteSet Pattern::readRange(unsigned char lower) {
     return ByteSet();
   }
   return ByteSet::range(lower, static_cast<unsigned char>(u));
+}
+
+bool Pattern::readClassEscape(ByteSet *members, bool *inverted) {
+  bool quoted = false;
+  *members = readEscape(inverted, &quoted);
+  if (!quoted) return true;
+  reportSyntaxError();
+  cursor_ = static_cast<std::int32_t>(text_.size());
+  return false;
 }
 
 ByteSet Pattern::readEscape(bool *inverted, bool *quoted) {

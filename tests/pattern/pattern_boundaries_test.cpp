@@ -5,24 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include "pattern/pattern_cases.h"
 #include "quorel/pattern/pattern.h"
 
 namespace {
 
-struct Case {
-  const char *pattern;
-  const char *input;
-  bool expected;
-  std::int32_t flags;
-};
-
-template <std::size_t N>
-void expectCases(const Case (&cases)[N]) {
-  for (const Case &c : cases) {
-    EXPECT_EQ(c.expected, Pattern::matches(c.pattern, c.input, c.flags))
-        << "pattern " << c.pattern << " on \"" << c.input << "\" flags " << c.flags;
-  }
-}
+using Case = PatternCase;
 
 TEST(PatternBoundariesTest, EveryQuantifierStopsAtItsMaximum) {
   const Case cases[] = {
