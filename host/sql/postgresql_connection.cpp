@@ -232,6 +232,8 @@ std::unique_ptr<SqlConnection> openPostgresql(const SqlSource &source, std::stri
     PQfinish(connection);
     return nullptr;
   }
+  // Notices (a table to drop that is not there) are no concern of the host's.
+  PQsetNoticeProcessor(connection, [](void *, const char *) {}, nullptr);
   auto result = std::make_unique<PostgresqlConnection>(connection);
   if (!result->execute("SET DateStyle TO ISO", message)) {
     *message = "cannot set up the session on " + source.where() + ": " + *message;

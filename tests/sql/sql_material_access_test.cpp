@@ -276,6 +276,29 @@ TEST_P(SqlMaterialAccessTest, ThreadsQueryOnSessionsOfTheirOwn) {
   EXPECT_EQ(answers[0], answers[2]);
 }
 
+TEST_P(SqlMaterialAccessTest, ALostConnectionFailsTheQueryAndIsOpenedAnew) {
+  if (GetParam() == "sqlite") GTEST_SKIP() << "a file is not lost";
+  SqlMaterialAccess sql;
+  std::string message;
+  SqlSource source;
+  ASSERT_TRUE(SqlSource::parse(db_->url("table=orte"), &source, &message));
+  ASSERT_TRUE(sql.addMaterial("Orte", source, &message)) << message;
+  PlaceTopic topic;
+  StringValue plz("80331");
+  auto query = [&] {
+    std::string rows = answer(&sql, &topic, {new FilterCondition(topic.plz, OPERATOR_EQUAL, &plz)}, nullptr,
+                              {topic.name});
+    sql.releaseRecords();
+    return rows;
+  };
+  EXPECT_EQ("-|M\xFCnchen|-|-|-|;", query());
+  db_->execute("SELECT pg_terminate_backend(pid) FROM pg_stat_activity "
+               "WHERE pid <> pg_backend_pid() AND datname = current_database()");
+  std::string lost = query();
+  EXPECT_EQ(0u, lost.find("exception 6: Material Orte (postgresql://")) << lost;
+  EXPECT_EQ("-|M\xFCnchen|-|-|-|;", query());
+}
+
 INSTANTIATE_TEST_SUITE_P(Backends, SqlMaterialAccessTest, ::testing::ValuesIn(testing::backends()),
                          [](const ::testing::TestParamInfo<std::string> &info) {
                            return info.param == "sqlite" ? std::string("Sqlite") : std::string("Postgresql");
