@@ -1,8 +1,14 @@
-// quorel-check: checks the records of a CSV file with a rule module.
+// quorel-check: checks the records of a CSV file or a database table with a
+// rule module.
 //
-//   quorel-check [options] LIBRARY MODULE RECORDS.csv
+//   quorel-check [options] LIBRARY MODULE RECORDS
 //
-// The header row of RECORDS.csv names fields by hierarchy text
+// RECORDS is a CSV file, or a table or query of a database
+// (sqlite:FILE?table=T, postgresql://...?table=T, ...?query=SELECT...); so
+// is a material. --output writes the problems into a database table instead
+// of the standard output, one transaction per batch of records.
+//
+// The header row of a CSV file (a table's column names) names fields by hierarchy text
 // (Antrag.Antragsteller.Name, Antrag.Kinder[1].Vorname); a column whose name
 // ends in "#" gives an array size (Antrag.Kinder#); an empty cell is an empty
 // field. Cells are separated by ';' or ','. Each record is checked with its
@@ -29,14 +35,21 @@
 #include "quorel/host/checker.h"
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
+#include "quorel/host/material_router.h"
 #include "quorel/host/problem_format.h"
 #include "quorel/host/record_layout.h"
+#include "quorel/host/sql/sql_source.h"
 #include "quorel/host/table_material_access.h"
+#ifdef QUOREL_HOST_SQL
+#include "quorel/host/sql/sql_material_access.h"
+#include "quorel/host/sql/sql_problem_table.h"
+#include "quorel/host/sql/sql_row_source.h"
+#endif
 
 namespace {
 
 struct Options {
-  std::string library, module, records;
+  std::string library, module, records, output;
   std::string flow = "Pruefung";
   std::int32_t weightLevel = 1;
   std::vector<std::pair<std::string, std::string>> inits, materials;
@@ -62,12 +75,14 @@ const CLI::Validator kNameValue(
 // Parses the command line; false with the usage on the standard error stream
 // for a bad one. --help prints the usage and ends the program.
 bool parse(int argc, char **argv, Options *options) {
-  CLI::App app("Checks the records of a CSV file with a rule module.\n"
+  CLI::App app("Checks the records of a CSV file or database table with a rule module.\n"
                "Exit status: 0 all records ok, 1 some record has an error, 2 usage, load or input error.",
                "quorel-check");
   app.add_option("LIBRARY", options->library, "shared library of the rule module")->required();
   app.add_option("MODULE", options->module, "name of the rule module")->required();
-  app.add_option("RECORDS", options->records, "CSV file of the records")->required();
+  app.add_option("RECORDS", options->records,
+                 "CSV file of the records, or sqlite:FILE?table=T, postgresql://...?table=T (or ?query=SELECT...)")
+      ->required();
   app.add_option("--flow", options->flow, "flow to run for each record")->capture_default_str();
   app.add_option("--weight-level", options->weightLevel, "problem weight level handed to the rules")
       ->capture_default_str();
@@ -75,7 +90,8 @@ bool parse(int argc, char **argv, Options *options) {
   app.add_option("--init", inits, "init parameter, a number if it reads as one (repeatable)")
       ->check(kNameValue)
       ->allow_extra_args(false);
-  app.add_option("--material", materials, "CSV file of a material, NAME=FILE (repeatable)")
+  app.add_option("--material", materials,
+                 "a material, NAME=FILE.csv or NAME=sqlite:FILE?table=T or NAME=postgresql://...?table=T (repeatable)")
       ->check(kNameValue)
       ->allow_extra_args(false);
   app.add_option("--log", options->logFile, "write the log of the runs to FILE");
@@ -84,6 +100,8 @@ bool parse(int argc, char **argv, Options *options) {
   app.add_option("--format", format, "readable text or JSON Lines; both UTF-8")
       ->check(CLI::IsMember({"text", "json"}))
       ->capture_default_str();
+  app.add_option("--output", options->output,
+                 "write the problems into a table, sqlite:FILE?table=T or postgresql://...?table=T");
   app.add_option("--jobs", options->jobs, "check records on N threads, output in input order")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
@@ -101,6 +119,8 @@ bool parse(int argc, char **argv, Options *options) {
   options->json = format == "json";
   return true;
 }
+
+const std::string kNoDatabases = "built without databases (libsqlite3-dev): ";
 
 int fail(const std::string &message) {
   std::cerr << "quorel-check: " << message << "\n";
@@ -121,9 +141,10 @@ std::shared_ptr<quorel::Value> initValue(const std::string &text) {
 // and formats what it found into its own buffer.
 class Worker {
  public:
+  // Problems are formatted, or gathered as rows of a table when toTable.
   Worker(const quorel::host::CheckSettings &settings, const quorel::host::RecordLayout &layout,
-         const quorel::host::ProblemFormat &format)
-      : settings_(settings), layout_(layout), format_(format) {}
+         const quorel::host::ProblemFormat &format, bool toTable)
+      : settings_(settings), layout_(layout), format_(format), toTable_(toTable) {}
 
   // Loads the module; the message of the failure otherwise.
   bool start(std::string *message) {
@@ -140,10 +161,16 @@ class Worker {
   // Checks rows [begin, end) of the batch into output() and counts().
   void run(const std::vector<quorel::host::Row> &batch, std::size_t begin, std::size_t end) {
     output_.clear();
+#ifdef QUOREL_HOST_SQL
+    rows_.clear();
+#endif
     for (std::size_t i = begin; i < end; ++i) check(batch[i]);
   }
 
   const std::string &output() const { return output_; }
+#ifdef QUOREL_HOST_SQL
+  const quorel::host::SqlProblemTable::Rows &rows() const { return rows_; }
+#endif
   const quorel::host::Summary &counts() const { return counts_; }
 
  private:
@@ -153,24 +180,36 @@ class Worker {
     std::string error = row.error;
     if (!error.empty() || !layout_.fill(row.cells, &record, &error)) {
       ++counts_.failed;
-      format_.appendFailure(row.position, error, &output_);
+      failure(row.position, error);
       return;
     }
     checker_->check(&record, &outcome_);
     if (outcome_.failed) {
       ++counts_.failed;
-      format_.appendFailure(row.position,
-                            "Ausnahme " + std::to_string(outcome_.exceptionType) + ": " + outcome_.message,
-                            &output_);
+      failure(row.position, "Ausnahme " + std::to_string(outcome_.exceptionType) + ": " + outcome_.message);
     }
-    format_.appendRecord(row.position, outcome_.problems, &output_);
+#ifdef QUOREL_HOST_SQL
+    if (toTable_) quorel::host::SqlProblemTable::appendRecord(row.position, outcome_.problems, &rows_);
+#endif
+    if (!toTable_) format_.appendRecord(row.position, outcome_.problems, &output_);
     counts_.problems += static_cast<std::int64_t>(outcome_.problems.size());
     counts_.errors += outcome_.errors;
+  }
+
+  void failure(std::int64_t position, const std::string &message) {
+#ifdef QUOREL_HOST_SQL
+    if (toTable_) return quorel::host::SqlProblemTable::appendFailure(position, message, &rows_);
+#endif
+    format_.appendFailure(position, message, &output_);
   }
 
   const quorel::host::CheckSettings &settings_;
   const quorel::host::RecordLayout &layout_;
   const quorel::host::ProblemFormat &format_;
+  bool toTable_;
+#ifdef QUOREL_HOST_SQL
+  quorel::host::SqlProblemTable::Rows rows_;
+#endif
   std::unique_ptr<quorel::host::Checker> checker_;
   quorel::host::Outcome outcome_;
   std::string output_;
@@ -187,12 +226,58 @@ int main(int argc, char **argv) {
   Options options;
   if (!parse(argc, argv, &options)) return 2;
   std::string message;
-  quorel::host::TableMaterialAccess materials;
+  quorel::host::TableMaterialAccess tables;
+  quorel::host::MaterialRouter materials;
+#ifdef QUOREL_HOST_SQL
+  quorel::host::SqlMaterialAccess databases;
+  bool useDatabases = false;
+#endif
   for (const auto &material : options.materials) {
-    auto source = quorel::host::CsvRowSource::open(material.second, &message);
-    if (source == nullptr || !materials.load(material.first, source.get(), &message)) return fail(message);
+    if (!quorel::host::SqlSource::names(material.second)) {
+      auto source = quorel::host::CsvRowSource::open(material.second, &message);
+      if (source == nullptr || !tables.load(material.first, source.get(), &message)) return fail(message);
+      materials.route(material.first, &tables);
+      continue;
+    }
+#ifdef QUOREL_HOST_SQL
+    quorel::host::SqlSource source;
+    if (!quorel::host::SqlSource::parse(material.second, &source, &message) ||
+        !databases.addMaterial(material.first, source, &message)) {
+      return fail(message);
+    }
+    materials.route(material.first, &databases);
+    useDatabases = true;
+#else
+    return fail(kNoDatabases + material.second);
+#endif
   }
-  auto records = quorel::host::CsvRowSource::open(options.records, &message);
+  std::unique_ptr<quorel::host::RowSource> records;
+  if (!options.output.empty() && !quorel::host::SqlSource::names(options.output)) {
+    return fail("--output takes a table, sqlite:FILE?table=T or postgresql://...?table=T: " + options.output);
+  }
+#ifndef QUOREL_HOST_SQL
+  for (const std::string *target : {&options.records, &options.output}) {
+    if (quorel::host::SqlSource::names(*target)) return fail(kNoDatabases + *target);
+  }
+#endif
+#ifdef QUOREL_HOST_SQL
+  quorel::host::SqlSource recordTable;
+  if (quorel::host::SqlSource::names(options.records)) {
+    if (!quorel::host::SqlSource::parse(options.records, &recordTable, &message) ||
+        (records = quorel::host::SqlRowSource::open(recordTable, &message)) == nullptr) {
+      return fail(message);
+    }
+  }
+  std::unique_ptr<quorel::host::SqlProblemTable> problemTable;
+  if (!options.output.empty()) {
+    quorel::host::SqlSource target;
+    if (!quorel::host::SqlSource::parse(options.output, &target, &message) ||
+        (problemTable = quorel::host::SqlProblemTable::open(target, &message)) == nullptr) {
+      return fail(message);
+    }
+  }
+#endif
+  if (records == nullptr) records = quorel::host::CsvRowSource::open(options.records, &message);
   if (records == nullptr) return fail(message);
 
   std::unique_ptr<quorel::Logger> logger;
@@ -209,12 +294,15 @@ int main(int argc, char **argv) {
   settings.materials = &materials;
   settings.logger = logger.get();
   for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
+#ifdef QUOREL_HOST_SQL
+  if (useDatabases) settings.afterRun = [&databases] { databases.releaseRecords(); };
+#endif
 
   quorel::host::RecordLayout layout(records->columns());
   auto format = quorel::host::ProblemFormat::create(options.json ? "json" : "text");
   std::vector<std::unique_ptr<Worker>> workers;
   for (int i = 0; i < options.jobs; ++i) {
-    workers.push_back(std::make_unique<Worker>(settings, layout, *format));
+    workers.push_back(std::make_unique<Worker>(settings, layout, *format, !options.output.empty()));
     if (!workers.back()->start(&message)) return fail(message);
   }
 
@@ -233,6 +321,13 @@ int main(int argc, char **argv) {
     }
     workers[0]->run(batch, 0, share(1));
     for (std::thread &thread : threads) thread.join();
+#ifdef QUOREL_HOST_SQL
+    if (problemTable != nullptr) {
+      std::vector<const quorel::host::SqlProblemTable::Rows *> pieces;
+      for (const auto &worker : workers) pieces.push_back(&worker->rows());
+      if (!problemTable->write(pieces, &message)) return fail(message);
+    }
+#endif
     for (const auto &worker : workers) out.write(worker->output());
     checked += static_cast<std::int64_t>(size);
     if (progress) std::cerr << "\r" << checked << " records checked" << std::flush;

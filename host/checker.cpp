@@ -31,17 +31,20 @@ void Checker::check(DataRecord *record, Outcome *outcome) {
   outcome->problems.clear();
   outcome->failed = false;
   outcome->message.clear();
-  PlausiContext context(record);
-  configure(&context);
-  try {
-    plausi_->perform(&context);
-  } catch (const PlausiException &e) {
-    outcome->failed = true;
-    outcome->exceptionType = e.getType();
-    outcome->message = e.getMessage();
+  {
+    PlausiContext context(record);
+    configure(&context);
+    try {
+      plausi_->perform(&context);
+    } catch (const PlausiException &e) {
+      outcome->failed = true;
+      outcome->exceptionType = e.getType();
+      outcome->message = e.getMessage();
+    }
+    collectProblems(context, &outcome->problems);
+    outcome->errors = context.getNumOfProblems(PROBLEM_ERROR);
   }
-  collectProblems(context, &outcome->problems);
-  outcome->errors = context.getNumOfProblems(PROBLEM_ERROR);
+  if (settings_.afterRun) settings_.afterRun();
 }
 
 }  // namespace host

@@ -10,6 +10,7 @@
 #define QUOREL_HOST_CHECKER_H_
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,6 +36,9 @@ struct CheckSettings {
   Logger *logger = nullptr;
   // Init params by name; each checker runs on copies.
   std::vector<std::pair<std::string, std::shared_ptr<Value>>> inits;
+  // Called on the run's thread after each check, once its context is gone:
+  // a material access that makes records per query releases them here.
+  std::function<void()> afterRun;
 };
 
 // What checking one record gave.

@@ -1,0 +1,111 @@
+#include "quorel/host/sql/sql_cells.h"
+
+#include <charconv>
+#include <cstdio>
+#include <ctime>
+
+#include <quorel/quorel.h>
+
+#include "quorel/host/encoding.h"
+
+namespace quorel {
+namespace host {
+
+namespace {
+
+bool digits(std::string_view text) {
+  for (char c : text) {
+    if (c < '0' || c > '9') return false;
+  }
+  return true;
+}
+
+std::string where(const std::string &table, SqlStatement *statement, int column) {
+  return "Tabelle " + table + ", Spalte " + statement->columnName(column);
+}
+
+}  // namespace
+
+CellRead readCellUtf8(SqlStatement *statement, int column, const std::string &table, std::string *utf8,
+                      std::string *message) {
+  SqlCellKind kind = statement->kind(column);
+  std::string_view raw = statement->text(column);
+  utf8->clear();
+  switch (kind) {
+    case SqlCellKind::kNull: return CellRead::kEmpty;
+    case SqlCellKind::kBinary:
+      *message = where(table, statement, column) + ": Bin\xC3\xA4rdaten k\xC3\xB6nnen kein Feld sein";
+      return CellRead::kFailed;
+    case SqlCellKind::kReal: {
+      double number = 0.0;
+      auto [end, fault] = std::from_chars(raw.data(), raw.data() + raw.size(), number);
+      if (fault != std::errc() || end != raw.data() + raw.size()) break;  // NaN, Infinity: as written
+      // The shortest text that reads back as the same number, with the
+      // decimal comma that the library's numbers read.
+      char text[400];
+      auto written = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed);
+      utf8->assign(text, written.ptr);
+      std::size_t point = utf8->find('.');
+      if (point != std::string::npos) (*utf8)[point] = ',';
+      return CellRead::kValue;
+    }
+    case SqlCellKind::kDate:
+      if (raw.size() == 10 && raw[4] == '-' && raw[7] == '-' && digits(raw.substr(0, 4)) &&
+          digits(raw.substr(5, 2)) && digits(raw.substr(8, 2))) {
+        *utf8 = std::string(raw.substr(8, 2)) + "." + std::string(raw.substr(5, 2)) + "." +
+                std::string(raw.substr(0, 4));
+        return CellRead::kValue;
+      }
+      break;
+    case SqlCellKind::kBool:
+      *utf8 = raw == "t" || raw == "true" || raw == "1" ? "WAHR" : "FALSCH";
+      return CellRead::kValue;
+    case SqlCellKind::kInteger:
+    case SqlCellKind::kText: break;
+  }
+  utf8->assign(raw.data(), raw.size());
+  return utf8->empty() ? CellRead::kEmpty : CellRead::kValue;
+}
+
+CellRead readCell(SqlStatement *statement, int column, const std::string &table, std::string *cell,
+                  std::string *message) {
+  std::string utf8;
+  CellRead read = readCellUtf8(statement, column, table, &utf8, message);
+  if (read == CellRead::kFailed) {
+    *message = messageText(*message);
+    return read;
+  }
+  std::size_t offset = 0;
+  if (read == CellRead::kValue && !fromUtf8(utf8, cell, &offset)) {
+    *message = where(table, statement, column) + ": Zeichen an Byte " + std::to_string(offset) +
+               " ist nicht in Windows-1252: " + messageText(utf8);
+    *message = messageText(*message);
+    return CellRead::kFailed;
+  }
+  if (read == CellRead::kEmpty) cell->clear();
+  return read;
+}
+
+std::string messageText(std::string_view utf8) {
+  std::string out, piece;
+  std::size_t offset = 0;
+  // fromUtf8 leaves in piece what it converted before the character that
+  // does not fit.
+  while (!fromUtf8(utf8, &piece, &offset)) {
+    out += piece;
+    out += '?';
+    std::size_t skip = 1;
+    while (offset + skip < utf8.size() && (static_cast<unsigned char>(utf8[offset + skip]) & 0xC0) == 0x80) ++skip;
+    utf8.remove_prefix(offset + skip);
+  }
+  return out + piece;
+}
+
+std::string isoDate(const std::tm &date) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d", date.tm_year + 1900, date.tm_mon + 1, date.tm_mday);
+  return text;
+}
+
+}  // namespace host
+}  // namespace quorel

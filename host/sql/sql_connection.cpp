@@ -1,0 +1,50 @@
+#include "quorel/host/sql/sql_connection.h"
+
+namespace quorel {
+namespace host {
+
+std::unique_ptr<SqlConnection> openSqlite(const SqlSource &source, bool writable, std::string *message);
+std::unique_ptr<SqlConnection> openPostgresql(const SqlSource &source, std::string *message);
+
+SqlParam SqlParam::ofInteger(std::int64_t value) {
+  SqlParam param;
+  param.kind = kInteger;
+  param.integer = value;
+  return param;
+}
+
+SqlParam SqlParam::ofReal(double value) {
+  SqlParam param;
+  param.kind = kReal;
+  param.real = value;
+  return param;
+}
+
+SqlParam SqlParam::ofText(std::string value) {
+  SqlParam param;
+  param.kind = kText;
+  param.text = std::move(value);
+  return param;
+}
+
+std::unique_ptr<SqlConnection> SqlConnection::open(const SqlSource &source, bool writable, std::string *message) {
+  if (source.kind == SqlSource::kSqlite) return openSqlite(source, writable, message);
+#ifdef QUOREL_HOST_SQL_POSTGRESQL
+  return openPostgresql(source, message);
+#else
+  *message = "cannot open " + source.where() + ": built without PostgreSQL (libpq-dev)";
+  return nullptr;
+#endif
+}
+
+std::string quoteIdentifier(const std::string &name) {
+  std::string quoted = "\"";
+  for (char c : name) {
+    if (c == '"') quoted += '"';
+    quoted += c;
+  }
+  return quoted + '"';
+}
+
+}  // namespace host
+}  // namespace quorel

@@ -1,0 +1,59 @@
+// SqlProblemTable: problems written into a table of a database, which is made
+// when it is missing, with one row per problem and one per record that could
+// not be checked:
+//
+//   record   BIGINT   the record's position in its source (line, row)
+//   id, type, weight, text, details, field
+//            the problem's, as in the JSON Lines output; NULL on a failure
+//   accessed, sections   JSON arrays of texts
+//   failure  TEXT     why the record could not be checked; NULL otherwise
+//
+// Rows are gathered per batch (by any thread, each into its own Rows) and
+// written in one transaction: a batch is in the table whole or not at all.
+// Texts are written UTF-8. Owns its connection; one thread at a time.
+
+#ifndef QUOREL_HOST_SQL_SQL_PROBLEM_TABLE_H_
+#define QUOREL_HOST_SQL_SQL_PROBLEM_TABLE_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quorel/host/problem.h"
+#include "quorel/host/sql/sql_connection.h"
+
+namespace quorel {
+namespace host {
+
+class SqlProblemTable {
+ public:
+  using Rows = std::vector<std::vector<SqlParam>>;
+
+  ~SqlProblemTable();
+
+  // Opens the database for writing and makes the source's table when it is
+  // missing; null with a message (UTF-8) when that fails or the table lacks
+  // a column of the layout above.
+  static std::unique_ptr<SqlProblemTable> open(const SqlSource &source, std::string *message);
+
+  // The rows of a record's problems; the failure's message is Windows-1252.
+  static void appendRecord(std::int64_t position, const std::vector<Problem> &problems, Rows *rows);
+  static void appendFailure(std::int64_t position, const std::string &message, Rows *rows);
+
+  // Writes the rows of the pieces, in order, in one transaction; false with
+  // a message when it failed and was rolled back.
+  bool write(const std::vector<const Rows *> &pieces, std::string *message);
+
+ private:
+  SqlProblemTable() = default;
+
+  std::unique_ptr<SqlConnection> connection_;
+  std::unique_ptr<SqlStatement> insert_;
+  std::string where_;
+};
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_HOST_SQL_SQL_PROBLEM_TABLE_H_

@@ -1,0 +1,109 @@
+#include "quorel/host/sql/sql_row_source.h"
+
+#include "quorel/host/sql/sql_cells.h"
+#include "quorel/host/sql/sql_connection.h"
+
+namespace quorel {
+namespace host {
+
+namespace {
+
+// The SELECT of the source's rows, its columns checked; empty with a message
+// when the table or an order column is missing.
+std::string selectOf(const SqlSource &source, SqlConnection *connection, std::string *message) {
+  if (!source.query.empty()) return source.query;
+  if (source.table.empty()) {
+    *message = "no table or query in " + source.where() + " (add ?table=NAME or ?query=SELECT...)";
+    return std::string();
+  }
+  SqlTable table;
+  if (!connection->describe(source.table, &table, message)) return std::string();
+  std::string sql = "SELECT * FROM " + quoteIdentifier(source.table);
+  const std::vector<std::string> &order = source.order.empty() ? table.key : source.order;
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    bool known = order[i] == "rowid";
+    for (const std::string &column : table.columns) known = known || column == order[i];
+    if (!known) {
+      *message = "table " + source.table + " has no column " + order[i] + " to order by";
+      return std::string();
+    }
+    sql += (i == 0 ? " ORDER BY " : ", ") + quoteIdentifier(order[i]);
+  }
+  return sql;
+}
+
+}  // namespace
+
+SqlRowSource::~SqlRowSource() {
+  statement_.reset();  // before its connection
+}
+
+std::unique_ptr<SqlRowSource> SqlRowSource::open(const SqlSource &source, std::string *message,
+                                                 const SqlReadOptions &options) {
+  std::unique_ptr<SqlRowSource> rows(new SqlRowSource());
+  rows->connection_ = SqlConnection::open(source, false, message);
+  if (rows->connection_ == nullptr) return nullptr;
+  std::string error;
+  std::string sql = selectOf(source, rows->connection_.get(), &error);
+  std::vector<SqlParam> params;
+  if (!sql.empty() && options.limit >= 0) {
+    SqlConnection &c = *rows->connection_;
+    sql = "SELECT * FROM (" + sql + ") AS quorel_rows LIMIT " + c.placeholder(1) + " OFFSET " + c.placeholder(2);
+    params = {SqlParam::ofInteger(options.limit), SqlParam::ofInteger(options.offset)};
+  }
+  if (!sql.empty()) rows->statement_ = rows->connection_->prepare(sql, &error);
+  if (rows->statement_ == nullptr || !rows->statement_->run(params, &error)) {
+    *message = "cannot read " + source.where() + ": " + error;
+    return nullptr;
+  }
+  for (int i = 0; i < rows->statement_->columnCount(); ++i) {
+    const std::string &name = rows->statement_->columnName(i);
+    rows->columns_.push_back(options.utf8 ? name : messageText(name));
+  }
+  rows->table_ = source.table.empty() ? "(Abfrage)" : source.table;
+  rows->name_ = source.where() + (source.table.empty() ? "" : "?table=" + source.table);
+  rows->utf8_ = options.utf8;
+  return rows;
+}
+
+bool SqlRowSource::count(const SqlSource &source, std::int64_t *count, std::string *message) {
+  auto connection = SqlConnection::open(source, false, message);
+  if (connection == nullptr) return false;
+  std::string error;
+  std::string sql = selectOf(source, connection.get(), &error);
+  std::unique_ptr<SqlStatement> statement;
+  if (!sql.empty()) statement = connection->prepare("SELECT count(*) FROM (" + sql + ") AS quorel_rows", &error);
+  if (statement == nullptr || !statement->run({}, &error) || !statement->next(&error)) {
+    *message = "cannot count the rows of " + source.where() + ": " + error;
+    return false;
+  }
+  *count = std::stoll(std::string(statement->text(0)));
+  statement->finish();
+  return true;
+}
+
+bool SqlRowSource::next(Row *row) {
+  if (ended_) return false;
+  row->error.clear();
+  row->position = ++read_;
+  std::string failure;
+  if (!statement_->next(&failure)) {
+    ended_ = true;
+    if (failure.empty()) return false;
+    row->cells.clear();
+    row->error = messageText("Lesefehler nach Zeile " + std::to_string(read_ - 1) + ": " + failure);
+    return true;
+  }
+  row->cells.resize(columns_.size());
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    std::string message;
+    int column = static_cast<int>(i);
+    CellRead read = utf8_ ? readCellUtf8(statement_.get(), column, table_, &row->cells[i], &message)
+                          : readCell(statement_.get(), column, table_, &row->cells[i], &message);
+    if (read == CellRead::kFailed && row->error.empty()) row->error = message;
+  }
+  return true;
+}
+
+}  // namespace host
+}  // namespace quorel

@@ -1,0 +1,69 @@
+// SqlRowSource: the rows of a database table, view or query as a RowSource.
+// Columns are named by hierarchy text, as in a CSV file's header
+// (Antrag.Kinder[0].Vorname, Antrag.Kinder#); cells take the form a CSV file
+// would carry (sql_cells.h). A table's rows come in the order that the
+// source names, else by its primary key (SQLite: by rowid); a query's rows in
+// its own order. Positions count the rows from 1 (after the offset).
+//
+// A cell that cannot be a field gives its row an error naming the table and
+// column. A failure of the database (a lost connection) gives one more row
+// that carries the failure, and then the rows end. Owns its connection.
+
+#ifndef QUOREL_HOST_SQL_SQL_ROW_SOURCE_H_
+#define QUOREL_HOST_SQL_SQL_ROW_SOURCE_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quorel/host/row_source.h"
+#include "quorel/host/sql/sql_source.h"
+
+namespace quorel {
+namespace host {
+
+class SqlConnection;
+class SqlStatement;
+
+struct SqlReadOptions {
+  // A slice of the rows: skip offset rows, then read at most limit (all
+  // when negative).
+  std::int64_t offset = 0;
+  std::int64_t limit = -1;
+  // Cells stay UTF-8 (for a front end that speaks it) instead of turning
+  // Windows-1252; a character outside Windows-1252 is then no error here.
+  bool utf8 = false;
+};
+
+class SqlRowSource : public RowSource {
+ public:
+  ~SqlRowSource() override;
+
+  // Opens the database and starts the query: null with a message (UTF-8)
+  // for a bad database, table, column or query.
+  static std::unique_ptr<SqlRowSource> open(const SqlSource &source, std::string *message,
+                                            const SqlReadOptions &options = SqlReadOptions());
+  // The number of rows of the source in *count; false with a message.
+  static bool count(const SqlSource &source, std::int64_t *count, std::string *message);
+
+  const std::vector<std::string> &columns() const override { return columns_; }
+  bool next(Row *row) override;
+  const std::string &name() const override { return name_; }
+
+ private:
+  SqlRowSource() = default;
+
+  std::unique_ptr<SqlConnection> connection_;
+  std::unique_ptr<SqlStatement> statement_;
+  std::vector<std::string> columns_;
+  std::string name_, table_;
+  bool utf8_ = false;
+  bool ended_ = false;
+  std::int64_t read_ = 0;
+};
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_HOST_SQL_SQL_ROW_SOURCE_H_

@@ -1,0 +1,180 @@
+// quorel-check with records, materials and problems in databases: the same
+// problems as with CSV files, and clear failures.
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "quorel/host/csv_row_source.h"
+#include "quorel/host/encoding.h"
+#include "quorel/host/sql/sql_row_source.h"
+#include "sql_test_support.h"
+
+namespace quorel {
+namespace host {
+namespace {
+
+using testing::TestDatabase;
+
+const std::string kData = QUOREL_EXAMPLE_DATA;
+
+struct Result {
+  int status;
+  std::string out;
+};
+
+Result check(const std::string &arguments) {
+  std::string command = std::string(QUOREL_CHECK) + " " + arguments + " 2>&1";
+  FILE *pipe = popen(command.c_str(), "r");
+  std::string out;
+  char buffer[4096];
+  for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
+  int status = pclose(pipe);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
+}
+
+std::string quoted(const std::string &text) { return "'" + text + "'"; }
+
+std::string file(const std::string &name) {
+  std::ifstream in(name, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// The output without the records' positions: a CSV file counts lines from
+// its header, a table rows from 1.
+std::string withoutPositions(const std::string &out) {
+  return std::regex_replace(std::regex_replace(out, std::regex("Zeile [0-9]+"), "Zeile _"),
+                            std::regex("\"line\":[0-9]+"), "\"line\":_");
+}
+
+// Copies a CSV file into a table of the same columns: texts (UTF-8), the
+// columns that integers names as INTEGER, empty cells as NULL.
+void copyTable(TestDatabase *db, const std::string &csv, const std::string &table,
+               const std::vector<std::string> &integers) {
+  std::string message;
+  auto rows = CsvRowSource::open(csv, &message);
+  ASSERT_NE(nullptr, rows) << message;
+  db->drop(table);
+  std::string create = "CREATE TABLE " + quoteIdentifier(table) + " (id INTEGER PRIMARY KEY";
+  std::string insert = "INSERT INTO " + quoteIdentifier(table) + " VALUES (" + db->connection()->placeholder(1);
+  for (std::size_t i = 0; i < rows->columns().size(); ++i) {
+    const std::string &column = rows->columns()[i];
+    bool integer = std::find(integers.begin(), integers.end(), column) != integers.end();
+    create += ", " + quoteIdentifier(column) + (integer ? " INTEGER" : " TEXT");
+    insert += ", " + db->connection()->placeholder(static_cast<int>(i) + 2);
+  }
+  db->execute(create + ")");
+  auto statement = db->connection()->prepare(insert + ")", &message);
+  ASSERT_NE(nullptr, statement) << message;
+  Row row;
+  std::int64_t id = 0;
+  while (rows->next(&row)) {
+    std::vector<SqlParam> params{SqlParam::ofInteger(++id)};
+    for (const std::string &cell : row.cells) {
+      params.push_back(cell.empty() ? SqlParam() : SqlParam::ofText(toUtf8(cell.c_str())));
+    }
+    ASSERT_TRUE(statement->run(params, &message)) << message;
+    statement->next(&message);
+    ASSERT_EQ("", message);
+  }
+}
+
+class QuorelCheckSqlTest : public ::testing::TestWithParam<std::string> {
+ protected:
+  void SetUp() override {
+    db_ = std::make_unique<TestDatabase>(GetParam());
+    QUOREL_NEED_DATABASE(*db_);
+    // The register as a database would hold it: plain column names, found
+    // by the fields' names.
+    db_->drop("gemeinden");
+    db_->execute("CREATE TABLE gemeinden (plz TEXT, ort TEXT, PRIMARY KEY (plz, ort));\n"
+                 "INSERT INTO gemeinden VALUES ('10115', 'Berlin');\n"
+                 "INSERT INTO gemeinden VALUES ('20095', 'Hamburg');\n"
+                 "INSERT INTO gemeinden VALUES ('80331', 'M\xC3\xBCnchen');\n"
+                 "INSERT INTO gemeinden VALUES ('28195', 'Bremen')");
+    copyTable(db_.get(), kData + "/antraege.csv", "antraege", {"Antrag.Kinder#", "Antrag.Einkommen#"});
+    module_ = std::string(QUOREL_ANTRAG_MODULE) + " Antrag ";
+  }
+  std::unique_ptr<TestDatabase> db_;
+  std::string module_;
+};
+
+TEST_P(QuorelCheckSqlTest, SameProblemsAsFromCsvFiles) {
+  std::string material = " --material " + quoted("Gemeinden=" + db_->url("table=gemeinden")) + " ";
+  Result fromCsv = check("--material Gemeinden=" + kData + "/gemeinden.csv " + module_ + kData + "/antraege.csv");
+  Result withTable = check(material + module_ + kData + "/antraege.csv");
+  EXPECT_EQ(1, withTable.status) << withTable.out;
+  EXPECT_EQ(file(kData + "/antraege.expected.txt"), withTable.out);
+  EXPECT_EQ(fromCsv.out, withTable.out);
+
+  std::string records = quoted(db_->url("table=antraege"));
+  Result json = check(material + "--format json " + module_ + records);
+  EXPECT_EQ(1, json.status) << json.out;
+  EXPECT_EQ(withoutPositions(file(kData + "/antraege.expected.jsonl")), withoutPositions(json.out));
+  Result query = check(material + module_ +
+                    quoted(db_->url("query=SELECT%20*%20FROM%20antraege%20WHERE%20id%20%3E%3D%202%20ORDER%20BY%20id")));
+  EXPECT_EQ(1, query.status) << query.out;
+  EXPECT_EQ(0u, query.out.find("Zeile 1: Fehler PER-02")) << query.out;
+  EXPECT_EQ(std::string::npos, query.out.find("Zeile 3")) << query.out;
+
+  // Problems into a table, read back in order: one row per problem.
+  db_->drop("probleme");
+  Result stored = check(material + "--output " + quoted(db_->url("table=probleme")) + " --jobs 2 " + module_ + records);
+  EXPECT_EQ(1, stored.status) << stored.out;
+  EXPECT_EQ("3 Datens\xC3\xA4tze gepr\xC3\xBC" "ft, 12 Probleme, davon 7 Fehler\n", stored.out);
+  SqlSource table;
+  std::string message;
+  ASSERT_TRUE(SqlSource::parse(db_->url("query=SELECT%20record%2C%20id%2C%20sections%20FROM%20probleme"), &table,
+                               &message));
+  auto rows = SqlRowSource::open(table, &message);
+  ASSERT_NE(nullptr, rows) << message;
+  Row row;
+  std::string ids;
+  while (rows->next(&row)) ids += row.cells[0] + ":" + row.cells[1] + " ";
+  EXPECT_EQ("2:PER-02 2:PER-04 2:ADR-02 2:ADR-03 2:KND-02 2:BTR-02 2:EIN-01 3:ANT-01 3:PER-01 3:PER-03 3:PER-05 "
+            "3:ADR-03 ",
+            ids);
+}
+
+TEST_P(QuorelCheckSqlTest, BadSourcesEndWithStatus2) {
+  std::string csv = kData + "/antraege.csv";
+  for (const std::string &material :
+       {db_->url("table=fehlt"), std::string("sqlite:"), std::string("sqlite:/nonexistent/x.db?table=t"),
+        db_->url("table=gemeinden&wrong%=1"), db_->url("table=gemeinden&order=fehlt")}) {
+    Result run = check("--material " + quoted("Gemeinden=" + material) + " " + module_ + csv);
+    EXPECT_EQ(2, run.status) << material << "\n" << run.out;
+    EXPECT_EQ(0u, run.out.find("quorel-check: ")) << run.out;
+  }
+  Result missing = check(module_ + quoted(db_->url("table=fehlt")));
+  EXPECT_EQ(2, missing.status);
+  EXPECT_NE(std::string::npos, missing.out.find("fehlt")) << missing.out;
+  Result badQuery = check(module_ + quoted(db_->url("query=SELEKT")));
+  EXPECT_EQ(2, badQuery.status);
+  // A material whose table lacks the fields' columns: each record that asks
+  // fails, the others are checked.
+  Result columns = check("--material " + quoted("Gemeinden=" + db_->url("table=antraege")) + " " + module_ + csv);
+  EXPECT_EQ(2, columns.status);
+  EXPECT_NE(std::string::npos, columns.out.find("Ausnahme 6: Material Gemeinden (")) << columns.out;
+  EXPECT_NE(std::string::npos, columns.out.find("keine Spalte f\xC3\xBCr das Feld Gemeinden.PLZ")) << columns.out;
+  // Problems cannot go into a table of another layout.
+  Result layout = check("--output " + quoted(db_->url("table=gemeinden")) + " " + module_ + csv);
+  EXPECT_EQ(2, layout.status);
+  EXPECT_NE(std::string::npos, layout.out.find("cannot write problems to")) << layout.out;
+}
+
+INSTANTIATE_TEST_SUITE_P(Backends, QuorelCheckSqlTest, ::testing::ValuesIn(testing::backends()),
+                         [](const ::testing::TestParamInfo<std::string> &info) {
+                           return info.param == "sqlite" ? std::string("Sqlite") : std::string("Postgresql");
+                         });
+
+}  // namespace
+}  // namespace host
+}  // namespace quorel
