@@ -75,7 +75,7 @@ bool parse(int argc, char **argv, Options *options) {
   app.add_option("LIBRARY", options->library, "shared library of the rule module")->required();
   app.add_option("MODULE", options->module, "name of the rule module")->required();
   app.add_option("RECORDS", options->records, "CSV file of the records")->required();
-  app.add_option("--flow", options->flow, "flow to run for each record")->capture_default_str();
+  app.add_option("--flow", options->flow, "flow to run for each record (refused when the module declares other flows)")->capture_default_str();
   app.add_option("--weight-level", options->weightLevel, "problem weight level handed to the rules")
       ->capture_default_str();
   std::vector<std::string> inits, materials;

@@ -72,5 +72,7 @@ def check_frame(df, module, **options):
     be checked (a text outside Windows-1252, a bad array size, an exception of
     the rules) gives a row whose "error" says why. The counts are in
     frame.attrs["summary"]: records, problems, errors (problems of type 1),
-    failed (rows not checked). options are those of Checker."""
+    failed (rows not checked). options are those of Checker; a column that
+    names no field warns (ColumnWarning), or with strict=True raises
+    RecordError before any row is checked."""
     return Checker(module, **options).check_frame(df)
