@@ -75,7 +75,8 @@ bool parse(int argc, char **argv, Options *options) {
   app.add_option("LIBRARY", options->library, "shared library of the rule module")->required();
   app.add_option("MODULE", options->module, "name of the rule module")->required();
   app.add_option("RECORDS", options->records, "CSV file of the records")->required();
-  app.add_option("--flow", options->flow, "flow to run for each record (refused when the module declares other flows)")->capture_default_str();
+  app.add_option("--flow", options->flow, "flow to run for each record (refused when the module declares other flows)")
+      ->capture_default_str();
   app.add_option("--weight-level", options->weightLevel, "problem weight level handed to the rules")
       ->capture_default_str();
   std::vector<std::string> inits, materials;
@@ -241,7 +242,8 @@ int main(int argc, char **argv) {
   // Cells of a column that names no field would be lost without a word.
   std::vector<std::string> columnFaults = layout.checkColumns(workers[0]->checker().plausi());
   for (const std::string &fault : columnFaults) {
-    std::cerr << "quorel-check: " << (options.strict ? "" : "warning: ") << quorel::host::toUtf8(fault.c_str()) << "\n";
+    std::cerr << "quorel-check: " << (options.strict ? "" : "warning: ") << quorel::host::toUtf8(fault.c_str())
+              << "\n";
   }
   if (options.strict && !columnFaults.empty()) return 2;
 
