@@ -14,6 +14,11 @@
 // field. Cells are separated by ';' or ','. Each record is checked with its
 // own PlausiContext.
 //
+// A column that names no field of the module (a misspelt name, an index
+// beyond a size the module declares) is reported once on the standard error
+// stream as a warning; with --strict it is an input error. A flow that a
+// module declaring its flows does not know is refused.
+//
 // Exit status: 0 when every record is ok, 1 when some record has an error
 // (a problem of type 1), 2 for usage, load or input errors (a record that
 // could not be read or checked is reported with its line and the others are
@@ -35,6 +40,7 @@
 #include "quorel/host/checker.h"
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
+#include "quorel/host/load_error.h"
 #include "quorel/host/material_router.h"
 #include "quorel/host/problem_format.h"
 #include "quorel/host/record_layout.h"
@@ -57,6 +63,7 @@ struct Options {
   int logLevel = 4;
   bool json = false;
   int jobs = 1;
+  bool strict = false;
 };
 
 // NAME=VALUE with a name.
@@ -83,7 +90,8 @@ bool parse(int argc, char **argv, Options *options) {
   app.add_option("RECORDS", options->records,
                  "CSV file of the records, or sqlite:FILE?table=T, postgresql://...?table=T (or ?query=SELECT...)")
       ->required();
-  app.add_option("--flow", options->flow, "flow to run for each record")->capture_default_str();
+  app.add_option("--flow", options->flow, "flow to run for each record (refused when the module declares other flows)")
+      ->capture_default_str();
   app.add_option("--weight-level", options->weightLevel, "problem weight level handed to the rules")
       ->capture_default_str();
   std::vector<std::string> inits, materials;
@@ -105,6 +113,8 @@ bool parse(int argc, char **argv, Options *options) {
   app.add_option("--jobs", options->jobs, "check records on N threads, output in input order")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
+  app.add_flag("--strict", options->strict,
+               "a column that names no field of the module is an input error, not a warning");
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {
@@ -125,6 +135,14 @@ const std::string kNoDatabases = "built without databases (libsqlite3-dev): ";
 int fail(const std::string &message) {
   std::cerr << "quorel-check: " << message << "\n";
   return 2;
+}
+
+// Lines after the first of a message, indented under it.
+std::string indent(std::string lines) {
+  for (std::size_t at = lines.find('\n'); at != std::string::npos; at = lines.find('\n', at + 1)) {
+    lines.insert(at + 1, "  ");
+  }
+  return lines;
 }
 
 // An init parameter: a number when the text reads as a German number.
@@ -151,12 +169,14 @@ class Worker {
     try {
       checker_ = std::make_unique<quorel::host::Checker>(settings_);
       return true;
-    } catch (const quorel::PlausiException &e) {
+    } catch (const quorel::host::LoadError &e) {
       *message = "cannot load module " + settings_.module + " (type " + std::to_string(e.getType()) +
-                 "): " + quorel::host::toUtf8(e.getMessage());
+                 "): " + quorel::host::toUtf8(e.getMessage()) + "\n  " + indent(e.detail());
       return false;
     }
   }
+
+  const quorel::host::Checker &checker() const { return *checker_; }
 
   // Checks rows [begin, end) of the batch into output() and counts().
   void run(const std::vector<quorel::host::Row> &batch, std::size_t begin, std::size_t end) {
@@ -305,6 +325,15 @@ int main(int argc, char **argv) {
     workers.push_back(std::make_unique<Worker>(settings, layout, *format, !options.output.empty()));
     if (!workers.back()->start(&message)) return fail(message);
   }
+  message = workers[0]->checker().checkFlow();
+  if (!message.empty()) return fail(quorel::host::toUtf8(message.c_str()));
+  // Cells of a column that names no field would be lost without a word.
+  std::vector<std::string> columnFaults = layout.checkColumns(workers[0]->checker().plausi());
+  for (const std::string &fault : columnFaults) {
+    std::cerr << "quorel-check: " << (options.strict ? "" : "warning: ") << quorel::host::toUtf8(fault.c_str())
+              << "\n";
+  }
+  if (options.strict && !columnFaults.empty()) return 2;
 
   quorel::host::BufferedWriter out(STDOUT_FILENO);
   bool progress = options.jobs > 1 && isatty(STDERR_FILENO);

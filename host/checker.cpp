@@ -1,10 +1,23 @@
 #include "quorel/host/checker.h"
 
+#include "quorel/host/load_error.h"
+
 namespace quorel {
 namespace host {
 
-Checker::Checker(const CheckSettings &settings)
-    : settings_(settings), plausi_(loader_.loadPlausi(settings.library.c_str(), settings.module.c_str())) {
+namespace {
+
+Plausi *load(PlausiLoader *loader, const CheckSettings &settings) {
+  try {
+    return loader->loadPlausi(settings.library.c_str(), settings.module.c_str());
+  } catch (const PlausiException &e) {
+    throw LoadError(e, settings.library, settings.module, loader->getLastError());
+  }
+}
+
+}  // namespace
+
+Checker::Checker(const CheckSettings &settings) : settings_(settings), plausi_(load(&loader_, settings)) {
   for (const auto &init : settings.inits) inits_.set(init.first.c_str(), init.second->copy());
 }
 
@@ -15,6 +28,16 @@ Checker::~Checker() {
   } catch (const PlausiException &) {
     // A module without an unload entry keeps its Plausi; nothing to undo.
   }
+}
+
+std::string Checker::checkFlow() const {
+  if (!settings_.flow || plausi_->isKnownFlow(settings_.flow->c_str())) return std::string();
+  std::string known;
+  for (const char *const *flow = plausi_->getFlows(); *flow != nullptr; ++flow) {
+    known += (known.empty() ? "" : ", ") + std::string(*flow);
+  }
+  return "module " + settings_.module + " has no flow " + *settings_.flow + " (its flows: " +
+         (known.empty() ? "none" : known) + ")";
 }
 
 void Checker::configure(PlausiContext *context) {

@@ -54,7 +54,8 @@ struct Outcome {
 
 class Checker {
  public:
-  // Loads the module; a PlausiException when it cannot be loaded.
+  // Loads the module; a LoadError (a PlausiException) when it cannot be
+  // loaded.
   explicit Checker(const CheckSettings &settings);
   // Unloads the module.
   ~Checker();
@@ -68,6 +69,11 @@ class Checker {
   void configure(PlausiContext *context);
 
   Plausi *plausi() const { return plausi_; }
+
+  // "" when the module runs the settings' flow, or when none is set;
+  // otherwise a message (Windows-1252) naming the flow and the flows the
+  // module declares. A module that declares no flows runs any.
+  std::string checkFlow() const;
 
  private:
   const CheckSettings &settings_;

@@ -1,6 +1,10 @@
 #include "quorel/host/record_layout.h"
 
 #include <charconv>
+#include <set>
+#include <utility>
+
+#include "quorel/host/column_check.h"
 
 namespace quorel {
 namespace host {
@@ -8,6 +12,18 @@ namespace host {
 RecordLayout::RecordLayout(const std::vector<std::string> &columns) {
   columns_.reserve(columns.size());
   for (const std::string &name : columns) columns_.push_back({name, arrayOf(name)});
+}
+
+std::vector<std::string> RecordLayout::checkColumns(Plausi *plausi) const {
+  ColumnCheck check(plausi);
+  std::set<std::string> seen;
+  std::vector<std::string> messages;
+  for (const Column &column : columns_) {
+    if (!seen.insert(column.name).second) continue;
+    std::string message = check.check(column.name);
+    if (!message.empty()) messages.push_back(std::move(message));
+  }
+  return messages;
 }
 
 std::string RecordLayout::arrayOf(const std::string &column) {

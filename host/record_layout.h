@@ -29,6 +29,11 @@ class RecordLayout {
   // (Windows-1252) in *error; the record is then incomplete.
   bool fill(const std::vector<std::string> &cells, SimpleDataRecord *record, std::string *error) const;
 
+  // One message for each distinct column that names nothing the module
+  // reads (see ColumnCheck), in column order; none when all do. The Plausi
+  // is used on the calling thread alone while the check runs.
+  std::vector<std::string> checkColumns(Plausi *plausi) const;
+
   // The array whose size a column gives ("Antrag.Kinder" for
   // "Antrag.Kinder#"), or empty for a field column.
   static std::string arrayOf(const std::string &column);

@@ -24,8 +24,10 @@
 #include <quorel/quorel.h>
 
 #include "quorel/host/checker.h"
+#include "quorel/host/column_check.h"
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
+#include "quorel/host/load_error.h"
 #include "quorel/host/problem.h"
 #include "quorel/host/record_layout.h"
 #include "quorel/host/table_material_access.h"
@@ -45,10 +47,23 @@ struct CellError {
 
 py::object recordErrorType;
 py::object plausiErrorType;
+py::object columnWarningType;
 
-[[noreturn]] void raisePlausiError(const PlausiException &e) {
-  py::object error = plausiErrorType(static_cast<int>(e.getType()), host::toUtf8(e.getMessage()));
+// detail: what a LoadError adds, in the system's encoding.
+[[noreturn]] void raisePlausiError(const PlausiException &e, const std::string &detail = std::string()) {
+  py::object details = py::none();
+  if (!detail.empty()) {
+    details = py::reinterpret_steal<py::object>(
+        PyUnicode_DecodeFSDefaultAndSize(detail.data(), static_cast<Py_ssize_t>(detail.size())));
+    if (!details) throw py::error_already_set();
+  }
+  py::object error = plausiErrorType(static_cast<int>(e.getType()), host::toUtf8(e.getMessage()), details);
   PyErr_SetObject(plausiErrorType.ptr(), error.ptr());
+  throw py::error_already_set();
+}
+
+[[noreturn]] void raiseRecordError(const std::string &message) {
+  PyErr_SetString(recordErrorType.ptr(), message.c_str());
   throw py::error_already_set();
 }
 
@@ -144,8 +159,9 @@ std::string columnName(const py::handle &name) {
   }
 }
 
-// A record from a mapping of hierarchy texts to values.
-std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping) {
+// A record from a mapping of hierarchy texts to values; the texts (Windows-1252)
+// into *fields when that is given.
+std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping, std::vector<std::string> *fields = nullptr) {
   static py::object mappingType = py::module_::import("collections.abc").attr("Mapping");
   if (!py::isinstance(mapping, mappingType)) {
     throw py::type_error("a record must be a mapping of field names to values, not " +
@@ -154,7 +170,9 @@ std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping) {
   auto record = std::make_unique<SimpleDataRecord>();
   for (const auto &item : py::reinterpret_borrow<py::object>(mapping).attr("items")()) {
     py::tuple pair = py::reinterpret_borrow<py::tuple>(item);
-    setCell(record.get(), columnName(pair[0]), pair[1]);
+    std::string field = columnName(pair[0]);
+    setCell(record.get(), field, pair[1]);
+    if (fields != nullptr) fields->push_back(std::move(field));
   }
   return record;
 }
@@ -205,12 +223,18 @@ class CheckerPool {
   explicit CheckerPool(host::CheckSettings settings) : settings_(std::move(settings)) {}
 
   // Loads the module for the calling thread on first use; raises PlausiError
-  // when it cannot be loaded. Call without the GIL's protection needed.
+  // with the loader's detail when it cannot be loaded. Callable with or
+  // without the GIL.
   host::Checker *forThisThread() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    std::unique_ptr<host::Checker> &checker = checkers_[std::this_thread::get_id()];
-    if (checker == nullptr) checker = std::make_unique<host::Checker>(settings_);
-    return checker.get();
+    try {
+      std::lock_guard<std::mutex> lock(mutex_);
+      std::unique_ptr<host::Checker> &checker = checkers_[std::this_thread::get_id()];
+      if (checker == nullptr) checker = std::make_unique<host::Checker>(settings_);
+      return checker.get();
+    } catch (const host::LoadError &e) {
+      py::gil_scoped_acquire acquire;
+      raisePlausiError(e, e.detail());
+    }
   }
   void close() {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -280,12 +304,7 @@ class RuleModule {
  private:
   host::Checker *checker() {
     if (closed_) throw py::value_error("the rule module is closed");
-    try {
-      return pool_->forThisThread();
-    } catch (const PlausiException &e) {
-      py::gil_scoped_acquire acquire;
-      raisePlausiError(e);
-    }
+    return pool_->forThisThread();
   }
   static std::unique_ptr<SimpleDataRecord> recordOfChecked(const py::handle &mapping) {
     try {
@@ -310,7 +329,9 @@ struct Result {
 class Checker {
  public:
   Checker(const RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
-          const py::dict &materials, const py::dict &init, std::optional<std::string> log, int logLevel) {
+          const py::dict &materials, const py::dict &init, std::optional<std::string> log, int logLevel,
+          bool strict)
+      : strict_(strict) {
     host::CheckSettings settings;
     settings.library = module.library();
     settings.module = module.name();
@@ -327,17 +348,19 @@ class Checker {
       settings.logger = logger_.get();
     }
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
-    forThisThread();
+    std::string unknownFlow = pool_->forThisThread()->checkFlow();
+    if (!unknownFlow.empty()) throw py::value_error(host::toUtf8(unknownFlow.c_str()));
   }
 
   Result check(const py::handle &mapping) {
     std::unique_ptr<SimpleDataRecord> record;
+    std::vector<std::string> fields;
     try {
-      record = recordOf(mapping);
+      record = recordOf(mapping, &fields);
     } catch (const CellError &e) {
-      PyErr_SetString(recordErrorType.ptr(), e.message.c_str());
-      throw py::error_already_set();
+      raiseRecordError(e.message);
     }
+    reportColumns(fields);
     host::Outcome outcome;
     {
       py::gil_scoped_release release;
@@ -355,6 +378,7 @@ class Checker {
   py::dict checkColumns(const py::list &names, const py::list &columns) {
     std::vector<std::string> fields;
     for (const auto &name : names) fields.push_back(columnName(name));
+    reportColumns(fields);
     std::size_t rows = columns.empty() ? 0 : py::len(columns[0]);
     Frame frame;
     constexpr std::size_t kChunk = 2048;
@@ -456,21 +480,33 @@ class Checker {
     return out;
   }
 
+  // Reports the columns that name nothing the module reads: each with a
+  // ColumnWarning the first time this checker meets it, or all of them with
+  // RecordError when strict. The GIL guards the verdicts.
+  void reportColumns(const std::vector<std::string> &columns) {
+    std::unique_ptr<host::ColumnCheck> check;  // made for the first column not met before
+    std::string faults;
+    for (const std::string &column : columns) {
+      auto verdict = verdicts_.find(column);
+      if (verdict == verdicts_.end()) {
+        if (check == nullptr) check = std::make_unique<host::ColumnCheck>(pool_->forThisThread()->plausi());
+        verdict = verdicts_.emplace(column, host::toUtf8(check->check(column).c_str())).first;
+        if (!strict_ && !verdict->second.empty() &&
+            PyErr_WarnEx(columnWarningType.ptr(), verdict->second.c_str(), 2) != 0) {
+          throw py::error_already_set();  // warnings turned into errors
+        }
+      }
+      if (strict_ && !verdict->second.empty()) faults += (faults.empty() ? "" : "\n") + verdict->second;
+    }
+    if (!faults.empty()) raiseRecordError(faults);
+  }
+
   // Runs without the GIL; a log is written by one thread at a time.
   void run(SimpleDataRecord *record, host::Outcome *outcome) {
-    host::Checker *checker = forThisThread();
+    host::Checker *checker = pool_->forThisThread();
     if (logger_ == nullptr) return checker->check(record, outcome);
     std::lock_guard<std::mutex> lock(logMutex_);
     checker->check(record, outcome);
-  }
-
-  host::Checker *forThisThread() {
-    try {
-      return pool_->forThisThread();
-    } catch (const PlausiException &e) {
-      py::gil_scoped_acquire acquire;
-      raisePlausiError(e);
-    }
   }
 
   void addMaterial(const py::handle &key, const py::handle &material) {
@@ -512,6 +548,10 @@ class Checker {
     materials_.add(name, std::move(records));
   }
 
+  bool strict_;
+  // Why each column met so far names nothing the module reads ("" when it
+  // names a field), as a warning's text.
+  std::unordered_map<std::string, std::string> verdicts_;
   host::TableMaterialAccess materials_;
   std::unique_ptr<Logger> logger_;
   std::mutex logMutex_;
@@ -528,6 +568,7 @@ PYBIND11_MODULE(_quorel, m) {
   py::module_ errors = py::module_::import("quorel._errors");
   plausiErrorType = errors.attr("PlausiError");
   recordErrorType = errors.attr("RecordError");
+  columnWarningType = errors.attr("ColumnWarning");
 
   py::class_<quorel::host::Problem>(m, "Problem", "One finding of a run.")
       .def_property_readonly("id", [](const quorel::host::Problem &p) { return decode(p.id); })
@@ -575,9 +616,9 @@ PYBIND11_MODULE(_quorel, m) {
 
   py::class_<Checker>(m, "Checker")
       .def(py::init<const RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
-                    std::optional<std::string>, int>(),
+                    std::optional<std::string>, int, bool>(),
            py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
-           py::arg("log"), py::arg("log_level"))
+           py::arg("log"), py::arg("log_level"), py::arg("strict"))
       .def("check", &Checker::check, py::arg("record"))
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"));
 }

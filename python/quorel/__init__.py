@@ -4,11 +4,11 @@
 >>> problems = quorel.check_frame(df, module, flow="Pruefung", materials={"Gemeinden": "gemeinden.csv"})
 """
 
-from ._errors import PlausiError, RecordError
+from ._errors import ColumnWarning, PlausiError, RecordError
 from . import _quorel
 from ._quorel import Problem, Result, RuleModule
 
-__all__ = ["Checker", "PlausiError", "Problem", "RecordError", "Result", "RuleModule", "check_frame",
+__all__ = ["Checker", "ColumnWarning", "PlausiError", "Problem", "RecordError", "Result", "RuleModule", "check_frame",
            "PROBLEM_COLUMNS"]
 
 # The columns of a problem frame, in order; its index holds the label of the
@@ -25,23 +25,28 @@ class Checker:
     {name: pandas.DataFrame or CSV path}, columns named by hierarchy text.
     init: {name: bool, int, float or str}. log, log_level: a log file of the
     runs and its level (0 off ... 6 debug); with a log, runs on several
-    threads take turns.
+    threads take turns. A flow that a module declaring its flows does not
+    know raises ValueError. A column or key that names no field of the
+    module (or has an index beyond a size the module declares) gives a
+    ColumnWarning once; with strict=True it raises RecordError instead.
 
     check() may be called from several threads at once: each thread gets a
     rule set of its own, and the GIL is released while the rules run.
     """
 
-    def __init__(self, module, flow=None, weight_level=1, materials=None, init=None, log=None, log_level=4):
+    def __init__(self, module, flow=None, weight_level=1, materials=None, init=None, log=None, log_level=4,
+                 strict=False):
         if not isinstance(module, RuleModule):
             raise TypeError("module must be a quorel.RuleModule")
         self.module = module
         self._engine = _quorel.Checker(module, flow, int(weight_level), dict(materials or {}), dict(init or {}),
-                                       None if log is None else str(log), int(log_level))
+                                       None if log is None else str(log), int(log_level), bool(strict))
 
     def check(self, record):
         """Checks one record, a mapping of hierarchy texts to values, and
         gives a Result. Raises RecordError for a value that cannot be a field
-        and PlausiError when the rules fail."""
+        (and with strict=True for a key that names no field) and PlausiError
+        when the rules fail."""
         return self._engine.check(record)
 
     def check_frame(self, df):
@@ -67,5 +72,7 @@ def check_frame(df, module, **options):
     be checked (a text outside Windows-1252, a bad array size, an exception of
     the rules) gives a row whose "error" says why. The counts are in
     frame.attrs["summary"]: records, problems, errors (problems of type 1),
-    failed (rows not checked). options are those of Checker."""
+    failed (rows not checked). options are those of Checker; a column that
+    names no field warns (ColumnWarning), or with strict=True raises
+    RecordError before any row is checked."""
     return Checker(module, **options).check_frame(df)

@@ -1,16 +1,28 @@
-"""The exceptions of the package."""
+"""The exceptions and warnings of the package."""
 
 
 class PlausiError(Exception):
     """A failure reported by the library or a rule module: ``type`` is the
-    library's exception number, ``message`` its (German) message."""
+    library's exception number, ``message`` its (German) message. When a rule
+    module cannot be loaded, ``detail`` says why: the system loader's reason,
+    the entry point looked for and a hint at the usual mistake; otherwise it
+    is None."""
 
-    def __init__(self, type, message):
-        super().__init__("%s (type %d)" % (message, type))
+    def __init__(self, type, message, detail=None):
+        text = "%s (type %d)" % (message, type)
+        super().__init__(text if detail is None else text + "\n" + detail)
         self.type = type
         self.message = message
+        self.detail = detail
 
 
 class RecordError(ValueError):
     """A record that cannot be handed to the rules, e.g. a text with a
-    character outside Windows-1252; the message names the field."""
+    character outside Windows-1252, or with strict=True a column that names
+    no field of the module; the message names the field or column."""
+
+
+class ColumnWarning(UserWarning):
+    """A column (a DataFrame column or a record's key) that names no field of
+    the rule module, or has an index beyond a size the module declares: its
+    values are never read. Given once per column and Checker."""

@@ -19,6 +19,18 @@ def antrag_library():
 
 
 @pytest.fixture(scope="session")
+def umfrage_library():
+    return _path("QUOREL_UMFRAGE_MODULE")
+
+
+@pytest.fixture(scope="session")
+def hidden_entry_library():
+    """A module built with hidden visibility that does not export its entry
+    points (module name Versteckt)."""
+    return _path("QUOREL_HIDDEN_ENTRY_MODULE")
+
+
+@pytest.fixture(scope="session")
 def data_dir():
     return _path("QUOREL_DATA")
 

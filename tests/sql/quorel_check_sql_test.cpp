@@ -26,7 +26,8 @@ const std::string kData = QUOREL_EXAMPLE_DATA;
 
 struct Result {
   int status;
-  std::string out;
+  std::string out;       // both streams, without the warnings
+  std::string warnings;  // about columns that name no field, such as a table's key
 };
 
 Result check(const std::string &arguments) {
@@ -36,7 +37,10 @@ Result check(const std::string &arguments) {
   char buffer[4096];
   for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
   int status = pclose(pipe);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
+  std::regex warning("quorel-check: warning: [^\n]*\n");
+  std::string warnings;
+  for (std::sregex_iterator it(out.begin(), out.end(), warning), end; it != end; ++it) warnings += it->str();
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, std::regex_replace(out, warning, ""), warnings};
 }
 
 std::string quoted(const std::string &text) { return "'" + text + "'"; }

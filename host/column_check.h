@@ -1,0 +1,52 @@
+// ColumnCheck: whether a column of a table (a CSV header, a DataFrame, a
+// database query) names something the rule module reads. A record keeps a
+// cell under its column's name and the rules ask for the hierarchy text of a
+// field, so a misspelt column, an index beyond a size the module declares or
+// the size of an array whose size is fixed is never read: its cells would be
+// lost without a word. The check walks the module's root topic
+// (Plausi::getRootTopic) segment by segment, as the rules resolve a field.
+//
+// Looking up a field of an array makes the array's first element, as a run
+// would; the Plausi must outlive the check and no other thread may use it
+// meanwhile. Not copied.
+
+#ifndef QUOREL_HOST_COLUMN_CHECK_H_
+#define QUOREL_HOST_COLUMN_CHECK_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <quorel/quorel.h>
+
+namespace quorel {
+namespace host {
+
+class ColumnCheck {
+ public:
+  explicit ColumnCheck(Plausi *plausi);
+
+  ColumnCheck(const ColumnCheck &) = delete;
+  ColumnCheck &operator=(const ColumnCheck &) = delete;
+
+  // "" when the column names a field of the module, with an index within
+  // every declared size (a size declared 0 is the record's and has no
+  // bound), or, ending in "#", the size of an array declared with size 0.
+  // Otherwise a message (Windows-1252, as the column) that names the column
+  // and says why. A module without a root topic lets every column pass:
+  // there is nothing to check against.
+  std::string check(const std::string &column);
+
+ private:
+  // The field name within topic, or null.
+  FieldDescriptor *lookUp(Topic *topic, const std::string &name);
+
+  Topic *root_;
+  PlausiContext context_;
+  RuntimeContext runtime_;
+};
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_HOST_COLUMN_CHECK_H_

@@ -1,0 +1,90 @@
+"""Mistakes that must not pass silently, with the module Umfrage: a module
+that does not load, a flow it does not know, columns that name no field."""
+import os
+import warnings
+
+import pandas as pd
+import pytest
+
+import quorel
+
+
+@pytest.fixture
+def umfrage(umfrage_library):
+    m = quorel.RuleModule(umfrage_library, "Umfrage")
+    yield m
+    m.close()
+
+
+@pytest.fixture
+def umfragen(data_dir):
+    return pd.read_csv(os.path.join(data_dir, "umfragen.csv"), sep=";", dtype=str, encoding="cp1252")
+
+
+def test_umfrage_frame_gives_what_the_command_line_tool_gives(umfrage, umfragen, data_dir):
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")  # every column names a field
+        frame = quorel.check_frame(umfragen, umfrage, flow="Pruefung")
+    expected = open(os.path.join(data_dir, "umfragen.expected.txt"), encoding="utf-8").read()
+    assert list(frame.index) == [1] * 7
+    assert list(frame["id"]) == ["UMF-01", "UMF-02", "UMF-03", "UMF-04", "UMF-05", "UMF-06", "UMF-06"]
+    for _, row in frame.iterrows():
+        assert "Zeile 3: %s %s (Gewicht %d): %s" % ("Hinweis" if row["type"] == 2 else "Fehler", row["id"],
+                                                     row["weight"], row["short_text"]) in expected
+    assert list(frame["field"])[-2:] == ["Umfrage.Antworten[0].Note", "Umfrage.Antworten[2].Note"]
+
+
+def test_load_failures_say_why(umfrage_library, hidden_entry_library):
+    bare = os.path.basename(umfrage_library)
+    with pytest.raises(quorel.PlausiError) as error:
+        quorel.RuleModule(bare, "Umfrage")
+    assert (error.value.type, error.value.message) == (1, bare)
+    assert bare + ": cannot open shared object file" in error.value.detail
+    assert "a library path without '/' is searched only in the system's library paths" in error.value.detail
+    assert error.value.detail in str(error.value)
+
+    with pytest.raises(quorel.PlausiError) as error:
+        quorel.RuleModule(hidden_entry_library, "Versteckt")
+    assert (error.value.type, error.value.message) == (2, "Versteckt")
+    for text in ("has no entry point loadPlausiVersteckt", "undefined symbol: loadPlausiVersteckt",
+                 "with default visibility", "QUOREL_MODULE(Versteckt, Class)"):
+        assert text in error.value.detail
+    # Failures of the rules carry no detail.
+    with pytest.raises(quorel.PlausiError) as error:
+        quorel.RuleModule(umfrage_library, "Umfrage").check_field("Umfrage.Fehlt", {})
+    assert error.value.detail is None
+
+
+def test_a_flow_the_module_does_not_know_is_refused(umfrage):
+    with pytest.raises(ValueError, match=r"module Umfrage has no flow Antwort \(its flows: Pruefung, Antworten\)"):
+        quorel.Checker(umfrage, flow="Antwort")
+    assert quorel.Checker(umfrage, flow="Antworten").check({"Umfrage.Antworten[1].Note": 9}).ok is False
+    quorel.Checker(umfrage)  # no flow: the module's own choice
+
+
+def test_columns_that_name_no_field_warn_once_or_fail_when_strict(umfrage, umfragen):
+    frame = umfragen.assign(**{"Umfrage.Nmae": "x", "Umfrage.Antworten[3].Note": "9"})
+    nmae = "column Umfrage.Nmae names no field: Umfrage has no field Nmae"
+    beyond = ("column Umfrage.Antworten[3].Note: index 3 is beyond the size 3 that the module declares for "
+              "Umfrage.Antworten")
+    checker = quorel.Checker(umfrage, flow="Pruefung")
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        problems = checker.check_frame(frame)
+        checker.check_frame(frame)
+        checker.check({"Umfrage.Nmae": "x", "Umfrage.Name": "Berger"})
+        checker.check({"Umfrage.Naem": "x"})
+    assert [(w.category, str(w.message)) for w in caught] == [
+        (quorel.ColumnWarning, nmae), (quorel.ColumnWarning, beyond),
+        (quorel.ColumnWarning, "column Umfrage.Naem names no field: Umfrage has no field Naem")]
+    assert problems.attrs["summary"]["records"] == 3  # the records are still checked
+
+    strict = quorel.Checker(umfrage, flow="Pruefung", strict=True)
+    with pytest.raises(quorel.RecordError) as error:
+        strict.check_frame(frame)
+    assert str(error.value) == nmae + "\n" + beyond
+    with pytest.raises(quorel.RecordError, match="Umfrage has no field Nmae"):
+        strict.check({"Umfrage.Nmae": "x"})
+    with pytest.raises(quorel.RecordError, match="Umfrage has no field Nmae"):
+        strict.check({"Umfrage.Nmae": "x"})  # every time, not once
+    assert strict.check({"Umfrage.Name": "Berger", "Umfrage.Antworten[2].Note": 7}).ok is False

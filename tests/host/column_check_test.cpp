@@ -1,0 +1,170 @@
+// What the host kit tells about a module before any record is checked:
+// columns that name no field, flows the module does not know, and why a
+// module does not load.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <quorel/quorel.h>
+
+#include "quorel/host/checker.h"
+#include "quorel/host/column_check.h"
+#include "quorel/host/load_error.h"
+#include "quorel/host/record_layout.h"
+
+namespace quorel {
+namespace host {
+namespace {
+
+class Kind : public ModuleTopic {
+ public:
+  Kind(TypeDescriptor *type, FieldDescriptor *parent) : ModuleTopic(type, parent) {
+    field("Vorname", "Vorname", FieldTypeText);
+    fieldArray("Noten", "Noten", FieldTypeInteger, nullptr, {2});
+  }
+  Topic *createElement() override { return new Kind(getTypeDescriptor(), getParent()); }
+};
+
+class Adresse : public ModuleTopic {
+ public:
+  Adresse(TypeDescriptor *type, FieldDescriptor *parent) : ModuleTopic(type, parent) {
+    field("Strasse", "Strasse", FieldTypeText);
+  }
+  Topic *createElement() override { return new Adresse(getTypeDescriptor(), getParent()); }
+};
+
+// R: scalars, a fixed and a two-dimensional array, a topic array of a size
+// the record tells, a nested topic, and "Aa", whose name shares its hash
+// with "BB".
+class Wurzel : public ModuleTopic {
+ public:
+  Wurzel(TypeDescriptor *type, FieldDescriptor *parent) : ModuleTopic(type, parent) {
+    field("Name", "Name", FieldTypeText);
+    field("Aa", "Aa", FieldTypeText);
+    fieldArray("Liste", "Liste", FieldTypeInteger, nullptr, {3});
+    fieldArray("Matrix", "Matrix", FieldTypeInteger, nullptr, {2, 0});
+    topicArray<Kind>("Kinder", "Kinder", {0});
+    topic<Adresse>("Adresse", "Adresse");
+  }
+  Topic *createElement() override { return new Wurzel(getTypeDescriptor(), getParent()); }
+};
+
+class Regeln : public Plausi {
+ public:
+  explicit Regeln(bool withRoot) {
+    if (withRoot) setRootTopic(ModuleTopic::createRoot<Wurzel>("R", "R"));
+  }
+
+ protected:
+  void performImpl(RuntimeContext *, const char *) override {}
+  Value *performFunctionImpl(RuntimeContext *rt, const char *) override { return rt->createInvalidValue(); }
+};
+
+TEST(ColumnCheckTest, FieldsSizesAndWhyAColumnIsNeverRead) {
+  Regeln rules(true);
+  ColumnCheck check(&rules);
+  for (const char *column : {"R.Name", "R.Liste[2]", "R.Matrix[1][57]", "R.Matrix[1]#", "R.Kinder#",
+                             "R.Kinder[9].Vorname", "R.Kinder[9].Noten[1]", "R.Adresse.Strasse", "R.Aa"}) {
+    EXPECT_EQ("", check.check(column)) << column;
+  }
+  const std::vector<std::pair<const char *, const char *>> faults = {
+      {"R.Nmae", "column R.Nmae names no field: R has no field Nmae"},
+      {"R.BB", "column R.BB names no field: R has no field BB"},  // the hash of Aa
+      {"X.Name", "column X.Name names no field: the module's fields are named R.<field>"},
+      {"R", "column R names no field: the module's fields are named R.<field>"},
+      {"R.Liste[3]", "column R.Liste[3]: index 3 is beyond the size 3 that the module declares for R.Liste"},
+      {"R.Matrix[2][0]", "column R.Matrix[2][0]: index 2 is beyond the size 2 that the module declares for R.Matrix"},
+      {"R.Kinder[0].Noten[2]",
+       "column R.Kinder[0].Noten[2]: index 2 is beyond the size 2 that the module declares for R.Kinder[0].Noten"},
+      {"R.Liste", "column R.Liste names no field: R.Liste takes 1 index"},
+      {"R.Matrix[1]", "column R.Matrix[1] names no field: R.Matrix takes 2 indices"},
+      {"R.Kinder.Vorname", "column R.Kinder.Vorname names no field: R.Kinder takes 1 index"},
+      {"R.Name[0]", "column R.Name[0] names no field: R.Name is no array"},
+      {"R.Name.Teil", "column R.Name.Teil names no field: R.Name has no fields"},
+      {"R.Adresse", "column R.Adresse names no field: R.Adresse is a topic; its fields are columns of their own"},
+      {"R.Liste[01]", "column R.Liste[01] names no field: an index is not a whole number like [0]"},
+      {"R.Liste[-1]", "column R.Liste[-1] names no field: an index is not a whole number like [0]"},
+      {"R.Liste[2", "column R.Liste[2 names no field: an index is not a whole number like [0]"},
+      {"R.Liste[99999999999]", "column R.Liste[99999999999] names no field: an index is not a whole number like [0]"},
+      {"R.Liste#", "column R.Liste#: the module fixes this size of R.Liste at 3, so the column is never read"},
+      {"R.Name#", "column R.Name# names no array size: R.Name is no array"},
+      {"R.Matrix[0][1]#", "column R.Matrix[0][1]# names no array size: R.Matrix has 2 dimensions"},
+      {"R.Nmae#", "column R.Nmae# names no array size: R has no field Nmae"},
+  };
+  for (const auto &fault : faults) EXPECT_EQ(fault.second, check.check(fault.first)) << fault.first;
+}
+
+TEST(ColumnCheckTest, LayoutReportsEachColumnOnceInOrder) {
+  Regeln rules(true);
+  RecordLayout layout({"R.Name", "R.Nmae", "R.Liste[3]", "R.Nmae", "R.Kinder#"});
+  EXPECT_EQ((std::vector<std::string>{"column R.Nmae names no field: R has no field Nmae",
+                                      "column R.Liste[3]: index 3 is beyond the size 3 that the module declares for "
+                                      "R.Liste"}),
+            layout.checkColumns(&rules));
+  // Without a record type there is nothing to check against.
+  Regeln bare(false);
+  EXPECT_TRUE(layout.checkColumns(&bare).empty());
+}
+
+TEST(CheckerTest, FlowsTheModuleDoesNotKnowAreNamed) {
+  CheckSettings settings;
+  settings.library = QUOREL_UMFRAGE_MODULE;
+  settings.module = "Umfrage";
+  Checker unset(settings);
+  EXPECT_EQ("", unset.checkFlow());
+  settings.flow = "Antworten";
+  EXPECT_EQ("", Checker(settings).checkFlow());
+  settings.flow = "Antwort";
+  EXPECT_EQ("module Umfrage has no flow Antwort (its flows: Pruefung, Antworten)", Checker(settings).checkFlow());
+}
+
+// The text of the LoadError that loading module from library gives.
+LoadError loadError(const std::string &library, const std::string &module) {
+  CheckSettings settings;
+  settings.library = library;
+  settings.module = module;
+  try {
+    Checker checker(settings);
+  } catch (const LoadError &e) {
+    return e;
+  }
+  ADD_FAILURE() << library << " loaded";
+  return LoadError(PlausiException(), library, module, "");
+}
+
+TEST(CheckerTest, LoadErrorsKeepTheLibrarysExceptionAndSayWhy) {
+  LoadError bare = loadError("libquorel_umfrage_rules.so", "Umfrage");
+  EXPECT_EQ(EXCEPTION_LOAD_LIBRARY, bare.getType());
+  EXPECT_STREQ("libquorel_umfrage_rules.so", bare.getMessage());
+  EXPECT_NE(std::string::npos, bare.detail().find("libquorel_umfrage_rules.so: cannot open shared object file"));
+  EXPECT_NE(std::string::npos, bare.detail().find("a library path without '/' is searched only in the system's"));
+  EXPECT_NE(std::string::npos, bare.detail().find("write ./libquorel_umfrage_rules.so"));
+  // A path with '/' needs no hint about the search.
+  LoadError missing = loadError("/nonexistent/librules.so", "Umfrage");
+  EXPECT_EQ(std::string::npos, missing.detail().find("without '/'"));
+
+  LoadError entry = loadError(QUOREL_UMFRAGE_MODULE, "Fehlt");
+  EXPECT_EQ(EXCEPTION_LOAD_ENTRY, entry.getType());
+  EXPECT_STREQ("Fehlt", entry.getMessage());
+  EXPECT_NE(std::string::npos, entry.detail().find("has no entry point loadPlausiFehlt"));
+  EXPECT_NE(std::string::npos, entry.detail().find("undefined symbol: loadPlausiFehlt"));
+  EXPECT_NE(std::string::npos, entry.detail().find("with default visibility"));
+  EXPECT_NE(std::string::npos, entry.detail().find("QUOREL_MODULE(Fehlt, Class)"));
+  // Caught as the library's exception, it is that exception.
+  CheckSettings settings;
+  settings.library = "/nonexistent/librules.so";
+  settings.module = "Umfrage";
+  try {
+    Checker checker(settings);
+    ADD_FAILURE();
+  } catch (const PlausiException &e) {
+    EXPECT_EQ(EXCEPTION_LOAD_LIBRARY, e.getType());
+    EXPECT_STREQ("/nonexistent/librules.so", e.getMessage());
+  }
+}
+
+}  // namespace
+}  // namespace host
+}  // namespace quorel
