@@ -11,7 +11,10 @@
 namespace quorel {
 
 FieldDescriptor::FieldDescriptor(TypeDescriptor *type, FieldDescriptor *parent)
-    : type_(type), parent_(parent) {}
+    : type_(type), parent_(parent) {
+  if (parent_ != nullptr) nameHash_.append('.');
+  nameHash_.append(type_->getFieldNameTopic());
+}
 
 FieldDescriptor::~FieldDescriptor() = default;
 
@@ -31,18 +34,33 @@ std::string FieldDescriptor::getHierarchyText() const {
   return text;
 }
 
+TextHash FieldDescriptor::getHierarchyHash() const {
+  TextHash hash = parent_ != nullptr ? parent_->getHierarchyHash() : TextHash();
+  hash.append(nameHash_);
+  hash.appendIndices(getIndices());
+  return hash;
+}
+
 void FieldDescriptor::getHierarchyAsString(char *target) const {
   copyHierarchyText(getHierarchyText(), target);
 }
 
+namespace {
+
+// The record reached from record through getSubDataRecord of topic and its
+// parents, root first; null once a step gives null.
+DataRecord *walkDown(FieldDescriptor *topic, DataRecord *record) {
+  if (topic == nullptr || record == nullptr) return record;
+  record = walkDown(topic->getParent(), record);
+  return record != nullptr ? record->getSubDataRecord(topic) : nullptr;
+}
+
+}  // namespace
+
 DataRecord *FieldDescriptor::getSubDataRecordFor(DataRecord *record) {
-  std::vector<FieldDescriptor *> parents;
-  for (FieldDescriptor *p = parent_; p != nullptr; p = p->parent_) parents.push_back(p);
   // A context without a record, or a host record that answers null for a
   // topic, has no value for the field; that is refused rather than followed.
-  for (auto it = parents.rbegin(); it != parents.rend() && record != nullptr; ++it) {
-    record = record->getSubDataRecord(*it);
-  }
+  record = walkDown(parent_, record);
   if (record == nullptr) throw PlausiException(EXCEPTION_GENERAL, messages::kValueNotDetermined);
   return record;
 }

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <string>
 
+#include "quorel/masks/text_hash.h"
 #include "quorel/model/index_list.h"
 
 namespace quorel {
@@ -44,6 +45,10 @@ class FieldDescriptor {
   void getHierarchyAsString(char *target) const;
   // The same text at any length.
   std::string getHierarchyText() const;
+  // The hash of getHierarchyText(), ready to be continued, made without the
+  // text: each level adds its own name, hashed once at construction, and
+  // its indices.
+  TextHash getHierarchyHash() const;
 
  protected:
   // The record that holds this field's value: the given record walked
@@ -63,6 +68,9 @@ class FieldDescriptor {
   TypeDescriptor *type_;
   FieldDescriptor *parent_;
   IndexList indices_;
+  // The hash of this level's part of the hierarchy text without indices:
+  // the name, after a point when there is a parent.
+  TextHash nameHash_;
 };
 
 }  // namespace quorel
