@@ -30,21 +30,11 @@ std::int32_t SimpleDataRecord::getKeyForSizeAsHashCode(FieldDescriptor *field,
   return key.get();
 }
 
-Value *SimpleDataRecord::find(std::int32_t key) {
-  auto it = values_.find(key);
-  return it == values_.end() ? nullptr : it->second.get();
-}
+Value *SimpleDataRecord::find(std::int32_t key) { return values_.find(key); }
 
 void SimpleDataRecord::store(std::int32_t key, Value *value) {
-  std::unique_ptr<Value> incoming(value);
-  // The former value dies at the end, after the new one is in place.
-  std::unique_ptr<Value> former;
-  auto it = values_.find(key);
-  if (it != values_.end()) {
-    former = std::move(it->second);
-    values_.erase(it);
-  }
-  if (incoming) values_.emplace(key, std::move(incoming));
+  // The former value dies here, after the new one is in place.
+  values_.put(key, std::unique_ptr<Value>(value));
 }
 
 std::int32_t SimpleDataRecord::getSize(FieldDescriptor *field, const std::int32_t *indices) {
