@@ -11,16 +11,16 @@
 namespace quorel {
 
 FieldDescriptor::FieldDescriptor(TypeDescriptor *type, FieldDescriptor *parent)
-    : type_(type), parent_(parent) {
-  if (parent_ != nullptr) nameHash_.append('.');
-  nameHash_.append(type_->getFieldNameTopic());
-}
+    : type_(type), parent_(parent) {}
 
 FieldDescriptor::~FieldDescriptor() = default;
 
 std::int32_t *FieldDescriptor::getDimension() const { return type_->getDimension(); }
 
-void FieldDescriptor::setIndices(const std::int32_t *indices) { indices_ = copyIndexList(indices); }
+void FieldDescriptor::setIndices(const std::int32_t *indices) {
+  indices_ = copyIndexList(indices);
+  hierarchyHash_.reset();
+}
 
 std::string FieldDescriptor::getHierarchyText() const {
   std::vector<const FieldDescriptor *> chain;
@@ -35,10 +35,17 @@ std::string FieldDescriptor::getHierarchyText() const {
 }
 
 TextHash FieldDescriptor::getHierarchyHash() const {
-  TextHash hash = parent_ != nullptr ? parent_->getHierarchyHash() : TextHash();
-  hash.append(nameHash_);
-  hash.appendIndices(getIndices());
-  return hash;
+  if (!hierarchyHash_) {
+    TextHash hash;
+    if (parent_ != nullptr) {
+      hash = parent_->getHierarchyHash();
+      hash.append('.');
+    }
+    hash.append(type_->getFieldNameTopic());
+    hash.appendIndices(getIndices());
+    hierarchyHash_ = hash;
+  }
+  return *hierarchyHash_;
 }
 
 void FieldDescriptor::getHierarchyAsString(char *target) const {

@@ -10,6 +10,7 @@
 #define QUOREL_MODEL_FIELD_DESCRIPTOR_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "quorel/masks/text_hash.h"
@@ -46,8 +47,10 @@ class FieldDescriptor {
   // The same text at any length.
   std::string getHierarchyText() const;
   // The hash of getHierarchyText(), ready to be continued, made without the
-  // text: each level adds its own name, hashed once at construction, and
-  // its indices.
+  // text: the parent's hash continued by this level's name and indices. It
+  // is made at the first call and kept, since the chain of names never
+  // changes and indices are given once, as an element is made, before
+  // anything reads it.
   TextHash getHierarchyHash() const;
 
  protected:
@@ -68,9 +71,7 @@ class FieldDescriptor {
   TypeDescriptor *type_;
   FieldDescriptor *parent_;
   IndexList indices_;
-  // The hash of this level's part of the hierarchy text without indices:
-  // the name, after a point when there is a parent.
-  TextHash nameHash_;
+  mutable std::optional<TextHash> hierarchyHash_;
 };
 
 }  // namespace quorel
