@@ -1,14 +1,13 @@
 #include "quorel/model/field_read.h"
 
 #include "quorel/logging/logger.h"
-#include "quorel/model/data_record.h"
 #include "quorel/model/field_descriptor.h"
 #include "quorel/model/model_messages.h"
-#include "quorel/rules/plausi_exception.h"
 #include "quorel/rules/runtime_context.h"
 #include "quorel/values/value.h"
 
 namespace quorel {
+namespace field_read {
 
 namespace {
 
@@ -22,30 +21,26 @@ std::ostream *debugLine(RuntimeContext *context, const char *who, FieldDescripto
 
 }  // namespace
 
-Value *readField(RuntimeContext *context, const char *who, FieldDescriptor *field,
-                 const std::function<DataRecord *()> &locate,
-                 const std::function<Value *(DataRecord *)> &make) {
-  Value *result = nullptr;
-  try {
-    DataRecord *record = locate();
-    if (record->isEmpty(field)) {
-      result = context->createInvalidValue();
-      if (std::ostream *line = debugLine(context, who, field)) *line << "empty";
-    } else {
-      result = make(record);
-      if (std::ostream *line = debugLine(context, who, field)) {
-        *line << "value = \"" << result->asString() << "\"";
-      }
-    }
-  } catch (const PlausiException &e) {
-    if (e.getType() != EXCEPTION_CONVERSION) throw;
-    result = context->createInconvertibleValue(e.getMessage());
-    if (std::ostream *line = debugLine(context, who, field)) {
-      *line << "wrongType (Exception: " << e.getMessage() << ")";
-    }
-  }
-  if (result == nullptr) throw PlausiException(EXCEPTION_GENERAL, messages::kValueNotDetermined);
+Value *readEmpty(RuntimeContext *context, const char *who, FieldDescriptor *field) {
+  Value *result = context->createInvalidValue();
+  if (std::ostream *line = debugLine(context, who, field)) *line << "empty";
   return result;
 }
 
+Value *readValue(RuntimeContext *context, const char *who, FieldDescriptor *field, Value *value) {
+  if (value == nullptr) throw PlausiException(EXCEPTION_GENERAL, messages::kValueNotDetermined);
+  if (std::ostream *line = debugLine(context, who, field)) *line << "value = \"" << value->asString() << "\"";
+  return value;
+}
+
+Value *readInconvertible(RuntimeContext *context, const char *who, FieldDescriptor *field,
+                         const PlausiException &failure) {
+  Value *result = context->createInconvertibleValue(failure.getMessage());
+  if (std::ostream *line = debugLine(context, who, field)) {
+    *line << "wrongType (Exception: " << failure.getMessage() << ")";
+  }
+  return result;
+}
+
+}  // namespace field_read
 }  // namespace quorel
