@@ -6,14 +6,28 @@
 
 namespace quorel {
 
+namespace {
+
+// Room the lists start with: the values and the reads of a typical rule.
+constexpr std::size_t kExpectedObjects = 8;
+constexpr std::size_t kExpectedFields = 4;
+
+}  // namespace
+
 PlausiSection::PlausiSection(const char *name, PlausiSection *parent, bool checkProc)
-    : name_(name != nullptr ? name : ""), parent_(parent), checkProc_(checkProc) {}
+    : name_(name != nullptr ? name : ""), parent_(parent), checkProc_(checkProc) {
+  PlausiSection *above = parent_ != nullptr ? parent_->outermostCheckProc_ : nullptr;
+  outermostCheckProc_ = above != nullptr ? above : (checkProc_ ? this : nullptr);
+  // Everything below a check procedure is called from it, so reads go to the
+  // outermost check procedure above this section.
+  fieldTarget_ = above != nullptr ? above : this;
+  localObjects_.reserve(kExpectedObjects);
+  accessedFields_.reserve(kExpectedFields);
+}
 
 PlausiSection::~PlausiSection() {
   for (PlausiObject *object : localObjects_) delete object;
 }
-
-void PlausiSection::addLocalObject(PlausiObject *object) { localObjects_.push_back(object); }
 
 bool PlausiSection::removeLocalObject(PlausiObject *object) {
   for (auto it = localObjects_.rbegin(); it != localObjects_.rend(); ++it) {
@@ -23,23 +37,6 @@ bool PlausiSection::removeLocalObject(PlausiObject *object) {
     }
   }
   return false;
-}
-
-bool PlausiSection::isCalledFromCheckProc() const {
-  for (const PlausiSection *p = parent_; p != nullptr; p = p->parent_) {
-    if (p->checkProc_) return true;
-  }
-  return false;
-}
-
-void PlausiSection::noteFieldAccess(FieldDescriptor *field) {
-  // Everything below a check procedure is called from it, so the climb ends at
-  // the outermost check procedure above this section.
-  PlausiSection *target = this;
-  for (PlausiSection *p = parent_; p != nullptr; p = p->parent_) {
-    if (p->checkProc_) target = p;
-  }
-  target->accessedFields_.push_back(field);
 }
 
 }  // namespace quorel

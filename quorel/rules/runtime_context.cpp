@@ -24,15 +24,24 @@ namespace quorel {
 
 namespace {
 
-// Two blanks for each open section.
-std::string indentation(std::int32_t openSections) {
-  return std::string(static_cast<std::size_t>(openSections) * 2, ' ');
+// Room for the sections of a run that nests rules, functions and check
+// procedures a few levels deep.
+constexpr std::size_t kExpectedDepth = 16;
+
+// A trace line "<indentation><arrow><name>", two blanks of indentation for
+// each open section. Built only when the logger takes trace lines.
+void traceSection(Logger *logger, std::int32_t openSections, const char *arrow, const char *name) {
+  if (!logger->isTraceOn()) return;
+  std::ostream &line = logger->trace();
+  for (std::int32_t i = 0; i < openSections; ++i) line << "  ";
+  line << arrow << name;
 }
 
 }  // namespace
 
 RuntimeContext::RuntimeContext(PlausiContext *context, ClassificationRessource *classifications)
     : context_(context), classifications_(classifications) {
+  sections_.reserve(kExpectedDepth);
   startNewSection("Plausi", false);
 }
 
@@ -52,14 +61,14 @@ Value *RuntimeContext::getClassificationByValue(const char *value) {
 }
 
 void RuntimeContext::startNewSection(const char *name, bool checkProc) {
-  getLogger()->trace() << indentation(depth()) << "--> " << (name != nullptr ? name : "");
+  traceSection(getLogger(), depth(), "--> ", name != nullptr ? name : "");
   sections_.push_back(std::make_unique<PlausiSection>(name, getCurrentSection(), checkProc));
 }
 
 void RuntimeContext::leaveCurrentSection() {
   std::unique_ptr<PlausiSection> section = std::move(sections_.back());
   sections_.pop_back();
-  getLogger()->trace() << indentation(depth()) << "<-- " << section->getName();
+  traceSection(getLogger(), depth(), "<-- ", section->getName());
 }
 
 PlausiSection *RuntimeContext::getCurrentSection() const {
