@@ -5,9 +5,9 @@
 // it; those are references into the Plausi's topics. Sections are made and
 // destroyed by RuntimeContext alone and never copied.
 //
-// A run opens and leaves sections all the time, so a section, its name and
-// its lists take their memory from the thread's ObjectPool, and the lists
-// start with room for a typical rule.
+// A run opens and leaves sections all the time, so a section and its name
+// take their memory from the thread's ObjectPool, and the section holds the
+// values and reads of a typical rule in itself.
 
 #ifndef QUOREL_RULES_PLAUSI_SECTION_H_
 #define QUOREL_RULES_PLAUSI_SECTION_H_
@@ -15,8 +15,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <vector>
 
+#include "quorel/rules/inline_list.h"
 #include "quorel/values/object_pool.h"
 
 namespace quorel {
@@ -54,11 +54,11 @@ class PlausiSection {
   bool isCalledFromCheckProc() const { return parent_ != nullptr && parent_->outermostCheckProc_ != nullptr; }
 
   std::int32_t getNumOfAccessedFields() const { return static_cast<std::int32_t>(accessedFields_.size()); }
-  FieldDescriptor *getAccessedField(std::int32_t index) const { return accessedFields_[index]; }
+  FieldDescriptor *getAccessedField(std::int32_t index) const {
+    return accessedFields_[static_cast<std::size_t>(index)];
+  }
 
  private:
-  template <typename T>
-  using PooledList = std::vector<T, PoolAllocator<T>>;
   using PooledText = std::basic_string<char, std::char_traits<char>, PoolAllocator<char>>;
 
   PooledText name_;
@@ -69,8 +69,8 @@ class PlausiSection {
   PlausiSection *outermostCheckProc_;
   // Where reads under this section are noted.
   PlausiSection *fieldTarget_;
-  PooledList<PlausiObject *> localObjects_;
-  PooledList<FieldDescriptor *> accessedFields_;
+  InlineList<PlausiObject *, 8> localObjects_;
+  InlineList<FieldDescriptor *, 4> accessedFields_;
 };
 
 }  // namespace quorel
