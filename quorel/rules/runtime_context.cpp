@@ -1,6 +1,7 @@
 #include "quorel/rules/runtime_context.h"
 
 #include <cstdarg>
+#include <functional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -78,7 +79,9 @@ PlausiSection *RuntimeContext::getCurrentSection() const {
 void RuntimeContext::setSectionInfosToProblem(PlausiProblem *problem) {
   PlausiSection *innermost = getCurrentSection();
   if (innermost == nullptr) return;
-  std::unordered_set<FieldDescriptor *> added;
+  std::unordered_set<FieldDescriptor *, std::hash<FieldDescriptor *>, std::equal_to<FieldDescriptor *>,
+                     PoolAllocator<FieldDescriptor *>>
+      added;
   for (std::int32_t i = 0; i < innermost->getNumOfAccessedFields(); ++i) {
     FieldDescriptor *field = innermost->getAccessedField(i);
     if (field != nullptr && added.insert(field).second) problem->addAccessedField(field);
