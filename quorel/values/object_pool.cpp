@@ -85,7 +85,7 @@ FreeLists::~FreeLists() {
 }
 
 // The thread's lists, made on first use; null once they are gone.
-FreeLists *threadLists() {
+FreeLists *openLists() {
   if (currentLists == nullptr && !listsClosed) {
     thread_local FreeLists lists;
     currentLists = &lists;
@@ -93,25 +93,39 @@ FreeLists *threadLists() {
   return currentLists;
 }
 
-}  // namespace
-
-void *ObjectPool::allocate(std::size_t size) {
+// The ways past the lists: large blocks, a thread's first request, a full
+// list, a thread whose lists are gone. Kept out of line so that the common
+// case stays a few instructions.
+[[gnu::noinline]] void *allocateFromHeap(std::size_t size) {
   if (size > kLargest) return ::operator new(size);
-  std::size_t sizeClass = classOf(size);
-  if (FreeLists *lists = threadLists()) {
-    if (void *block = lists->take(sizeClass)) return block;
-  }
+  openLists();
   // Always a whole block of the class, so that any thread may keep it.
-  return ::operator new(blockSize(sizeClass));
+  return ::operator new(blockSize(classOf(size)));
 }
 
-void ObjectPool::release(void *block, std::size_t size) noexcept {
+[[gnu::noinline]] void releaseToHeap(void *block, std::size_t size) noexcept {
   if (block == nullptr) return;
   if (size <= kLargest) {
-    FreeLists *lists = threadLists();
+    FreeLists *lists = openLists();
     if (lists != nullptr && lists->keep(block, classOf(size))) return;
   }
   ::operator delete(block);
+}
+
+}  // namespace
+
+void *ObjectPool::allocate(std::size_t size) {
+  FreeLists *lists = currentLists;
+  if (lists != nullptr && size <= kLargest) {
+    if (void *block = lists->take(classOf(size))) return block;
+  }
+  return allocateFromHeap(size);
+}
+
+void ObjectPool::release(void *block, std::size_t size) noexcept {
+  FreeLists *lists = currentLists;
+  if (lists != nullptr && block != nullptr && size <= kLargest && lists->keep(block, classOf(size))) return;
+  releaseToHeap(block, size);
 }
 
 bool ObjectPool::isRecycling() { return true; }
