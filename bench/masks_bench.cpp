@@ -9,6 +9,7 @@
 #include <benchmark/benchmark.h>
 
 #include "quorel/masks/util.h"
+#include "side_by_side.h"
 
 namespace {
 
@@ -50,3 +51,7 @@ void BM_StringToDate(benchmark::State &state) {
 BENCHMARK(BM_StringToDate);
 
 }  // namespace
+
+int main(int argc, char **argv) {
+  return quorel::bench::runSideBySide(argc, argv, {{"German number texts against strtod", "BM_StringToReal", "BM_Strtod"}});
+}

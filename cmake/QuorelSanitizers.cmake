@@ -12,6 +12,12 @@ if(_quorel_san_flags)
   add_compile_options(${_quorel_san_flags})
   add_link_options(${_quorel_san_flags})
 endif()
+# AddressSanitizer must see every object's life: the library then leaves
+# recycling memory to the heap. ThreadSanitizer keeps the recycling, which
+# it is there to watch.
+if(_quorel_sanitize STREQUAL "ON" OR _quorel_sanitize STREQUAL "ADDRESS")
+  add_compile_definitions(QUOREL_NO_RECYCLING)
+endif()
 
 # Fuzzing wants coverage feedback from the library itself.
 if(QUOREL_FUZZ)

@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "quorel/masks/mask_messages.h"
+#include "quorel/masks/text_hash.h"
 #include "quorel/rules/plausi_exception.h"
 
 namespace quorel {
@@ -33,10 +34,9 @@ std::uint32_t step(std::uint32_t hash, std::int32_t item) {
 }  // namespace
 
 std::int32_t Util::getHashCode(const char *text) {
-  if (text == nullptr) return 0;
-  std::uint32_t hash = 0;
-  for (const char *p = text; *p != '\0'; ++p) hash = step(hash, static_cast<signed char>(*p));
-  return static_cast<std::int32_t>(hash);
+  TextHash hash;
+  hash.append(text);
+  return hash.get();
 }
 
 std::int32_t Util::getHashCode(const std::int32_t *indices) {

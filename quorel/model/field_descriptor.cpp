@@ -17,7 +17,10 @@ FieldDescriptor::~FieldDescriptor() = default;
 
 std::int32_t *FieldDescriptor::getDimension() const { return type_->getDimension(); }
 
-void FieldDescriptor::setIndices(const std::int32_t *indices) { indices_ = copyIndexList(indices); }
+void FieldDescriptor::setIndices(const std::int32_t *indices) {
+  indices_ = copyIndexList(indices);
+  hierarchyHash_.reset();
+}
 
 std::string FieldDescriptor::getHierarchyText() const {
   std::vector<const FieldDescriptor *> chain;
@@ -31,18 +34,40 @@ std::string FieldDescriptor::getHierarchyText() const {
   return text;
 }
 
+TextHash FieldDescriptor::getHierarchyHash() const {
+  if (!hierarchyHash_) {
+    TextHash hash;
+    if (parent_ != nullptr) {
+      hash = parent_->getHierarchyHash();
+      hash.append('.');
+    }
+    hash.append(type_->getFieldNameTopic());
+    hash.appendIndices(getIndices());
+    hierarchyHash_ = hash;
+  }
+  return *hierarchyHash_;
+}
+
 void FieldDescriptor::getHierarchyAsString(char *target) const {
   copyHierarchyText(getHierarchyText(), target);
 }
 
+namespace {
+
+// The record reached from record through getSubDataRecord of topic and its
+// parents, root first; null once a step gives null.
+DataRecord *walkDown(FieldDescriptor *topic, DataRecord *record) {
+  if (topic == nullptr || record == nullptr) return record;
+  record = walkDown(topic->getParent(), record);
+  return record != nullptr ? record->getSubDataRecord(topic) : nullptr;
+}
+
+}  // namespace
+
 DataRecord *FieldDescriptor::getSubDataRecordFor(DataRecord *record) {
-  std::vector<FieldDescriptor *> parents;
-  for (FieldDescriptor *p = parent_; p != nullptr; p = p->parent_) parents.push_back(p);
   // A context without a record, or a host record that answers null for a
   // topic, has no value for the field; that is refused rather than followed.
-  for (auto it = parents.rbegin(); it != parents.rend() && record != nullptr; ++it) {
-    record = record->getSubDataRecord(*it);
-  }
+  record = walkDown(parent_, record);
   if (record == nullptr) throw PlausiException(EXCEPTION_GENERAL, messages::kValueNotDetermined);
   return record;
 }

@@ -10,8 +10,10 @@
 #define QUOREL_MODEL_FIELD_DESCRIPTOR_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
+#include "quorel/masks/text_hash.h"
 #include "quorel/model/index_list.h"
 
 namespace quorel {
@@ -44,6 +46,12 @@ class FieldDescriptor {
   void getHierarchyAsString(char *target) const;
   // The same text at any length.
   std::string getHierarchyText() const;
+  // The hash of getHierarchyText(), ready to be continued, made without the
+  // text: the parent's hash continued by this level's name and indices. It
+  // is made at the first call and kept, since the chain of names never
+  // changes and indices are given once, as an element is made, before
+  // anything reads it.
+  TextHash getHierarchyHash() const;
 
  protected:
   // The record that holds this field's value: the given record walked
@@ -63,6 +71,7 @@ class FieldDescriptor {
   TypeDescriptor *type_;
   FieldDescriptor *parent_;
   IndexList indices_;
+  mutable std::optional<TextHash> hierarchyHash_;
 };
 
 }  // namespace quorel

@@ -1,51 +1,37 @@
 #include "quorel/model/field_read.h"
 
-#include "quorel/logging/logger.h"
-#include "quorel/model/data_record.h"
+#include <ostream>
+
 #include "quorel/model/field_descriptor.h"
 #include "quorel/model/model_messages.h"
-#include "quorel/rules/plausi_exception.h"
-#include "quorel/rules/runtime_context.h"
 #include "quorel/values/value.h"
 
 namespace quorel {
+namespace field_read {
 
 namespace {
 
-// Starts a debug line "<who>::get(<hierarchy>) => ", or gives null when the
-// debug level is off, so that no hierarchy text is built in vain.
-std::ostream *debugLine(RuntimeContext *context, const char *who, FieldDescriptor *field) {
-  Logger *logger = context->getLogger();
-  if (!logger->isDebugOn()) return nullptr;
-  return &(logger->debug() << who << "::get(" << field->getHierarchyText() << ") => ");
+// Starts the line "<who>::get(<hierarchy>) => ".
+std::ostream &debugLine(RuntimeContext *context, const char *who, FieldDescriptor *field) {
+  return context->getLogger()->debug() << who << "::get(" << field->getHierarchyText() << ") => ";
 }
 
 }  // namespace
 
-Value *readField(RuntimeContext *context, const char *who, FieldDescriptor *field,
-                 const std::function<DataRecord *()> &locate,
-                 const std::function<Value *(DataRecord *)> &make) {
-  Value *result = nullptr;
-  try {
-    DataRecord *record = locate();
-    if (record->isEmpty(field)) {
-      result = context->createInvalidValue();
-      if (std::ostream *line = debugLine(context, who, field)) *line << "empty";
-    } else {
-      result = make(record);
-      if (std::ostream *line = debugLine(context, who, field)) {
-        *line << "value = \"" << result->asString() << "\"";
-      }
-    }
-  } catch (const PlausiException &e) {
-    if (e.getType() != EXCEPTION_CONVERSION) throw;
-    result = context->createInconvertibleValue(e.getMessage());
-    if (std::ostream *line = debugLine(context, who, field)) {
-      *line << "wrongType (Exception: " << e.getMessage() << ")";
-    }
-  }
-  if (result == nullptr) throw PlausiException(EXCEPTION_GENERAL, messages::kValueNotDetermined);
-  return result;
+void logEmpty(RuntimeContext *context, const char *who, FieldDescriptor *field) {
+  debugLine(context, who, field) << "empty";
 }
 
+void logValue(RuntimeContext *context, const char *who, FieldDescriptor *field, Value *value) {
+  debugLine(context, who, field) << "value = \"" << value->asString() << "\"";
+}
+
+void logInconvertible(RuntimeContext *context, const char *who, FieldDescriptor *field,
+                      const PlausiException &failure) {
+  debugLine(context, who, field) << "wrongType (Exception: " << failure.getMessage() << ")";
+}
+
+void refuseMissingValue() { throw PlausiException(EXCEPTION_GENERAL, messages::kValueNotDetermined); }
+
+}  // namespace field_read
 }  // namespace quorel

@@ -1,10 +1,8 @@
 #include "quorel/model/simple_data_record.h"
 
-#include <string>
-
+#include "quorel/masks/text_hash.h"
 #include "quorel/masks/util.h"
 #include "quorel/model/field_descriptor.h"
-#include "quorel/model/index_list.h"
 #include "quorel/values/number_value.h"
 #include "quorel/values/string_value.h"
 
@@ -21,30 +19,22 @@ SimpleDataRecord::SimpleDataRecord() = default;
 SimpleDataRecord::~SimpleDataRecord() = default;
 
 std::int32_t SimpleDataRecord::getKeyAsHashCode(FieldDescriptor *field) {
-  return Util::getHashCode(field->getHierarchyText().c_str());
+  return field->getHierarchyHash().get();
 }
 
 std::int32_t SimpleDataRecord::getKeyForSizeAsHashCode(FieldDescriptor *field,
                                                        const std::int32_t *indices) {
-  std::string key = field->getHierarchyText() + indicesAsText(indices) + kSizeSuffix;
-  return Util::getHashCode(key.c_str());
+  TextHash key = field->getHierarchyHash();
+  key.appendIndices(indices);
+  key.append(kSizeSuffix);
+  return key.get();
 }
 
-Value *SimpleDataRecord::find(std::int32_t key) {
-  auto it = values_.find(key);
-  return it == values_.end() ? nullptr : it->second.get();
-}
+Value *SimpleDataRecord::find(std::int32_t key) { return values_.find(key); }
 
 void SimpleDataRecord::store(std::int32_t key, Value *value) {
-  std::unique_ptr<Value> incoming(value);
-  // The former value dies at the end, after the new one is in place.
-  std::unique_ptr<Value> former;
-  auto it = values_.find(key);
-  if (it != values_.end()) {
-    former = std::move(it->second);
-    values_.erase(it);
-  }
-  if (incoming) values_.emplace(key, std::move(incoming));
+  // The former value dies here, after the new one is in place.
+  values_.put(key, std::unique_ptr<Value>(value));
 }
 
 std::int32_t SimpleDataRecord::getSize(FieldDescriptor *field, std::int32_t *indices) {
@@ -104,8 +94,10 @@ void SimpleDataRecord::setValue(const char *name, const char *text) {
 }
 
 void SimpleDataRecord::setSize(const char *name, std::int32_t size) {
-  std::string key = std::string(name != nullptr ? name : "") + kSizeSuffix;
-  store(Util::getHashCode(key.c_str()), new NumberValue(static_cast<double>(size)));
+  TextHash key;
+  key.append(name);
+  key.append(kSizeSuffix);
+  store(key.get(), new NumberValue(static_cast<double>(size)));
 }
 
 }  // namespace quorel

@@ -1,5 +1,6 @@
 // SimpleDataRecord: the library's own record, a flat store of values keyed
-// by the hash of a field's hierarchy text ("Root.Liste[2]"). Array sizes lie
+// by the hash of a field's hierarchy text ("Root.Liste[2]"), in a hash table
+// of those codes. Array sizes lie
 // under the text of the array, the outer indices and "#" ("Root.Liste[2]#").
 //
 // Only hash codes are kept: two texts with the same code are one field.
@@ -11,9 +12,8 @@
 #define QUOREL_MODEL_SIMPLE_DATA_RECORD_H_
 
 #include <cstdint>
-#include <map>
-#include <memory>
 
+#include "quorel/model/code_table.h"
 #include "quorel/model/data_record.h"
 
 namespace quorel {
@@ -57,7 +57,7 @@ class SimpleDataRecord : public DataRecord {
   // removes the key.
   void store(std::int32_t key, Value *value);
 
-  std::map<std::int32_t, std::unique_ptr<Value>> values_;
+  CodeTable<Value> values_;
 };
 
 }  // namespace quorel

@@ -1,47 +1,30 @@
 #include "quorel/rules/plausi_section.h"
 
-#include <iterator>
-
 #include "quorel/values/plausi_object.h"
 
 namespace quorel {
 
 PlausiSection::PlausiSection(const char *name, PlausiSection *parent, bool checkProc)
-    : parent_(parent), checkProc_(checkProc) {
-  name_.set(name);
+    : name_(name != nullptr ? name : ""), named_(name != nullptr), parent_(parent), checkProc_(checkProc) {
+  PlausiSection *above = parent_ != nullptr ? parent_->outermostCheckProc_ : nullptr;
+  outermostCheckProc_ = above != nullptr ? above : (checkProc_ ? this : nullptr);
+  // Everything below a check procedure is called from it, so reads go to the
+  // outermost check procedure above this section.
+  fieldTarget_ = above != nullptr ? above : this;
 }
 
 PlausiSection::~PlausiSection() {
-  for (PlausiObject *object : localObjects_) delete object;
+  for (std::size_t i = 0; i < localObjects_.size(); ++i) delete localObjects_[i];
 }
 
-void PlausiSection::addLocalObject(PlausiObject *object) { localObjects_.push_back(object); }
-
 bool PlausiSection::removeLocalObject(PlausiObject *object) {
-  for (auto it = localObjects_.rbegin(); it != localObjects_.rend(); ++it) {
-    if (*it == object) {
-      localObjects_.erase(std::next(it).base());
+  for (std::size_t i = localObjects_.size(); i-- > 0;) {
+    if (localObjects_[i] == object) {
+      localObjects_.erase(i);
       return true;
     }
   }
   return false;
-}
-
-bool PlausiSection::isCalledFromCheckProc() const {
-  for (const PlausiSection *p = parent_; p != nullptr; p = p->parent_) {
-    if (p->checkProc_) return true;
-  }
-  return false;
-}
-
-void PlausiSection::noteFieldAccess(FieldDescriptor *field) {
-  // Everything below a check procedure is called from it, so the climb ends at
-  // the outermost check procedure above this section.
-  PlausiSection *target = this;
-  for (PlausiSection *p = parent_; p != nullptr; p = p->parent_) {
-    if (p->checkProc_) target = p;
-  }
-  target->accessedFields_.push_back(field);
 }
 
 }  // namespace quorel

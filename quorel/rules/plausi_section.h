@@ -4,14 +4,20 @@
 // oldest first, when it is destroyed. It also collects the fields read under
 // it; those are references into the Plausi's topics. Sections are made and
 // destroyed by RuntimeContext alone and never copied.
+//
+// A run opens and leaves sections all the time, so a section and its name
+// take their memory from the thread's ObjectPool, and the section holds the
+// values and reads of a typical rule in itself.
 
 #ifndef QUOREL_RULES_PLAUSI_SECTION_H_
 #define QUOREL_RULES_PLAUSI_SECTION_H_
 
+#include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <string>
 
-#include "quorel/rules/nullable_text.h"
+#include "quorel/rules/inline_list.h"
+#include "quorel/values/object_pool.h"
 
 namespace quorel {
 
@@ -26,34 +32,47 @@ class PlausiSection {
   PlausiSection(const PlausiSection &) = delete;
   PlausiSection &operator=(const PlausiSection &) = delete;
 
+  static void *operator new(std::size_t size) { return ObjectPool::allocate(size); }
+  static void operator delete(void *section, std::size_t size) noexcept { ObjectPool::release(section, size); }
+
   // Null for a section opened without a name.
-  const char *getName() const { return name_.get(); }
+  const char *getName() const { return named_ ? name_.c_str() : nullptr; }
   PlausiSection *getParent() const { return parent_; }
   bool isCheckProc() const { return checkProc_; }
 
   // Takes ownership of the object.
-  void addLocalObject(PlausiObject *object);
+  void addLocalObject(PlausiObject *object) { localObjects_.push_back(object); }
   // Hands ownership of an object made here back to the caller; false when
   // the section does not hold it. Recent objects are found first.
   bool removeLocalObject(PlausiObject *object);
 
   // Notes the read in the outermost check procedure above this section, or
   // here when there is none; repeats and null are kept.
-  void noteFieldAccess(FieldDescriptor *field);
+  void noteFieldAccess(FieldDescriptor *field) { fieldTarget_->accessedFields_.push_back(field); }
 
   // Whether a check procedure stands anywhere above this section; the
   // section's own flag plays no part.
-  bool isCalledFromCheckProc() const;
+  bool isCalledFromCheckProc() const { return parent_ != nullptr && parent_->outermostCheckProc_ != nullptr; }
 
   std::int32_t getNumOfAccessedFields() const { return static_cast<std::int32_t>(accessedFields_.size()); }
-  FieldDescriptor *getAccessedField(std::int32_t index) const { return accessedFields_[index]; }
+  FieldDescriptor *getAccessedField(std::int32_t index) const {
+    return accessedFields_[static_cast<std::size_t>(index)];
+  }
 
  private:
-  NullableText name_;
+  using PooledText = std::basic_string<char, std::char_traits<char>, PoolAllocator<char>>;
+
+  PooledText name_;
+  bool named_;
   PlausiSection *parent_;
   bool checkProc_;
-  std::vector<PlausiObject *> localObjects_;
-  std::vector<FieldDescriptor *> accessedFields_;
+  // The outermost check procedure among this section and those above, or
+  // null; known when the section opens, since the sections above stay.
+  PlausiSection *outermostCheckProc_;
+  // Where reads under this section are noted.
+  PlausiSection *fieldTarget_;
+  InlineList<PlausiObject *, 8> localObjects_;
+  InlineList<FieldDescriptor *, 4> accessedFields_;
 };
 
 }  // namespace quorel

@@ -1,6 +1,7 @@
 #include "quorel/rules/runtime_context.h"
 
 #include <cstdarg>
+#include <functional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -24,9 +25,17 @@ namespace quorel {
 
 namespace {
 
-// Two blanks for each open section.
-std::string indentation(std::int32_t openSections) {
-  return std::string(static_cast<std::size_t>(openSections) * 2, ' ');
+// Room for the sections of a run that nests rules, functions and check
+// procedures a few levels deep.
+constexpr std::size_t kExpectedDepth = 16;
+
+// A trace line "<indentation><arrow><name>", two blanks of indentation for
+// each open section. Built only when the logger takes trace lines.
+void traceSection(Logger *logger, std::int32_t openSections, const char *arrow, const char *name) {
+  if (!logger->isTraceOn()) return;
+  std::ostream &line = logger->trace();
+  for (std::int32_t i = 0; i < openSections; ++i) line << "  ";
+  line << arrow << name;
 }
 
 // The run in progress on this thread, the innermost where runs nest; each
@@ -40,6 +49,7 @@ const char *traceName(const char *name) { return name != nullptr ? name : ""; }
 
 RuntimeContext::RuntimeContext(PlausiContext *context, ClassificationRessource *classifications)
     : context_(context), classifications_(classifications) {
+  sections_.reserve(kExpectedDepth);
   startNewSection("Plausi", false);
   outerRun_ = activeRun;
   activeRun = this;
@@ -66,14 +76,14 @@ Value *RuntimeContext::getClassificationByValue(const char *value) {
 }
 
 void RuntimeContext::startNewSection(const char *name, bool checkProc) {
-  getLogger()->trace() << indentation(depth()) << "--> " << traceName(name);
+  traceSection(getLogger(), depth(), "--> ", traceName(name));
   sections_.push_back(std::make_unique<PlausiSection>(name, getCurrentSection(), checkProc));
 }
 
 void RuntimeContext::leaveCurrentSection() {
   std::unique_ptr<PlausiSection> section = std::move(sections_.back());
   sections_.pop_back();
-  getLogger()->trace() << indentation(depth()) << "<-- " << traceName(section->getName());
+  traceSection(getLogger(), depth(), "<-- ", traceName(section->getName()));
 }
 
 bool RuntimeContext::ownUntilRunEnds(PlausiObject *object) {
@@ -89,7 +99,9 @@ PlausiSection *RuntimeContext::getCurrentSection() const {
 void RuntimeContext::setSectionInfosToProblem(PlausiProblem *problem) {
   PlausiSection *innermost = getCurrentSection();
   if (innermost == nullptr) return;
-  std::unordered_set<FieldDescriptor *> added;
+  std::unordered_set<FieldDescriptor *, std::hash<FieldDescriptor *>, std::equal_to<FieldDescriptor *>,
+                     PoolAllocator<FieldDescriptor *>>
+      added;
   for (std::int32_t i = 0; i < innermost->getNumOfAccessedFields(); ++i) {
     FieldDescriptor *field = innermost->getAccessedField(i);
     if (field != nullptr && added.insert(field).second) problem->addAccessedField(field);

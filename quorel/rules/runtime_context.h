@@ -28,6 +28,7 @@
 #include "quorel/rules/plausi_context.h"
 #include "quorel/rules/plausi_section.h"
 #include "quorel/values/interval_range.h"
+#include "quorel/values/object_pool.h"
 
 namespace quorel {
 
@@ -120,7 +121,7 @@ class RuntimeContext {
 
   PlausiContext *context_;
   ClassificationRessource *classifications_;
-  std::vector<std::unique_ptr<PlausiSection>> sections_;
+  std::vector<std::unique_ptr<PlausiSection>, PoolAllocator<std::unique_ptr<PlausiSection>>> sections_;
   FieldDescriptor *currentField_ = nullptr;
   // The run that was in progress on this thread when this one began.
   RuntimeContext *outerRun_ = nullptr;

@@ -1,0 +1,130 @@
+// The Antrag rule module, loaded through PlausiLoader as a host loads it,
+// checking 100 000 records held in memory with the flow "Pruefung": records
+// per second of the whole run, problems included. The records are 10 000
+// distinct applications of the kind examples/host/generate_records.py
+// writes, each checked ten times, so that they stay beyond the caches
+// without holding 100 000 records at once.
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include <quorel/quorel.h>
+
+#include "side_by_side.h"
+
+namespace {
+
+using namespace quorel;
+
+constexpr int kDistinctRecords = 10000;
+constexpr int kPasses = 10;
+
+struct Place {
+  const char *plz;
+  const char *ort;
+};
+const Place kPlaces[] = {{"10115", "Berlin"}, {"20095", "Hamburg"}, {"80331", "M\xFCnchen"}, {"8001", "Bremen"}};
+
+// The material Gemeinden in memory, queried by postcode.
+class Gemeinden : public MaterialAccess {
+ public:
+  Gemeinden() {
+    for (const Place &place : kPlaces) {
+      auto record = std::make_unique<SimpleDataRecord>();
+      record->setValue("Gemeinden.PLZ", place.plz);
+      record->setValue("Gemeinden.Ort", place.ort);
+      byPostcode_[place.plz] = std::move(record);
+    }
+  }
+  bool isMaterialAvailable(MaterialDescriptor *) override { return true; }
+  bool containsValues(MaterialDescriptor *, RecordFilter *, FieldSet *, ValueSet *) override { return false; }
+  void readRecords(DataRecordSet *result, MaterialDescriptor *, RecordFilter *filter, FieldSet *) override {
+    if (filter->getNumOfConditions() != 1) return;
+    auto found = byPostcode_.find(filter->getCondition(0)->getComparativeValue()->asString());
+    if (found != byPostcode_.end()) result->addDataRecord(found->second.get());
+  }
+
+ private:
+  std::map<std::string, std::unique_ptr<SimpleDataRecord>> byPostcode_;
+};
+
+std::string date(std::mt19937 *random, int firstYear, int lastYear) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%02d.%02d.%04d", std::uniform_int_distribution<int>(1, 28)(*random),
+                std::uniform_int_distribution<int>(1, 12)(*random),
+                std::uniform_int_distribution<int>(firstYear, lastYear)(*random));
+  return text;
+}
+
+std::string amount(std::mt19937 *random, int low, int high) {
+  return std::to_string(std::uniform_int_distribution<int>(low, high)(*random)) + "," +
+         std::to_string(std::uniform_int_distribution<int>(10, 99)(*random));
+}
+
+std::vector<std::unique_ptr<SimpleDataRecord>> makeRecords() {
+  const char *names[] = {"M\xFCller", "Schmidt", "Schneider", "Fischer", "Weber", ""};
+  const char *states[] = {"L", "V", "G", "W", "X"};
+  std::mt19937 random(7);
+  auto pick = [&random](int count) { return std::uniform_int_distribution<int>(0, count - 1)(random); };
+  std::vector<std::unique_ptr<SimpleDataRecord>> records;
+  for (int i = 0; i < kDistinctRecords; ++i) {
+    auto record = std::make_unique<SimpleDataRecord>();
+    char number[16];
+    std::snprintf(number, sizeof number, "AB-%06d", i);
+    const Place &place = kPlaces[pick(4)];
+    record->setValue("Antrag.Antragsnummer", number);
+    record->setValue("Antrag.Antragsteller.Name", names[pick(6)]);
+    record->setValue("Antrag.Antragsteller.Vorname", "Vorname");
+    record->setValue("Antrag.Antragsteller.Geburtsdatum", date(&random, 1950, 2010).c_str());
+    record->setValue("Antrag.Antragsteller.Familienstand", states[pick(5)]);
+    record->setValue("Antrag.Adresse.Strasse", ("Weg " + std::to_string(i)).c_str());
+    record->setValue("Antrag.Adresse.PLZ", place.plz);
+    record->setValue("Antrag.Adresse.Ort", place.ort);
+    record->setSize("Antrag.Kinder", 2);
+    record->setValue("Antrag.Kinder[0].Vorname", "Kind");
+    record->setValue("Antrag.Kinder[0].Geburtsdatum", date(&random, 2000, 2020).c_str());
+    record->setValue("Antrag.Kinder[1].Geburtsdatum", date(&random, 2000, 2020).c_str());
+    record->setValue("Antrag.Betrag", amount(&random, 0, 12000).c_str());
+    record->setValue("Antrag.Antragsdatum", date(&random, 2023, 2024).c_str());
+    record->setSize("Antrag.Einkommen", 2);
+    record->setValue("Antrag.Einkommen[0]", amount(&random, 1000, 7000).c_str());
+    record->setValue("Antrag.Einkommen[1]", amount(&random, 1000, 7000).c_str());
+    records.push_back(std::move(record));
+  }
+  return records;
+}
+
+void BM_AntragModule(benchmark::State &state) {
+  std::vector<std::unique_ptr<SimpleDataRecord>> records = makeRecords();
+  Gemeinden gemeinden;
+  PlausiLoader loader;
+  Plausi *rules = loader.loadPlausi(QUOREL_ANTRAG_MODULE, "Antrag");
+  std::int64_t problems = 0;
+  for (auto _ : state) {
+    for (int pass = 0; pass < kPasses; ++pass) {
+      for (const auto &record : records) {
+        PlausiContext context(record.get());
+        context.setFlow("Pruefung");
+        context.setMaterialAccess(&gemeinden);
+        rules->perform(&context);
+        problems += context.getNumOfProblems();
+      }
+    }
+  }
+  loader.unloadPlausi(rules, "Antrag");
+  std::int64_t checked = state.iterations() * kPasses * kDistinctRecords;
+  state.counters["records_per_second"] = benchmark::Counter(static_cast<double>(checked), benchmark::Counter::kIsRate);
+  state.counters["problems_per_record"] = static_cast<double>(problems) / static_cast<double>(checked);
+}
+BENCHMARK(BM_AntragModule)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+int main(int argc, char **argv) { return quorel::bench::runSideBySide(argc, argv, {}); }

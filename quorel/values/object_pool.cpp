@@ -1,0 +1,135 @@
+#include "quorel/values/object_pool.h"
+
+#include <cstdint>
+#include <new>
+
+namespace quorel {
+
+#ifdef QUOREL_NO_RECYCLING
+
+void *ObjectPool::allocate(std::size_t size) { return ::operator new(size); }
+
+void ObjectPool::release(void *block, std::size_t) noexcept { ::operator delete(block); }
+
+bool ObjectPool::isRecycling() { return false; }
+
+#else
+
+namespace {
+
+constexpr std::size_t kGranule = 16;
+constexpr std::size_t kLargest = 256;
+constexpr std::size_t kClasses = kLargest / kGranule;
+// Blocks a list keeps at most: enough for the objects of a deep run, and
+// at most some 2 MB over all lists of a thread.
+constexpr std::uint32_t kMostBlocks = 1024;
+
+// Class c holds blocks of (c + 1) * kGranule bytes; requests of 0 bytes
+// share class 0.
+std::size_t classOf(std::size_t size) { return size == 0 ? 0 : (size - 1) / kGranule; }
+std::size_t blockSize(std::size_t sizeClass) { return (sizeClass + 1) * kGranule; }
+
+struct FreeBlock {
+  FreeBlock *next;
+};
+
+// The free lists of one thread, made at the thread's first request. Its
+// destructor runs as the thread ends and hands every block back to the heap.
+class FreeLists {
+ public:
+  constexpr FreeLists() = default;
+  ~FreeLists();
+
+  FreeLists(const FreeLists &) = delete;
+  FreeLists &operator=(const FreeLists &) = delete;
+
+  // A kept block of the class, or null.
+  void *take(std::size_t sizeClass) {
+    FreeBlock *block = heads_[sizeClass];
+    if (block == nullptr) return nullptr;
+    heads_[sizeClass] = block->next;
+    --counts_[sizeClass];
+    return block;
+  }
+
+  // Keeps the block unless its list is full.
+  bool keep(void *block, std::size_t sizeClass) {
+    if (counts_[sizeClass] >= kMostBlocks) return false;
+    auto *free = static_cast<FreeBlock *>(block);
+    free->next = heads_[sizeClass];
+    heads_[sizeClass] = free;
+    ++counts_[sizeClass];
+    return true;
+  }
+
+ private:
+  FreeBlock *heads_[kClasses] = {};
+  std::uint32_t counts_[kClasses] = {};
+};
+
+// The lists of the calling thread, reached on every request. A plain pointer
+// in the static TLS block is one load away, where the lists themselves (with
+// a destructor) would cost a call to find; a few bytes of static TLS are
+// available even to a library loaded late.
+thread_local FreeLists *currentLists __attribute__((tls_model("initial-exec"))) = nullptr;
+// Set once the thread's lists are gone: what is released after that (objects
+// that static or thread-local objects hold) goes to the heap directly.
+thread_local bool listsClosed __attribute__((tls_model("initial-exec"))) = false;
+
+FreeLists::~FreeLists() {
+  currentLists = nullptr;
+  listsClosed = true;
+  for (std::size_t c = 0; c < kClasses; ++c) {
+    while (void *block = take(c)) ::operator delete(block);
+  }
+}
+
+// The thread's lists, made on first use; null once they are gone.
+FreeLists *openLists() {
+  if (currentLists == nullptr && !listsClosed) {
+    thread_local FreeLists lists;
+    currentLists = &lists;
+  }
+  return currentLists;
+}
+
+// The ways past the lists: large blocks, a thread's first request, a full
+// list, a thread whose lists are gone. Kept out of line so that the common
+// case stays a few instructions.
+[[gnu::noinline]] void *allocateFromHeap(std::size_t size) {
+  if (size > kLargest) return ::operator new(size);
+  openLists();
+  // Always a whole block of the class, so that any thread may keep it.
+  return ::operator new(blockSize(classOf(size)));
+}
+
+[[gnu::noinline]] void releaseToHeap(void *block, std::size_t size) noexcept {
+  if (block == nullptr) return;
+  if (size <= kLargest) {
+    FreeLists *lists = openLists();
+    if (lists != nullptr && lists->keep(block, classOf(size))) return;
+  }
+  ::operator delete(block);
+}
+
+}  // namespace
+
+void *ObjectPool::allocate(std::size_t size) {
+  FreeLists *lists = currentLists;
+  if (lists != nullptr && size <= kLargest) {
+    if (void *block = lists->take(classOf(size))) return block;
+  }
+  return allocateFromHeap(size);
+}
+
+void ObjectPool::release(void *block, std::size_t size) noexcept {
+  FreeLists *lists = currentLists;
+  if (lists != nullptr && block != nullptr && size <= kLargest && lists->keep(block, classOf(size))) return;
+  releaseToHeap(block, size);
+}
+
+bool ObjectPool::isRecycling() { return true; }
+
+#endif
+
+}  // namespace quorel

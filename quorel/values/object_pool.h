@@ -1,0 +1,63 @@
+// ObjectPool: the memory of the small objects that runs make and drop by
+// the thousand (values, iterators, sections and their lists), recycled per
+// thread instead of going to the heap each time.
+//
+// A released block goes onto a free list of the releasing thread, one list
+// per size class of 16 bytes up to 256 bytes, and the next request of that
+// class on the thread takes it back. Each list keeps a bounded number of
+// blocks and hands the rest back to the heap; a thread's lists are emptied
+// when the thread ends. A block may be released on another thread than the
+// one that got it, as when a host deletes a value that performFunction gave
+// it. Requests above 256 bytes go to the heap directly.
+//
+// A build with QUOREL_NO_RECYCLING (the AddressSanitizer build) sends every
+// request to the heap and every release back, so that the sanitizer sees
+// each object's life.
+//
+// PoolAllocator serves standard containers from the same lists.
+
+#ifndef QUOREL_VALUES_OBJECT_POOL_H_
+#define QUOREL_VALUES_OBJECT_POOL_H_
+
+#include <cstddef>
+
+namespace quorel {
+
+class ObjectPool {
+ public:
+  ObjectPool() = delete;
+
+  // A block of at least size bytes, aligned for any object; throws
+  // std::bad_alloc as operator new does.
+  static void *allocate(std::size_t size);
+  // Gives back a block from allocate with the same size.
+  static void release(void *block, std::size_t size) noexcept;
+  // Whether this build recycles blocks.
+  static bool isRecycling();
+};
+
+template <typename T>
+class PoolAllocator {
+ public:
+  using value_type = T;
+
+  PoolAllocator() = default;
+  template <typename U>
+  PoolAllocator(const PoolAllocator<U> &) {}
+
+  T *allocate(std::size_t count) { return static_cast<T *>(ObjectPool::allocate(count * sizeof(T))); }
+  void deallocate(T *block, std::size_t count) noexcept { ObjectPool::release(block, count * sizeof(T)); }
+
+  template <typename U>
+  bool operator==(const PoolAllocator<U> &) const {
+    return true;
+  }
+  template <typename U>
+  bool operator!=(const PoolAllocator<U> &) const {
+    return false;
+  }
+};
+
+}  // namespace quorel
+
+#endif  // QUOREL_VALUES_OBJECT_POOL_H_
