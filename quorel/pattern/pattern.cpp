@@ -110,7 +110,8 @@ std::int32_t Pattern::getCacheCapacity() { return PatternCache::forThisThread().
 
 namespace {
 
-thread_local std::int64_t stepLimit = 0;
+// A plain word of static thread storage, read at every match.
+thread_local std::int64_t stepLimit __attribute__((tls_model("initial-exec"))) = 0;
 
 }  // namespace
 

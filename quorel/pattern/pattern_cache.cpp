@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <string_view>
 
 #include "quorel/pattern/pattern.h"
@@ -20,9 +21,26 @@ bool runMatcher(Pattern *pattern, const char *input) {
 
 }  // namespace
 
+namespace {
+
+// The cache of the calling thread, reached at every match: a plain pointer
+// in static thread storage is one load away, where the cache itself (with a
+// destructor) would cost a call to find. The owner frees it when the thread
+// ends.
+thread_local PatternCache *currentCache __attribute__((tls_model("initial-exec"))) = nullptr;
+
+struct CacheOwner {
+  std::unique_ptr<PatternCache> cache = std::make_unique<PatternCache>();
+  CacheOwner() { currentCache = cache.get(); }
+  ~CacheOwner() { currentCache = nullptr; }
+};
+
+}  // namespace
+
 PatternCache &PatternCache::forThisThread() {
-  thread_local PatternCache cache;
-  return cache;
+  if (currentCache != nullptr) return *currentCache;
+  thread_local CacheOwner owner;
+  return *owner.cache;
 }
 
 PatternCache::PatternCache() = default;
@@ -38,7 +56,7 @@ Pattern *PatternCache::find(const char *text, std::int32_t flags, std::size_t ha
   auto candidates = index_.equal_range(hash);
   for (auto it = candidates.first; it != candidates.second; ++it) {
     Entries::iterator entry = it->second;
-    if (entry->flags == flags && entry->text == text) {
+    if (entry->flags == flags && std::strcmp(entry->text.c_str(), text) == 0) {
       entries_.splice(entries_.begin(), entries_, entry);
       return entry->pattern.get();
     }
@@ -51,6 +69,12 @@ bool PatternCache::matches(const char *pattern, const char *input, std::int32_t 
   if (capacity_ == 0) {
     std::unique_ptr<Pattern> compiled(Pattern::compile(pattern, flags));
     return compiled != nullptr && runMatcher(compiled.get(), input);
+  }
+  // A rule that tests one pattern record after record asks for the most
+  // recently used one again: no hashing for that.
+  if (!entries_.empty() && entries_.front().flags == flags &&
+      std::strcmp(entries_.front().text.c_str(), pattern) == 0) {
+    return runMatcher(entries_.front().pattern.get(), input);
   }
   std::size_t hash = hashOf(pattern, flags);
   if (Pattern *kept = find(pattern, flags, hash)) return runMatcher(kept, input);
