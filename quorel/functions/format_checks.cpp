@@ -59,9 +59,12 @@ Value *Functions::isTypeConform(RuntimeContext *runtime, Value *value, FieldType
 
 Value *Functions::HAT_FORMAT(RuntimeContext *runtime, Value *pattern, Value *text) {
   if (!pattern->isUsable() || !text->isUsable()) return runtime->createBoolValue(false);
-  std::string input = text->asString();
-  std::string expression = pattern->asString();
-  return runtime->createBoolValue(Pattern::matches(expression.c_str(), input.c_str(), 0));
+  // Each text belongs to its value and stays put while the other is asked
+  // (a value asked twice gives the same text), so neither is copied. The
+  // text is asked first: its failure is the one reported.
+  const char *input = text->asString();
+  const char *expression = pattern->asString();
+  return runtime->createBoolValue(Pattern::matches(expression, input, 0));
 }
 
 }  // namespace quorel
