@@ -105,11 +105,23 @@ bool isDate(const py::handle &cell) {
 
 std::string germanDate(const py::handle &cell) { return cell.attr("strftime")("%d.%m.%Y").cast<std::string>(); }
 
+// A column of records, with what every cell of it needs worked out once: the
+// field name (Windows-1252), the same for messages (UTF-8), and the array
+// whose size it gives, for a '#' column.
+struct Column {
+  explicit Column(std::string text)
+      : name(std::move(text)), utf8(host::toUtf8(name.c_str())), array(host::RecordLayout::arrayOf(name)) {}
+  std::string name;
+  std::string utf8;
+  std::string array;
+};
+
 // Sets one cell of a record, as a table cell of that column would.
-void setCell(SimpleDataRecord *record, const std::string &column, const py::handle &cell) {
+void setCell(SimpleDataRecord *record, const Column &at, const py::handle &cell) {
   if (isMissing(cell)) return;
-  std::string array = host::RecordLayout::arrayOf(column);
-  std::string field = host::toUtf8(column.c_str());
+  const std::string &column = at.name;
+  const std::string &array = at.array;
+  const std::string &field = at.utf8;
   if (!array.empty()) {
     std::int64_t size = -1;
     std::string text = py::str(cell).cast<std::string>();
@@ -143,7 +155,7 @@ void setCell(SimpleDataRecord *record, const std::string &column, const py::hand
   } else if (isDate(cell)) {
     record->setValue(column.c_str(), germanDate(cell).c_str());
   } else if (py::hasattr(cell, "item") && py::hasattr(cell, "dtype")) {
-    setCell(record, column, cell.attr("item")());  // a numpy scalar
+    setCell(record, at, cell.attr("item")());  // a numpy scalar
   } else {
     throw CellError{field + ": a value of type " + py::str(py::type::of(cell).attr("__name__")).cast<std::string>() +
                     " cannot be a field"};
@@ -171,7 +183,7 @@ std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping, std::vecto
   for (const auto &item : py::reinterpret_borrow<py::object>(mapping).attr("items")()) {
     py::tuple pair = py::reinterpret_borrow<py::tuple>(item);
     std::string field = columnName(pair[0]);
-    setCell(record.get(), field, pair[1]);
+    setCell(record.get(), Column(field), pair[1]);
     if (fields != nullptr) fields->push_back(std::move(field));
   }
   return record;
@@ -379,6 +391,7 @@ class Checker {
     std::vector<std::string> fields;
     for (const auto &name : names) fields.push_back(columnName(name));
     reportColumns(fields);
+    std::vector<Column> cells(fields.begin(), fields.end());
     std::size_t rows = columns.empty() ? 0 : py::len(columns[0]);
     Frame frame;
     constexpr std::size_t kChunk = 2048;
@@ -392,8 +405,8 @@ class Checker {
       for (std::size_t r = 0; r < count; ++r) {
         auto record = std::make_unique<SimpleDataRecord>();
         try {
-          for (std::size_t c = 0; c < fields.size(); ++c) {
-            setCell(record.get(), fields[c], py::reinterpret_borrow<py::list>(columns[c])[first + r]);
+          for (std::size_t c = 0; c < cells.size(); ++c) {
+            setCell(record.get(), cells[c], py::reinterpret_borrow<py::list>(columns[c])[first + r]);
           }
         } catch (const CellError &e) {
           errors[r] = e.message;
@@ -431,18 +444,19 @@ class Checker {
   struct Frame {
     py::list row, id, type, weight, shortText, longText, field, fieldIndices, accessed, sections, error;
     std::int64_t records = 0, problems = 0, errors = 0, failed = 0;
+    std::unordered_map<std::string, py::object> texts;
 
     void add(std::size_t at, const host::Problem &p) {
       row.append(at);
-      id.append(decode(p.id));
+      id.append(decoded(p.id));
       type.append(static_cast<int>(p.type));
       weight.append(p.weight);
-      shortText.append(decode(p.text));
-      longText.append(decode(p.details));
-      field.append(p.field.empty() ? py::object(py::none()) : py::object(decode(p.field.c_str())));
+      shortText.append(decoded(p.text));
+      longText.append(decoded(p.details));
+      field.append(p.field.empty() ? py::object(py::none()) : decoded(p.field));
       fieldIndices.append(py::cast(p.fieldIndices));
-      accessed.append(texts(p.accessed));
-      sections.append(texts(p.sections));
+      accessed.append(decodedList(p.accessed));
+      sections.append(decodedList(p.sections));
       error.append(py::none());
       ++problems;
     }
@@ -455,6 +469,22 @@ class Checker {
       error.append(py::str(message));
       ++failed;
     }
+    // The texts of problems repeat from record to record (ids, texts, field
+    // names, sections): each is decoded once, and its Python text shared.
+    py::object decoded(const std::string &text) {
+      auto known = texts.find(text);
+      if (known == texts.end()) known = texts.emplace(text, decode(text.c_str())).first;
+      return known->second;
+    }
+    py::object decoded(const std::optional<std::string> &text) {
+      return text ? decoded(*text) : py::object(py::none());
+    }
+    py::list decodedList(const std::vector<std::string> &list) {
+      py::list out(list.size());
+      for (std::size_t i = 0; i < list.size(); ++i) out[i] = decoded(list[i]);
+      return out;
+    }
+
     py::dict finish() {
       py::dict out;
       out["row"] = row;
@@ -473,12 +503,6 @@ class Checker {
       return out;
     }
   };
-
-  static py::list texts(const std::vector<std::string> &texts) {
-    py::list out;
-    for (const std::string &text : texts) out.append(decode(text.c_str()));
-    return out;
-  }
 
   // Reports the columns that name nothing the module reads: each with a
   // ColumnWarning the first time this checker meets it, or all of them with
@@ -525,10 +549,10 @@ class Checker {
     if (!py::isinstance(material, frameType)) {
       throw py::type_error("material " + host::toUtf8(name.c_str()) + " must be a DataFrame or a CSV path");
     }
-    std::vector<std::string> fields;
+    std::vector<Column> fields;
     py::list columns;
     for (const auto &column : material.attr("columns")) {
-      fields.push_back(columnName(column));
+      fields.emplace_back(columnName(column));
       columns.append(material.attr("__getitem__")(column).attr("tolist")());
     }
     std::size_t rows = py::len(material);
