@@ -264,9 +264,9 @@ MUTANTS = [
       "an unavailable material is queried"),
     M("ma-walk-order", "material/material.cpp",
       "  for (std::int32_t r = 0; r < records.getNumOfDataRecords(); ++r) {\n"
-      "    for (std::int32_t f = 0; f < fields_->getNumOfFields(); ++f) {\n      Value *value",
+      "    for (std::int32_t f = 0; f < fields_->getNumOfFields(); ++f) {\n      Field *field",
       "  for (std::int32_t f = 0; f < fields_->getNumOfFields(); ++f) {\n"
-      "    for (std::int32_t r = 0; r < records.getNumOfDataRecords(); ++r) {\n      Value *value",
+      "    for (std::int32_t r = 0; r < records.getNumOfDataRecords(); ++r) {\n      Field *field",
       "a material walk goes field by field instead of record by record"),
     M("ma-debug-count", "material/material.cpp",
       '"Material::asRange() => records = " << records->getNumOfDataRecords()',
@@ -275,7 +275,8 @@ MUTANTS = [
 
     # Pattern engine.
     M("pa-greedy-max", "pattern/nfa_nodes.cpp",
-      "while (count < max_ && end < length", "while (count <= max_ && end < length",
+      "std::int32_t limit = most < available ? most : available;",
+      "std::int32_t limit = most < available ? most + 1 : available;",
       "a greedy quantifier on one character takes one more than its maximum"),
     M("pa-group-max", "pattern/nfa_nodes.cpp",
       "if (count >= max_) return goOn(input, matcher, position);\n  switch (kind_)",
@@ -285,8 +286,8 @@ MUTANTS = [
       "for (std::int32_t count = min_; count < max_; ++count) {\n    std::int32_t result = goOn",
       "for (std::int32_t count = min_; count <= max_; ++count) {\n    std::int32_t result = goOn",
       "a reluctant quantifier takes one more than its maximum"),
-    M("pa-ci-quote", "pattern/nfa_nodes.cpp",
-      "if (a >= 'A' && a <= 'Z') a =", "if (a >= 'A' && a < 'Z') a =",
+    M("pa-ci-quote", "platform/case_compare.cpp",
+      "return (c >= 'A' && c <= 'Z') ?", "return (c >= 'A' && c < 'Z') ?",
       "a quoted text under case folding does not fold Z"),
     M("pa-line-terminator", "pattern/nfa_nodes.cpp",
       "bool isLineTerminator(char c) { return c == '\\n' || c == '\\r'; }",
@@ -299,8 +300,8 @@ MUTANTS = [
       "if (c >= 'a' && c <= 'f') return c - 'a' + 10;", "if (c >= 'a' && c < 'f') return c - 'a' + 10;",
       "the hex digit f is not read in lower case"),
     M("pa-range-upper", "pattern/pattern_classes.cpp",
-      "    range += static_cast<char>(c);\n    if (c == upper) break;",
-      "    if (c == upper) break;\n    range += static_cast<char>(c);",
+      "return ByteSet::range(lower, static_cast<unsigned char>(u));",
+      "return ByteSet::range(lower, static_cast<unsigned char>(u - 1));",
       "a class range leaves out its upper end"),
     M("pa-optional", "pattern/pattern.cpp",
       "case '?': *minimum = 0; *maximum = 1;", "case '?': *minimum = 0; *maximum = 2;",
@@ -308,7 +309,7 @@ MUTANTS = [
 
     # Logging.
     M("lo-month", "logging/logger.cpp",
-      "<< t.tm_mon + 1 << '.'", "<< t.tm_mon << '.'",
+      "t.tm_mday, t.tm_mon + 1,", "t.tm_mday, t.tm_mon,",
       "the month of the time stamp counts from 0"),
     M("lo-word-swap", "logging/logger.cpp",
       'case TRACE: return "TRACE";\n    case DEBUG: return "DEBUG";',
