@@ -464,6 +464,8 @@ class Checker {
   // when the source cannot be read.
   py::dict checkSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
 #ifndef QUOREL_HOST_SQL
+    static_cast<void>(offset);
+    static_cast<void>(limit);
     sourceOf(text, "");
 #else
     host::SqlSource source = sourceOf(text, "");
