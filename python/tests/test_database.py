@@ -147,7 +147,10 @@ def test_sources_that_cannot_be_read_raise(db, module, antraege, tmp_path):
     if db.backend == "sqlite":
         bad += ["sqlite:", "sqlite:/nonexistent/x.db?table=t", "sqlite:x.db?tabelle=t", "antraege.csv"]
     else:
-        bad += ["postgresql://127.0.0.1:1/quorel?table=antraege&connect_timeout=5"]
+        bad += ["postgresql://127.0.0.1:1/quorel?table=antraege&connect_timeout=5",
+                # The server ends the connection while the rows stream in.
+                db.url(query='SELECT \'AB-\' || n AS "Antrag.Antragsnummer" FROM generate_series(1, 5000) AS n '
+                             "WHERE n < 4000 OR pg_terminate_backend(pg_backend_pid())")]
     for source in bad:
         with pytest.raises(quorel.DatabaseError) as error:
             quorel.check_frame(source, module, flow="Pruefung")
