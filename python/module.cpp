@@ -3,9 +3,13 @@
 // leaves the work to the host kit. Texts cross as Windows-1252: a str is
 // encoded on the way in, a library text decoded on the way out.
 //
+// Records and materials may also come from database tables (connection
+// strings, see quorel/host/sql/sql_source.h), read by the host kit's
+// database layer when the module is built with it.
+//
 // The GIL is held while Python objects are read or made and released while
-// rules run. The library needs a Plausi per thread, so a Checker keeps one
-// host::Checker per thread that calls it.
+// rules run and databases are read. The library needs a Plausi per thread,
+// so a Checker keeps one host::Checker per thread that calls it.
 
 #include <cmath>
 #include <ctime>
@@ -28,9 +32,15 @@
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/load_error.h"
+#include "quorel/host/material_router.h"
 #include "quorel/host/problem.h"
 #include "quorel/host/record_layout.h"
+#include "quorel/host/sql/sql_source.h"
 #include "quorel/host/table_material_access.h"
+#ifdef QUOREL_HOST_SQL
+#include "quorel/host/sql/sql_material_access.h"
+#include "quorel/host/sql/sql_row_source.h"
+#endif
 
 namespace py = pybind11;
 
@@ -48,6 +58,7 @@ struct CellError {
 py::object recordErrorType;
 py::object plausiErrorType;
 py::object columnWarningType;
+py::object databaseErrorType;
 
 // detail: what a LoadError adds, in the system's encoding.
 [[noreturn]] void raisePlausiError(const PlausiException &e, const std::string &detail = std::string()) {
@@ -65,6 +76,45 @@ py::object columnWarningType;
 [[noreturn]] void raiseRecordError(const std::string &message) {
   PyErr_SetString(recordErrorType.ptr(), message.c_str());
   throw py::error_already_set();
+}
+
+// message: UTF-8.
+[[noreturn]] void raiseDatabaseError(const std::string &message) {
+  PyErr_SetString(databaseErrorType.ptr(), message.c_str());
+  throw py::error_already_set();
+}
+
+#ifdef QUOREL_HOST_SQL
+// The database source that a connection string names; what (UTF-8) heads
+// the message of DatabaseError for a malformed one.
+host::SqlSource sourceOf(const std::string &text, const std::string &what) {
+  host::SqlSource source;
+  std::string message;
+  if (!host::SqlSource::parse(text, &source, &message)) raiseDatabaseError(what + message);
+  return source;
+}
+#else
+[[noreturn]] host::SqlSource sourceOf(const std::string &text, const std::string &what) {
+  raiseDatabaseError(what + "quorel was built without databases (libsqlite3-dev): " + text);
+}
+#endif
+
+// The number of rows of a database source.
+std::int64_t countRows(const std::string &text) {
+#ifndef QUOREL_HOST_SQL
+  sourceOf(text, "");
+#else
+  host::SqlSource source = sourceOf(text, "");
+  std::int64_t count = 0;
+  std::string message;
+  bool counted;
+  {
+    py::gil_scoped_release release;
+    counted = host::SqlRowSource::count(source, &count, &message);
+  }
+  if (!counted) raiseDatabaseError(message);
+  return count;
+#endif
 }
 
 py::str decode(const char *text) { return py::str(host::toUtf8(text)); }
@@ -350,7 +400,11 @@ class Checker {
     if (flow) settings.flow = columnName(py::str(*flow));
     settings.weightLevel = weightLevel;
     for (const auto &item : materials) addMaterial(item.first, item.second);
-    settings.materials = &materials_;
+    settings.materials = &router_;
+#ifdef QUOREL_HOST_SQL
+    // A database's records of a query live until the run is over.
+    if (usesDatabases_) settings.afterRun = [this] { databases_.releaseRecords(); };
+#endif
     for (const auto &item : init) {
       std::string name = columnName(item.first);
       settings.inits.emplace_back(name, initValueOf(name, item.second));
@@ -394,59 +448,137 @@ class Checker {
     std::vector<Column> cells(fields.begin(), fields.end());
     std::size_t rows = columns.empty() ? 0 : py::len(columns[0]);
     Frame frame;
-    constexpr std::size_t kChunk = 2048;
-    std::vector<std::unique_ptr<SimpleDataRecord>> records;
-    std::vector<std::string> errors;
-    std::vector<host::Outcome> outcomes;
+    Chunk chunk;
     for (std::size_t first = 0; first < rows; first += kChunk) {
-      std::size_t count = std::min(kChunk, rows - first);
-      records.clear();
-      errors.assign(count, std::string());
-      for (std::size_t r = 0; r < count; ++r) {
+      chunk.clear();
+      for (std::size_t row = first; row < std::min(first + kChunk, rows); ++row) {
         auto record = std::make_unique<SimpleDataRecord>();
         try {
           for (std::size_t c = 0; c < cells.size(); ++c) {
-            setCell(record.get(), cells[c], py::reinterpret_borrow<py::list>(columns[c])[first + r]);
+            setCell(record.get(), cells[c], py::reinterpret_borrow<py::list>(columns[c])[row]);
           }
+          chunk.add(static_cast<std::int64_t>(row), std::move(record), std::string());
         } catch (const CellError &e) {
-          errors[r] = e.message;
-          record.reset();
+          chunk.add(static_cast<std::int64_t>(row), nullptr, e.message);
         }
-        records.push_back(std::move(record));
       }
-      outcomes.assign(count, host::Outcome());
       {
         py::gil_scoped_release release;
-        for (std::size_t r = 0; r < count; ++r) {
-          if (records[r] != nullptr) run(records[r].get(), &outcomes[r]);
-        }
+        runChunk(&chunk);
       }
-      for (std::size_t r = 0; r < count; ++r) {
-        std::size_t row = first + r;
-        frame.records += 1;
-        if (records[r] == nullptr) {
-          frame.fail(row, errors[r]);
-          continue;
-        }
-        if (outcomes[r].failed) {
-          frame.fail(row, "Ausnahme " + std::to_string(outcomes[r].exceptionType) + ": " +
-                               host::toUtf8(outcomes[r].message.c_str()));
-        }
-        for (const host::Problem &problem : outcomes[r].problems) frame.add(row, problem);
-        frame.errors += outcomes[r].errors;
-      }
+      frame.take(chunk);
     }
     return frame.finish();
   }
 
+  // The same for the rows of a database source (a connection string), rows
+  // [offset, offset + limit) of it (all from offset when limit < 0); row is
+  // the row's number in the source, counted from 0. Raises DatabaseError
+  // when the source cannot be read.
+  py::dict checkSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
+#ifndef QUOREL_HOST_SQL
+    static_cast<void>(offset);
+    static_cast<void>(limit);
+    sourceOf(text, "");
+#else
+    host::SqlSource source = sourceOf(text, "");
+    host::SqlReadOptions options;
+    options.offset = offset;
+    options.limit = limit;
+    std::unique_ptr<host::SqlRowSource> rows;
+    std::string message;
+    {
+      py::gil_scoped_release release;
+      rows = host::SqlRowSource::open(source, &message, options);
+    }
+    if (rows == nullptr) raiseDatabaseError(message);
+    reportColumns(rows->columns());
+    host::RecordLayout layout(rows->columns());
+    Frame frame;
+    Chunk chunk;
+    host::Row row;
+    for (bool more = true; more;) {
+      {
+        py::gil_scoped_release release;
+        chunk.clear();
+        while (chunk.size() < kChunk && (more = rows->next(&row)) && !rows->failed()) {
+          auto record = std::make_unique<SimpleDataRecord>();
+          std::string error = row.error;
+          if (error.empty() && layout.fill(row.cells, record.get(), &error)) {
+            chunk.add(offset + row.position - 1, std::move(record), std::string());
+          } else {
+            chunk.add(offset + row.position - 1, nullptr, host::toUtf8(error.c_str()));
+          }
+        }
+        if (!rows->failed()) runChunk(&chunk);
+      }
+      if (rows->failed()) raiseDatabaseError("cannot read " + rows->name() + ": " + host::toUtf8(row.error.c_str()));
+      frame.take(chunk);
+    }
+    return frame.finish();
+#endif
+  }
+
  private:
+  // Rows are checked in chunks: the GIL is held while a chunk's records are
+  // made and its problems become Python objects, and released while its
+  // rules run.
+  static constexpr std::size_t kChunk = 2048;
+
+  // A chunk of rows: each row's label, its record or (null) why the row
+  // could not become one (UTF-8), and what checking the record gave.
+  struct Chunk {
+    std::vector<std::int64_t> labels;
+    std::vector<std::unique_ptr<SimpleDataRecord>> records;
+    std::vector<std::string> errors;
+    std::vector<host::Outcome> outcomes;
+
+    std::size_t size() const { return labels.size(); }
+    void clear() {
+      labels.clear();
+      records.clear();
+      errors.clear();
+    }
+    void add(std::int64_t label, std::unique_ptr<SimpleDataRecord> record, std::string error) {
+      labels.push_back(label);
+      records.push_back(std::move(record));
+      errors.push_back(std::move(error));
+    }
+  };
+
+  // Runs the chunk's records; without the GIL.
+  void runChunk(Chunk *chunk) {
+    chunk->outcomes.assign(chunk->size(), host::Outcome());
+    for (std::size_t r = 0; r < chunk->size(); ++r) {
+      if (chunk->records[r] != nullptr) run(chunk->records[r].get(), &chunk->outcomes[r]);
+    }
+  }
+
   // The columns of a problem frame as they grow.
   struct Frame {
     py::list row, id, type, weight, shortText, longText, field, fieldIndices, accessed, sections, error;
     std::int64_t records = 0, problems = 0, errors = 0, failed = 0;
     std::unordered_map<std::string, py::object> texts;
 
-    void add(std::size_t at, const host::Problem &p) {
+    // The rows of a chunk that has run.
+    void take(const Chunk &chunk) {
+      for (std::size_t r = 0; r < chunk.size(); ++r) {
+        std::int64_t label = chunk.labels[r];
+        records += 1;
+        if (chunk.records[r] == nullptr) {
+          fail(label, chunk.errors[r]);
+          continue;
+        }
+        const host::Outcome &outcome = chunk.outcomes[r];
+        if (outcome.failed) {
+          fail(label, "Ausnahme " + std::to_string(outcome.exceptionType) + ": " +
+                          host::toUtf8(outcome.message.c_str()));
+        }
+        for (const host::Problem &problem : outcome.problems) add(label, problem);
+        errors += outcome.errors;
+      }
+    }
+    void add(std::int64_t at, const host::Problem &p) {
       row.append(at);
       id.append(decoded(p.id));
       type.append(static_cast<int>(p.type));
@@ -460,7 +592,7 @@ class Checker {
       error.append(py::none());
       ++problems;
     }
-    void fail(std::size_t at, const std::string &message) {
+    void fail(std::int64_t at, const std::string &message) {
       row.append(at);
       for (py::list *column : {&id, &type, &weight, &shortText, &longText, &field}) column->append(py::none());
       fieldIndices.append(py::list());
@@ -533,21 +665,34 @@ class Checker {
     checker->check(record, outcome);
   }
 
+  // A material from a DataFrame, a CSV file or a database table.
   void addMaterial(const py::handle &key, const py::handle &material) {
     std::string name = columnName(key);
+    std::string shown = "material " + host::toUtf8(name.c_str()) + ": ";
     static py::object frameType = py::module_::import("pandas").attr("DataFrame");
     static py::object pathType = py::module_::import("os").attr("PathLike");
+    if (py::isinstance<py::str>(material) && host::SqlSource::names(material.cast<std::string>())) {
+      host::SqlSource source = sourceOf(material.cast<std::string>(), shown);
+#ifdef QUOREL_HOST_SQL
+      std::string message;
+      if (!databases_.addMaterial(name, source, &message)) raiseDatabaseError(message);  // names the material
+      router_.route(name, &databases_);
+      usesDatabases_ = true;
+#endif
+      return;
+    }
+    router_.route(name, &tables_);
     if (py::isinstance<py::str>(material) || py::isinstance(material, pathType)) {
       std::string file = py::str(py::module_::import("os").attr("fspath")(material)).cast<std::string>();
       std::string message;
       auto source = host::CsvRowSource::open(file, &message);
-      if (source == nullptr || !materials_.load(name, source.get(), &message)) {
-        throw py::value_error("material " + host::toUtf8(name.c_str()) + ": " + message);
+      if (source == nullptr || !tables_.load(name, source.get(), &message)) {
+        throw py::value_error(shown + message);
       }
       return;
     }
     if (!py::isinstance(material, frameType)) {
-      throw py::type_error("material " + host::toUtf8(name.c_str()) + " must be a DataFrame or a CSV path");
+      throw py::type_error(shown + "must be a DataFrame, a CSV path or a connection string");
     }
     std::vector<Column> fields;
     py::list columns;
@@ -563,20 +708,24 @@ class Checker {
         try {
           setCell(record.get(), fields[c], py::reinterpret_borrow<py::list>(columns[c])[r]);
         } catch (const CellError &e) {
-          throw py::value_error("material " + host::toUtf8(name.c_str()) + ", row " + std::to_string(r) + ": " +
-                                e.message);
+          throw py::value_error(shown + "row " + std::to_string(r) + ": " + e.message);
         }
       }
       records.push_back(std::move(record));
     }
-    materials_.add(name, std::move(records));
+    tables_.add(name, std::move(records));
   }
 
   bool strict_;
   // Why each column met so far names nothing the module reads ("" when it
   // names a field), as a warning's text.
   std::unordered_map<std::string, std::string> verdicts_;
-  host::TableMaterialAccess materials_;
+  host::TableMaterialAccess tables_;
+#ifdef QUOREL_HOST_SQL
+  host::SqlMaterialAccess databases_;
+  bool usesDatabases_ = false;
+#endif
+  host::MaterialRouter router_;
   std::unique_ptr<Logger> logger_;
   std::mutex logMutex_;
   std::unique_ptr<CheckerPool> pool_;
@@ -593,6 +742,7 @@ PYBIND11_MODULE(_quorel, m) {
   plausiErrorType = errors.attr("PlausiError");
   recordErrorType = errors.attr("RecordError");
   columnWarningType = errors.attr("ColumnWarning");
+  databaseErrorType = errors.attr("DatabaseError");
 
   py::class_<quorel::host::Problem>(m, "Problem", "One finding of a run.")
       .def_property_readonly("id", [](const quorel::host::Problem &p) { return decode(p.id); })
@@ -644,5 +794,16 @@ PYBIND11_MODULE(_quorel, m) {
            py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
            py::arg("log"), py::arg("log_level"), py::arg("strict"))
       .def("check", &Checker::check, py::arg("record"))
-      .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"));
+      .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"))
+      .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"));
+  m.def("_count_rows", &countRows, py::arg("source"));
+  // The kinds of database this build reads.
+  py::list databases;
+#ifdef QUOREL_HOST_SQL
+  databases.append("sqlite");
+#endif
+#ifdef QUOREL_HOST_SQL_POSTGRESQL
+  databases.append("postgresql");
+#endif
+  m.attr("_databases") = py::tuple(databases);
 }

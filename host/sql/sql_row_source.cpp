@@ -90,6 +90,7 @@ bool SqlRowSource::next(Row *row) {
   if (!statement_->next(&failure)) {
     ended_ = true;
     if (failure.empty()) return false;
+    failed_ = true;
     row->cells.clear();
     row->error = messageText("Lesefehler nach Zeile " + std::to_string(read_ - 1) + ": " + failure);
     return true;

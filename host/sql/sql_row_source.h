@@ -50,6 +50,9 @@ class SqlRowSource : public RowSource {
   const std::vector<std::string> &columns() const override { return columns_; }
   bool next(Row *row) override;
   const std::string &name() const override { return name_; }
+  // Whether the rows ended on a failure of the database: the last row that
+  // next() gave carries it instead of cells.
+  bool failed() const { return failed_; }
 
  private:
   SqlRowSource() = default;
@@ -60,6 +63,7 @@ class SqlRowSource : public RowSource {
   std::string name_, table_;
   bool utf8_ = false;
   bool ended_ = false;
+  bool failed_ = false;
   std::int64_t read_ = 0;
 };
 

@@ -2,14 +2,16 @@
 
 >>> module = quorel.RuleModule("libquorel_antrag_rules.so", "Antrag")
 >>> problems = quorel.check_frame(df, module, flow="Pruefung", materials={"Gemeinden": "gemeinden.csv"})
+>>> problems = quorel.check_frame("sqlite:antraege.db?table=antraege", module,
+...                               materials={"Gemeinden": "sqlite:register.db?table=gemeinden"})
 """
 
-from ._errors import ColumnWarning, PlausiError, RecordError
+from ._errors import ColumnWarning, DatabaseError, PlausiError, RecordError
 from . import _quorel
 from ._quorel import Problem, Result, RuleModule
 
-__all__ = ["Checker", "ColumnWarning", "PlausiError", "Problem", "RecordError", "Result", "RuleModule", "check_frame",
-           "PROBLEM_COLUMNS"]
+__all__ = ["Checker", "ColumnWarning", "DatabaseError", "PlausiError", "Problem", "RecordError", "Result",
+           "RuleModule", "check_frame", "PROBLEM_COLUMNS"]
 
 # The columns of a problem frame, in order; its index holds the label of the
 # input row of each problem.
@@ -22,7 +24,10 @@ class Checker:
 
     module: a RuleModule. flow: the flow to run (None: the module's default).
     weight_level: the problem weight level handed to the rules. materials:
-    {name: pandas.DataFrame or CSV path}, columns named by hierarchy text.
+    {name: pandas.DataFrame, CSV path or connection string}, columns named
+    by hierarchy text; a database material is queried where it lies (see
+    check_frame for connection strings; DatabaseError when it cannot be
+    opened).
     init: {name: bool, int, float or str}. log, log_level: a log file of the
     runs and its level (0 off ... 6 debug); with a log, runs on several
     threads take turns. A flow that a module declaring its flows does not
@@ -49,30 +54,57 @@ class Checker:
         when the rules fail."""
         return self._engine.check(record)
 
-    def check_frame(self, df):
-        """The problems of every row of the DataFrame; see check_frame."""
+    def check_frame(self, records):
+        """The problems of every row of a DataFrame or a database source;
+        see check_frame."""
         import pandas as pd
-        names = [str(c) for c in df.columns]
-        columns = [df[c].tolist() for c in df.columns]
+        if isinstance(records, str):
+            return self._check_rows(records, 0, -1)
+        if not isinstance(records, pd.DataFrame):
+            raise TypeError("records must be a pandas DataFrame or a connection string, not %s"
+                            % type(records).__name__)
+        names = [str(c) for c in records.columns]
+        columns = [records[c].tolist() for c in records.columns]
         out = self._engine._check_columns(names, columns)
-        summary = out.pop("summary")
-        rows = out.pop("row")
-        frame = pd.DataFrame({c: pd.Series(out[c], dtype=object) for c in PROBLEM_COLUMNS})
-        for column in ("type", "weight"):
-            frame[column] = pd.array(out[column], dtype="Int64")
-        frame.index = df.index[rows] if len(rows) else df.index[:0]
-        frame.attrs["summary"] = summary
-        return frame
+        rows = out["row"]
+        return _problem_frame(out, records.index[rows] if len(rows) else records.index[:0])
+
+    def _check_rows(self, source, offset, limit):
+        """The problems of rows [offset, offset + limit) of a database source
+        (to its end when limit < 0), labelled by row number."""
+        import pandas as pd
+        out = self._engine._check_source(source, int(offset), int(limit))
+        return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
 
 
-def check_frame(df, module, **options):
-    """Checks every row of the DataFrame (columns named by hierarchy text) and
+def _problem_frame(out, index):
+    import pandas as pd
+    frame = pd.DataFrame({c: pd.Series(out[c], dtype=object) for c in PROBLEM_COLUMNS})
+    for column in ("type", "weight"):
+        frame[column] = pd.array(out[column], dtype="Int64")
+    frame.index = index
+    frame.attrs["summary"] = out["summary"]
+    return frame
+
+
+def check_frame(records, module, **options):
+    """Checks every row of the records (columns named by hierarchy text) and
     gives a DataFrame of problems, one row per problem, indexed by the label
-    of the input row, with the columns PROBLEM_COLUMNS. A row that could not
-    be checked (a text outside Windows-1252, a bad array size, an exception of
-    the rules) gives a row whose "error" says why. The counts are in
+    of the input row, with the columns PROBLEM_COLUMNS.
+
+    records is a pandas DataFrame or a database source, a connection string:
+    sqlite:FILE?table=T or postgresql://user@host/db?table=T, or ?query=SELECT
+    ... instead of table= (parameters percent-encoded; order=A,B orders a
+    table's rows, else its primary key does). The rows of a database are
+    labelled by their number from 0 in that order. A source that cannot be
+    read (a malformed string, a missing database, table or column, a lost
+    connection) raises DatabaseError.
+
+    A row that could not be checked (a text outside Windows-1252, a bad
+    array size, a cell that cannot be a field, an exception of the rules, a
+    material that cannot be queried) gives a row whose "error" says why. The counts are in
     frame.attrs["summary"]: records, problems, errors (problems of type 1),
     failed (rows not checked). options are those of Checker; a column that
     names no field warns (ColumnWarning), or with strict=True raises
     RecordError before any row is checked."""
-    return Checker(module, **options).check_frame(df)
+    return Checker(module, **options).check_frame(records)

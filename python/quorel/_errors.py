@@ -26,3 +26,10 @@ class ColumnWarning(UserWarning):
     """A column (a DataFrame column or a record's key) that names no field of
     the rule module, or has an index beyond a size the module declares: its
     values are never read. Given once per column and Checker."""
+
+
+class DatabaseError(ValueError):
+    """A database source (a connection string) that cannot be used: a
+    malformed string, a database, table, column or query that cannot be
+    opened or read, or a connection lost while records were read. The
+    message names the database and the table or column."""

@@ -1,6 +1,8 @@
-"""Distributed checking of Dask DataFrames.
+"""Distributed checking of Dask DataFrames and database tables.
 
-check() maps every partition to its problem frame. Each worker process
+check() maps every partition to its problem frame; a database source (a
+connection string) is split into slices of rows that each worker reads for
+itself. Each worker process
 loads the rule module once (its threads get a rule set each behind the
 scenes) and loads the materials once: from a path that every worker can
 reach, or from a DataFrame scattered once to all workers
@@ -37,29 +39,65 @@ def _check_partition(part, key, library_path, module_name, options, names, *mate
     return _checker(key, library_path, module_name, options, names, materials).check_frame(part)
 
 
-def _meta(ddf):
+def _check_slice(source, offset, limit, key, library_path, module_name, options, names, *materials):
+    return _checker(key, library_path, module_name, options, names, materials)._check_rows(source, offset, limit)
+
+
+def _meta(index):
     frame = pd.DataFrame({c: pd.Series([], dtype=object) for c in quorel.PROBLEM_COLUMNS})
     for column in ("type", "weight"):
         frame[column] = frame[column].astype("Int64")
-    frame.index = ddf._meta.index[:0]
+    frame.index = index[:0]
     return frame
 
 
-def check(ddf, library_path, module_name, materials=None, **options):
-    """A Dask DataFrame of the problems of every row of ddf, partition by
-    partition, exactly as quorel.check_frame gives them for each partition.
-    materials: {name: CSV path reachable by every worker, pandas DataFrame,
-    or a Future of a scattered DataFrame}; the other options are those of
-    quorel.Checker."""
-    if not isinstance(ddf, dd.DataFrame):
-        raise TypeError("ddf must be a dask.dataframe.DataFrame")
+# Rows per slice of a database source when npartitions is not given.
+ROWS_PER_PARTITION = 50000
+
+
+def check(records, library_path, module_name, materials=None, npartitions=None, **options):
+    """A Dask DataFrame of the problems of every row of the records, exactly
+    as quorel.check_frame gives them.
+
+    records: a Dask DataFrame, checked partition by partition; or a database
+    source (a connection string, see quorel.check_frame), whose rows are
+    counted here and split into npartitions slices (default: one per
+    ROWS_PER_PARTITION rows) that each worker reads for itself, by offset
+    and limit in the source's order; labels are row numbers as check_frame
+    gives them. The source must be reachable from here and from every worker
+    and keep its rows while they are read; a query should order its rows.
+    materials: {name: CSV path or connection string reachable by every
+    worker, pandas DataFrame, or a Future of a scattered DataFrame}; the
+    other options are those of quorel.Checker."""
     materials = dict(materials or {})
     names = list(materials)
     values = [materials[n] for n in names]
-    # What identifies the materials on a worker: a path, a scattered
-    # DataFrame's key, or the token of a DataFrame shipped in the graph.
+    # What identifies the materials on a worker: a path or connection string,
+    # a scattered DataFrame's key, or the token of a DataFrame shipped in the
+    # graph.
     token = dask.base.tokenize(library_path, module_name, sorted(options.items()), names,
                                [getattr(v, "key", v) if not isinstance(v, pd.DataFrame) else dask.base.tokenize(v)
                                 for v in values])
-    return ddf.map_partitions(_check_partition, token, library_path, module_name, options, names, *values,
-                              meta=_meta(ddf), align_dataframes=False)
+    if isinstance(records, str):
+        return _check_source(records, npartitions, token, library_path, module_name, options, names, values)
+    if not isinstance(records, dd.DataFrame):
+        raise TypeError("records must be a dask.dataframe.DataFrame or a connection string")
+    return records.map_partitions(_check_partition, token, library_path, module_name, options, names, *values,
+                                  meta=_meta(records._meta.index), align_dataframes=False)
+
+
+def _check_source(source, npartitions, token, library_path, module_name, options, names, values):
+    rows = quorel._quorel._count_rows(source)
+    if npartitions is None:
+        npartitions = -(-rows // ROWS_PER_PARTITION)
+    npartitions = max(1, min(int(npartitions), rows))
+    offsets = [rows * i // npartitions for i in range(npartitions + 1)]
+    check_slice = dask.delayed(_check_slice, pure=True)
+    # A DataFrame goes into the graph once, whatever the number of slices.
+    values = [dask.delayed(v, pure=True) if isinstance(v, pd.DataFrame) else v for v in values]
+    parts = [check_slice(source, first, end - first, token, library_path, module_name, options, names, *values)
+             for first, end in zip(offsets, offsets[1:])]
+    # Each slice holds the labels from its offset on; the last label is rows - 1.
+    divisions = offsets[:-1] + [rows - 1] if rows else None
+    return dd.from_delayed(parts, meta=_meta(pd.Index([], dtype="int64")), divisions=divisions,
+                           verify_meta=False)

@@ -1,6 +1,8 @@
 """quorel.dask on a local cluster of two worker processes: several CSV
-partitions give exactly what check_frame gives."""
+partitions, or slices of a database table, give exactly what check_frame
+gives."""
 import os
+import sqlite3
 import subprocess
 import sys
 
@@ -13,15 +15,30 @@ distributed = pytest.importorskip("distributed", reason="python3-distributed is 
 import quorel  # noqa: E402
 import quorel.dask  # noqa: E402
 
+# The expected frames are computed in this process while the cluster's client is active.
+pytestmark = pytest.mark.filterwarnings("ignore:Running on a single-machine scheduler:UserWarning")
+
 
 @pytest.fixture(scope="module")
-def partitions(tmp_path_factory):
+def generated():
+    """1200 generated records as CSV text."""
     generator = os.environ.get("QUOREL_GENERATOR")
     if not generator:
         pytest.skip("QUOREL_GENERATOR is not set")
+    return subprocess.run([sys.executable, generator, "1200"], check=True, capture_output=True).stdout
+
+
+@pytest.fixture(scope="module")
+def client():
+    with distributed.LocalCluster(n_workers=2, threads_per_worker=2, processes=True, host="127.0.0.1",
+                                  dashboard_address=None) as cluster, distributed.Client(cluster) as client:
+        yield client
+
+
+@pytest.fixture(scope="module")
+def partitions(generated, tmp_path_factory):
     folder = tmp_path_factory.mktemp("records")
-    text = subprocess.run([sys.executable, generator, "1200"], check=True, capture_output=True).stdout
-    lines = text.splitlines(keepends=True)
+    lines = generated.splitlines(keepends=True)
     for i in range(4):
         with open(folder / ("part%d.csv" % i), "wb") as out:
             out.write(lines[0])
@@ -39,18 +56,46 @@ def expected(ddf, library, gemeinden):
             for part in (ddf.get_partition(i).compute(scheduler="sync") for i in range(ddf.npartitions))]
 
 
-def test_local_cluster_gives_what_check_frame_gives(partitions, antrag_library, gemeinden):
+def test_local_cluster_gives_what_check_frame_gives(client, partitions, antrag_library, gemeinden):
     ddf = read(partitions)
     assert ddf.npartitions == 4
     want = expected(ddf, antrag_library, gemeinden)
-    with distributed.LocalCluster(n_workers=2, threads_per_worker=2, processes=True, host="127.0.0.1",
-                                  dashboard_address=None) as cluster, distributed.Client(cluster) as client:
-        places = pd.read_csv(gemeinden, sep=";", dtype=str, encoding="cp1252")
-        for materials in ({"Gemeinden": gemeinden}, {"Gemeinden": client.scatter(places, broadcast=True)}):
-            result = quorel.dask.check(ddf, antrag_library, "Antrag", flow="Pruefung", materials=materials)
-            got = client.compute(result.to_delayed()).__iter__()
-            for part, want_part in zip(client.gather(list(got)), want):
-                pd.testing.assert_frame_equal(part, want_part, check_like=False)
+    places = pd.read_csv(gemeinden, sep=";", dtype=str, encoding="cp1252")
+    for materials in ({"Gemeinden": gemeinden}, {"Gemeinden": client.scatter(places, broadcast=True)}):
+        result = quorel.dask.check(ddf, antrag_library, "Antrag", flow="Pruefung", materials=materials)
+        got = client.compute(result.to_delayed()).__iter__()
+        for part, want_part in zip(client.gather(list(got)), want):
+            pd.testing.assert_frame_equal(part, want_part, check_like=False)
+
+
+def test_database_table_in_slices(client, generated, antrag_library, gemeinden, tmp_path):
+    if "sqlite" not in quorel._quorel._databases:
+        pytest.skip("quorel was built without databases (libsqlite3-dev)")
+    import io
+    frame = pd.read_csv(io.BytesIO(generated), sep=";", dtype=str, encoding="cp1252")
+    file = tmp_path / "records.db"
+    with sqlite3.connect(file) as connection:
+        frame.to_sql("antraege", connection, index=False)
+        connection.execute("CREATE TABLE leer AS SELECT * FROM antraege WHERE 0")
+        connection.execute("CREATE TABLE gemeinden (plz TEXT, ort TEXT)")
+        connection.executemany("INSERT INTO gemeinden VALUES (?, ?)",
+                               pd.read_csv(gemeinden, sep=";", dtype=str, encoding="cp1252").values.tolist())
+    source = "sqlite:%s?table=antraege" % file
+    options = dict(flow="Pruefung", materials={"Gemeinden": "sqlite:%s?table=gemeinden" % file})
+    want = quorel.check_frame(source, quorel.RuleModule(antrag_library, "Antrag"), **options)
+    assert len(want) > 1200
+    pd.testing.assert_frame_equal(want, quorel.check_frame(frame, quorel.RuleModule(antrag_library, "Antrag"),
+                                                           flow="Pruefung", materials={"Gemeinden": gemeinden}))
+    result = quorel.dask.check(source, antrag_library, "Antrag", npartitions=4, **options)
+    assert result.divisions == (0, 300, 600, 900, 1199)
+    pd.testing.assert_frame_equal(client.compute(result).result(), want)
+    # Each slice holds the problems of its own rows.
+    first = result.get_partition(1).compute(scheduler="sync")
+    assert first.index.min() >= 300 and first.index.max() < 600
+    empty = quorel.dask.check("sqlite:%s?table=leer" % file, antrag_library, "Antrag", **options)
+    assert empty.npartitions == 1 and len(empty.compute(scheduler="sync")) == 0
+    with pytest.raises(quorel.DatabaseError):
+        quorel.dask.check("sqlite:%s?table=fehlt" % file, antrag_library, "Antrag", **options)
 
 
 def test_local_scheduler_and_bad_input(partitions, antrag_library, gemeinden):

@@ -1,0 +1,172 @@
+"""Records and materials from databases: each test on a fresh SQLite file,
+and once more on PostgreSQL when tests/sql/with_postgresql.sh runs the tests
+(CTest: PythonPackageOnPostgresql). The Antrag example in the database gives
+the problems it gives from its CSV files."""
+import glob
+import os
+import shutil
+import sqlite3
+import subprocess
+import urllib.parse
+
+import pandas as pd
+import pytest
+
+import quorel
+
+if "sqlite" not in quorel._quorel._databases:
+    pytest.skip("quorel was built without databases (libsqlite3-dev)", allow_module_level=True)
+
+
+def literal(value):
+    if value is None or (isinstance(value, float) and value != value):
+        return "NULL"
+    if isinstance(value, int):
+        return str(value)
+    return "'" + str(value).replace("'", "''") + "'"
+
+
+class Database:
+    """A database of one test; tables are made from rows of Python values
+    (None for NULL) by SQL text, the same for both kinds."""
+
+    def __init__(self, backend, tmp_path):
+        self.backend = backend
+        if backend == "sqlite":
+            self.base = "sqlite:" + str(tmp_path / "test.db")
+            return
+        if "postgresql" not in quorel._quorel._databases:
+            pytest.skip("quorel was built without PostgreSQL (libpq-dev)")
+        self.base = os.environ.get("QUOREL_TEST_POSTGRESQL")
+        if not self.base:
+            pytest.skip("no PostgreSQL server: CTest runs these tests on one as PythonPackageOnPostgresql")
+        self.psql = shutil.which("psql") or (glob.glob("/usr/lib/postgresql/*/bin/psql") or [None])[0]
+        if self.psql is None:
+            pytest.skip("psql is missing")
+
+    def url(self, **parameters):
+        return self.base + ("&" if "?" in self.base else "?") + urllib.parse.urlencode(parameters, quote_via=urllib.parse.quote)
+
+    def execute(self, script):
+        if self.backend == "sqlite":
+            with sqlite3.connect(self.base[len("sqlite:"):]) as connection:
+                connection.executescript(script)
+            return
+        subprocess.run([self.psql, "-X", "-q", "-v", "ON_ERROR_STOP=1", self.base], input=script.encode("utf-8"),
+                       check=True, env=dict(os.environ, PGCLIENTENCODING="UTF8"))
+
+    def create(self, table, columns, rows, index=None):
+        """columns: [(name, SQL type)]; index: the columns to index."""
+        names = ", ".join('"%s"' % name for name, _ in columns)
+        script = ['DROP TABLE IF EXISTS "%s";' % table,
+                  'CREATE TABLE "%s" (%s);' % (table, ", ".join('"%s" %s' % c for c in columns))]
+        script += ['INSERT INTO "%s" (%s) VALUES (%s);' % (table, names, ", ".join(literal(v) for v in row))
+                   for row in rows]
+        if index:
+            script.append('CREATE INDEX ON "%s" (%s);' % (table, ", ".join('"%s"' % c for c in index))
+                          if self.backend == "postgresql" else
+                          'CREATE INDEX "%s_index" ON "%s" (%s);' % (table, table, ", ".join('"%s"' % c for c in index)))
+        self.execute("\n".join(script))
+
+
+@pytest.fixture(params=["sqlite", "postgresql"])
+def db(request, tmp_path):
+    return Database(request.param, tmp_path)
+
+
+def iso(date):
+    day, month, year = date.split(".")
+    return "%s-%s-%s" % (year, month, day)
+
+
+def store_antraege(db, antraege, table="antraege"):
+    """The records in a table: sizes as integers, the application date as a
+    date, empty cells as NULL."""
+    types = {"Antrag.Kinder#": "INTEGER", "Antrag.Einkommen#": "INTEGER", "Antrag.Antragsdatum": "DATE"}
+    columns = [(c, types.get(c, "TEXT")) for c in antraege.columns]
+    rows = []
+    for record in antraege.itertuples(index=False):
+        row = [None if pd.isna(v) else v for v in record]
+        for i, (name, kind) in enumerate(columns):
+            if row[i] is not None and kind == "INTEGER":
+                row[i] = int(row[i])
+            if row[i] is not None and kind == "DATE":
+                row[i] = iso(row[i])
+        rows.append(row)
+    db.create(table, columns, rows)
+
+
+def store_gemeinden(db, gemeinden, table="gemeinden"):
+    """The material with its columns named as below the material (plz, ort),
+    indexed on the filter column."""
+    places = pd.read_csv(gemeinden, sep=";", dtype=str, encoding="cp1252")
+    db.create(table, [("plz", "TEXT"), ("ort", "TEXT")], places.values.tolist(), index=["plz"])
+
+
+def test_tables_give_the_problems_of_the_csv_files(db, module, antraege, gemeinden):
+    store_antraege(db, antraege)
+    store_gemeinden(db, gemeinden)
+    want = quorel.check_frame(antraege, module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    got = quorel.check_frame(db.url(table="antraege"), module, flow="Pruefung",
+                             materials={"Gemeinden": db.url(table="gemeinden")})
+    pd.testing.assert_frame_equal(got, want)
+    assert got.attrs["summary"] == want.attrs["summary"]
+    # A query's rows are labelled by their place in its result.
+    query = 'SELECT * FROM antraege WHERE "Antrag.Adresse.Ort" = \'M\u00fcnchen\''
+    got = quorel.check_frame(db.url(query=query), module, flow="Pruefung",
+                             materials={"Gemeinden": db.url(table="gemeinden")})
+    assert set(got.index) == {0}
+    assert list(got["id"]) == list(want.loc[1, "id"])
+
+
+def test_umlauts_nulls_and_cells_that_cannot_be_fields(db, module):
+    db.create("orte", [("PLZ", "TEXT"), ("Ort", "TEXT")], [["80331", "M\u00fcnchen"], [None, "Nirgends"]])
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": db.url(table="orte")})
+    record = {"Antrag.Adresse.PLZ": "80331", "Antrag.Adresse.Ort": "M\u00fcnchen"}
+    assert "ADR-03" not in [p.id for p in checker.check(record).problems]
+    record["Antrag.Adresse.Ort"] = "Muenchen"
+    problem = [p for p in checker.check(record).problems if p.id == "ADR-03"][0]
+    assert problem.long_text == "Die Postleitzahl geh\u00f6rt laut Gemeindeverzeichnis zu einem anderen Ort."
+    # A text outside Windows-1252 and a size that is no number make error
+    # rows naming the table and column; NULL leaves a field empty.
+    db.create("kaputt", [("Antrag.Antragsteller.Name", "TEXT"), ("Antrag.Kinder#", "TEXT"),
+                         ("Antrag.Adresse.Ort", "TEXT")],
+              [["\u0141ukasz", "0", "K\u00f6ln"], ["M\u00fcller", "viele", None], [None, None, "Stra\u00dfe"]])
+    frame = checker.check_frame(db.url(table="kaputt"))
+    errors = frame[frame["error"].notna()]
+    assert list(errors.index) == [0, 1]
+    assert "kaputt" in errors["error"][0] and "Antrag.Antragsteller.Name" in errors["error"][0]
+    assert "viele" in errors["error"][1]
+    assert "PER-01" in list(frame.loc[2, "id"])  # the name is missing
+    assert frame.attrs["summary"]["records"] == 3 and frame.attrs["summary"]["failed"] == 2
+
+
+def test_sources_that_cannot_be_read_raise(db, module, antraege, tmp_path):
+    store_antraege(db, antraege)
+    bad = [db.url(table="fehlt"), db.url(query="SELEKT 1"), db.url(table="antraege", order="fehlt")]
+    if db.backend == "sqlite":
+        bad += ["sqlite:", "sqlite:/nonexistent/x.db?table=t", "sqlite:x.db?tabelle=t", "antraege.csv"]
+    else:
+        bad += ["postgresql://127.0.0.1:1/quorel?table=antraege&connect_timeout=5",
+                # The server ends the connection while the rows stream in.
+                db.url(query='SELECT \'AB-\' || n AS "Antrag.Antragsnummer" FROM generate_series(1, 5000) AS n '
+                             "WHERE n < 4000 OR pg_terminate_backend(pg_backend_pid())")]
+    for source in bad:
+        with pytest.raises(quorel.DatabaseError) as error:
+            quorel.check_frame(source, module, flow="Pruefung")
+        assert isinstance(error.value, ValueError)
+        assert str(error.value)
+    with pytest.raises(quorel.DatabaseError, match="Gemeinden.*fehlt"):
+        quorel.Checker(module, materials={"Gemeinden": db.url(table="fehlt")})
+    with pytest.raises(TypeError):
+        quorel.check_frame(42, module)
+    # A material without the column that a rule filters on fails the run:
+    # PlausiError from check, an error row from check_frame.
+    db.create("ohne_ort", [("plz", "TEXT")], [["80331"]])
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": db.url(table="ohne_ort")})
+    record = {"Antrag.Adresse.PLZ": "80331", "Antrag.Adresse.Ort": "M\u00fcnchen"}
+    with pytest.raises(quorel.PlausiError) as error:
+        checker.check(record)
+    assert error.value.type == 6 and "ohne_ort" in error.value.message
+    frame = checker.check_frame(pd.DataFrame([record]))
+    assert frame["error"].iloc[0].startswith("Ausnahme 6")
