@@ -121,22 +121,7 @@ class PostgresqlConnection : public SqlConnection {
         "ORDER BY a.attnum",
         message);
     if (columns == nullptr || !columns->run({SqlParam::ofText(table)}, message)) return false;
-    *out = SqlTable();
-    std::vector<std::pair<int, std::string>> key;
-    while (columns->next(message)) {
-      std::string name(columns->text(0));
-      int position = std::atoi(std::string(columns->text(1)).c_str());
-      if (position > 0) key.emplace_back(position, name);
-      out->columns.push_back(std::move(name));
-    }
-    if (!message->empty()) return false;
-    if (out->columns.empty()) {
-      *message = "no table or view " + quoteIdentifier(table);
-      return false;
-    }
-    std::sort(key.begin(), key.end());
-    for (auto &column : key) out->key.push_back(std::move(column.second));
-    return true;
+    return readTableColumns(columns.get(), table, out, message);
   }
 
   std::string placeholder(int number) const override { return "$" + std::to_string(number); }

@@ -1,5 +1,9 @@
 #include "quorel/host/sql/sql_connection.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
 namespace quorel {
 namespace host {
 
@@ -44,6 +48,25 @@ std::string quoteIdentifier(const std::string &name) {
     quoted += c;
   }
   return quoted + '"';
+}
+
+bool readTableColumns(SqlStatement *columns, const std::string &table, SqlTable *out, std::string *message) {
+  *out = SqlTable();
+  std::vector<std::pair<int, std::string>> key;
+  while (columns->next(message)) {
+    std::string name(columns->text(0));
+    int position = std::atoi(std::string(columns->text(1)).c_str());
+    if (position > 0) key.emplace_back(position, name);
+    out->columns.push_back(std::move(name));
+  }
+  if (!message->empty()) return false;
+  if (out->columns.empty()) {
+    *message = "no table or view " + quoteIdentifier(table);
+    return false;
+  }
+  std::sort(key.begin(), key.end());
+  for (auto &column : key) out->key.push_back(std::move(column.second));
+  return true;
 }
 
 }  // namespace host

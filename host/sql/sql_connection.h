@@ -89,6 +89,11 @@ class SqlConnection {
 // The name quoted as an SQL identifier: "a""b" for a"b.
 std::string quoteIdentifier(const std::string &name);
 
+// Fills out from a catalogue query of table that has run: one row per column
+// in table order, with the column's name and its place in the primary key
+// (0 for none). False with a message when the query failed or found nothing.
+bool readTableColumns(SqlStatement *columns, const std::string &table, SqlTable *out, std::string *message);
+
 }  // namespace host
 }  // namespace quorel
 

@@ -122,21 +122,7 @@ class SqliteConnection : public SqlConnection {
   bool describe(const std::string &table, SqlTable *out, std::string *message) override {
     auto info = prepare("SELECT name, pk FROM pragma_table_info(?1) ORDER BY cid", message);
     if (info == nullptr || !info->run({SqlParam::ofText(table)}, message)) return false;
-    std::vector<std::pair<int, std::string>> key;
-    *out = SqlTable();
-    while (info->next(message)) {
-      std::string name(info->text(0));
-      int position = std::atoi(std::string(info->text(1)).c_str());
-      if (position > 0) key.emplace_back(position, name);
-      out->columns.push_back(std::move(name));
-    }
-    if (!message->empty()) return false;
-    if (out->columns.empty()) {
-      *message = "no table or view " + quoteIdentifier(table);
-      return false;
-    }
-    std::sort(key.begin(), key.end());
-    for (auto &column : key) out->key.push_back(std::move(column.second));
+    if (!readTableColumns(info.get(), table, out, message)) return false;
     // A table without a declared key keeps its rows in rowid order; a view
     // and a table WITHOUT ROWID have no rowid.
     if (out->key.empty()) {
