@@ -12,11 +12,12 @@ namespace {
 // Runs a compiled pattern's matcher over input, as a new one would.
 bool runMatcher(Pattern *pattern, const char *input) {
   PatternMatcher *matcher = pattern->getMatcher();
-  matcher->setInput(input);
-  // No reset() first: matches() resets the groups and the last-match end
-  // itself, which is all that reset() does.
+  // The caller holds the input for the whole call, so it is lent, not
+  // copied. No reset() first: matches() resets the groups and the last-match
+  // end itself, which is all that reset() does.
+  matcher->lendInput(input);
   bool matched = matcher->matches();
-  matcher->dropInput();  // a kept pattern should not hold a large input
+  matcher->lendInput("");  // a kept pattern points at no caller's text
   return matched;
 }
 

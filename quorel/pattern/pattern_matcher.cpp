@@ -68,7 +68,7 @@ bool PatternMatcher::runFrom(std::uintptr_t stackLimit) {
   resetGroups();
   stackLimit_ = stackLimit;
   stackExhausted_ = false;
-  std::int32_t end = pattern_->getHead()->match(input_.c_str(), this, 0);
+  std::int32_t end = pattern_->getHead()->match(input_, this, 0);
   return end == inputLength() && !stopped();
 }
 
@@ -83,7 +83,7 @@ bool PatternMatcher::matches() {
   // pattern, as the path may visit each node once per input byte and each
   // node of a deeply nested pattern once. The steps of the first run count
   // against the limit.
-  std::size_t size = kPrivateStackPerStep * (input_.size() + pattern_->getNodeCount() + 1);
+  std::size_t size = kPrivateStackPerStep * (static_cast<std::size_t>(length_) + pattern_->getNodeCount() + 1);
   if (size > kMaxPrivateStack) size = kMaxPrivateStack;
   pattern_stack::callOnPrivateStack(size, [&](std::uintptr_t lowest) { matched = runFrom(lowest); });
   return matched;

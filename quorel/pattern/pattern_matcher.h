@@ -18,6 +18,7 @@
 #define QUOREL_PATTERN_PATTERN_MATCHER_H_
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -37,16 +38,22 @@ class PatternMatcher {
   bool matches();
   void reset();
   void resetGroups();
-  void setInput(const char *input) { input_ = input != nullptr ? input : ""; }
-  // Empties the input, giving back its memory when it was large.
-  void dropInput() {
-    if (input_.capacity() > 4096) std::string().swap(input_);
-    input_.clear();
+  // The text to match, copied.
+  void setInput(const char *input) {
+    copy_ = input != nullptr ? input : "";
+    lend(copy_.c_str());
+  }
+  // The text to match, not copied: it must stay put until the next
+  // setInput() or lendInput(). For Pattern::matches, whose caller holds the
+  // text for the whole call; a cached matcher then keeps no copy of it.
+  void lendInput(const char *input) {
+    copy_.clear();
+    lend(input != nullptr ? input : "");
   }
 
   std::int32_t getMode() const { return mode_; }
   std::int32_t getLastMatchEnd() const { return lastMatchEnd_; }
-  std::int32_t inputLength() const { return static_cast<std::int32_t>(input_.size()); }
+  std::int32_t inputLength() const { return length_; }
 
   // Group arrays by index; an index outside gives -1 and takes no write.
   std::int32_t start(std::int32_t gi) const { return read(starts_, gi); }
@@ -79,7 +86,14 @@ class PatternMatcher {
   void write(std::vector<std::int32_t> *array, std::int32_t gi, std::int32_t value);
 
   Pattern *pattern_;
-  std::string input_;
+  void lend(const char *input) {
+    input_ = input;
+    length_ = static_cast<std::int32_t>(std::strlen(input));
+  }
+
+  std::string copy_;          // the input when it was copied
+  const char *input_ = "";    // the text matched: copy_ or a lent text
+  std::int32_t length_ = 0;
   std::vector<std::int32_t> starts_;
   std::vector<std::int32_t> ends_;
   std::vector<std::int32_t> loopCounts_;
