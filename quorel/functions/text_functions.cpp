@@ -43,7 +43,7 @@ Value *mapCase(RuntimeContext *runtime, Value *v, unsigned char (*map)(unsigned 
   if (v == nullptr || !v->isUsable()) return v;
   std::string text = v->asString();
   for (char &c : text) c = static_cast<char>(map(static_cast<unsigned char>(c)));
-  return runtime->createStringValue(text.c_str());
+  return runtime->createStringValue(std::move(text));
 }
 
 // Whether the text of a has the text of b at its front (atEnd false) or at
@@ -87,7 +87,7 @@ Value *Functions::TEIL(RuntimeContext *runtime, Value *text, Value *start, Value
 Value *Functions::KONKATENIEREN(RuntimeContext *runtime, Value *a, Value *b) {
   std::string joined = textOrEmpty(a);
   joined += textOrEmpty(b);
-  return runtime->createStringValue(joined.c_str());
+  return runtime->createStringValue(std::move(joined));
 }
 
 Value *Functions::BEGINNT_MIT(RuntimeContext *runtime, Value *a, Value *b) {
@@ -121,7 +121,7 @@ Value *Functions::ERSETZEN(RuntimeContext *runtime, Value *text, Value *search, 
     result.append(source, position, found - position).append(insert);
   }
   result.append(source, position, std::string::npos);
-  return runtime->createStringValue(result.c_str());
+  return runtime->createStringValue(std::move(result));
 }
 
 }  // namespace quorel

@@ -133,6 +133,8 @@ ArrayValueIterator *RuntimeContext::createIterator(LocalArray *array) {
 
 Value *RuntimeContext::createStringValue(const char *text) { return own(new StringValue(text)); }
 
+Value *RuntimeContext::createStringValue(std::string text) { return own(new StringValue(std::move(text))); }
+
 Value *RuntimeContext::createBoolValue(bool flag) { return own(new BoolValue(flag)); }
 
 Value *RuntimeContext::createNumberValue(double number) { return own(new NumberValue(number)); }

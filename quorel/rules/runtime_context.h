@@ -23,6 +23,7 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "quorel/rules/plausi_context.h"
@@ -89,6 +90,8 @@ class RuntimeContext {
   ArrayValueIterator *createIterator(FieldArray *array);
   ArrayValueIterator *createIterator(LocalArray *array);
   Value *createStringValue(const char *text);
+  // The same for a text that the caller has just made, taken over whole.
+  Value *createStringValue(std::string text);
   Value *createBoolValue(bool flag);
   Value *createNumberValue(double number);
   Value *createNumberValue(const char *text);  // parsed on first use

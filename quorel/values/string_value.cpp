@@ -10,6 +10,8 @@ namespace quorel {
 
 StringValue::StringValue(const char *text) : text_(text != nullptr ? text : ""), date_{} {}
 
+StringValue::StringValue(std::string text) : text_(std::move(text)), date_{} {}
+
 const char *StringValue::asString() { return text_.c_str(); }
 
 std::int64_t StringValue::asInteger() { return Util::stringToInteger(text_.c_str(), nullptr); }

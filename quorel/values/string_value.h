@@ -16,6 +16,8 @@ class StringValue : public ScalarValue {
  public:
   // A null text gives the empty text.
   explicit StringValue(const char *text);
+  // Takes the text over, for texts the library has just made.
+  explicit StringValue(std::string text);
 
   const char *asString() override;
   std::int64_t asInteger() override;
