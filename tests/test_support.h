@@ -10,6 +10,9 @@
 #include "quorel/rules/plausi.h"
 #include "quorel/rules/plausi_context.h"
 #include "quorel/rules/plausi_exception.h"
+#include "quorel/model/field.h"
+#include "quorel/model/topic.h"
+#include "quorel/model/type_descriptor.h"
 #include "quorel/rules/runtime_context.h"
 
 namespace quorel {
@@ -42,6 +45,26 @@ class NoRules : public Plausi {
     return runtime->createNilValue();
   }
   void performImpl(RuntimeContext *, const char *) override {}
+};
+
+// The record type of a material for tests: a root topic of that name whose
+// fields the subclass adds with field(). It owns its TypeDescriptor; the
+// fields and theirs belong to the Topic.
+class TestMaterialTopic : public Topic {
+ public:
+  explicit TestMaterialTopic(const char *name)
+      : Topic(new TypeDescriptor(nullptr, nullptr, name, nullptr, FieldTypeTopic, nullptr, 0), nullptr) {
+    setMaterialName(name);
+  }
+  ~TestMaterialTopic() override { delete getTypeDescriptor(); }
+  Topic *createElement() override { return nullptr; }
+
+ protected:
+  Field *field(const char *fieldName, FieldType type, const char *mask = nullptr) {
+    auto *added = new Field(new TypeDescriptor(getTypeDescriptor(), nullptr, fieldName, nullptr, type, mask, 0), this);
+    setField(fieldName, added);
+    return added;
+  }
 };
 
 // An open run without a record: the root section owns what tests make.

@@ -13,6 +13,7 @@
 #include "quorel/host/record_layout.h"
 #include "quorel/host/row_source.h"
 #include "quorel/host/table_material_access.h"
+#include "test_support.h"
 
 namespace quorel {
 namespace host {
@@ -115,25 +116,15 @@ TEST(ProblemFormatTest, TextAndJsonLines) {
 }
 
 // The material "Orte": a postcode, a name and a number per row.
-class PlaceTopic : public Topic {
+class PlaceTopic : public TestMaterialTopic {
  public:
-  PlaceTopic() : Topic(new TypeDescriptor(nullptr, nullptr, "Orte", nullptr, FieldTypeTopic, nullptr, 0), nullptr) {
-    setMaterialName("Orte");
-    plz = add("PLZ", FieldTypeText);
-    name = add("Name", FieldTypeText);
+  PlaceTopic() : TestMaterialTopic("Orte") {
+    plz = field("PLZ", FieldTypeText);
+    name = field("Name", FieldTypeText);
   }
-  ~PlaceTopic() override { delete getTypeDescriptor(); }
-  Topic *createElement() override { return nullptr; }
 
   Field *plz;
   Field *name;
-
- private:
-  Field *add(const char *fieldName, FieldType type) {
-    auto *field = new Field(new TypeDescriptor(getTypeDescriptor(), nullptr, fieldName, nullptr, type, nullptr, 0), this);
-    setField(fieldName, field);
-    return field;
-  }
 };
 
 class VectorSource : public RowSource {

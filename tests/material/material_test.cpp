@@ -22,25 +22,15 @@ namespace quorel {
 namespace {
 
 // The material "Kunden" with a number and a name per record.
-class CustomerTopic : public Topic {
+class CustomerTopic : public TestMaterialTopic {
  public:
-  CustomerTopic() : Topic(new TypeDescriptor(nullptr, nullptr, "Kunden", nullptr, FieldTypeTopic, nullptr, 0), nullptr) {
-    setMaterialName("Kunden");
-    nr = add("Nr", FieldTypeInteger);
-    name = add("Name", FieldTypeText);
+  CustomerTopic() : TestMaterialTopic("Kunden") {
+    nr = field("Nr", FieldTypeInteger);
+    name = field("Name", FieldTypeText);
   }
-  ~CustomerTopic() override { delete getTypeDescriptor(); }
-  Topic *createElement() override { return nullptr; }
 
   Field *nr;
   Field *name;
-
- private:
-  Field *add(const char *fieldName, FieldType type) {
-    auto *field = new Field(new TypeDescriptor(getTypeDescriptor(), nullptr, fieldName, nullptr, type, nullptr, 0), this);
-    setField(fieldName, field);
-    return field;
-  }
 };
 
 // An in-memory store that evaluates the conditions of a query for real:

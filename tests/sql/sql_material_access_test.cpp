@@ -8,6 +8,7 @@
 #include "quorel/host/sql/sql_material_access.h"
 #include "quorel/host/table_material_access.h"
 #include "sql_test_support.h"
+#include "test_support.h"
 
 namespace quorel {
 namespace host {
@@ -16,27 +17,17 @@ namespace {
 using testing::TestDatabase;
 
 // The material "Orte": one field of each type the database compares.
-class PlaceTopic : public Topic {
+class PlaceTopic : public TestMaterialTopic {
  public:
-  PlaceTopic() : Topic(new TypeDescriptor(nullptr, nullptr, "Orte", nullptr, FieldTypeTopic, nullptr, 0), nullptr) {
-    setMaterialName("Orte");
-    plz = add("PLZ", FieldTypeText, nullptr);
-    name = add("Name", FieldTypeText, nullptr);
-    einwohner = add("Einwohner", FieldTypeInteger, nullptr);
-    flaeche = add("Flaeche", FieldTypeReal, nullptr);
-    gegruendet = add("Gegruendet", FieldTypeDate, "TT.MM.JJJJ");
+  PlaceTopic() : TestMaterialTopic("Orte") {
+    plz = field("PLZ", FieldTypeText);
+    name = field("Name", FieldTypeText);
+    einwohner = field("Einwohner", FieldTypeInteger);
+    flaeche = field("Flaeche", FieldTypeReal);
+    gegruendet = field("Gegruendet", FieldTypeDate, "TT.MM.JJJJ");
   }
-  ~PlaceTopic() override { delete getTypeDescriptor(); }
-  Topic *createElement() override { return nullptr; }
 
   Field *plz, *name, *einwohner, *flaeche, *gegruendet;
-
- private:
-  Field *add(const char *fieldName, FieldType type, const char *mask) {
-    auto *field = new Field(new TypeDescriptor(getTypeDescriptor(), nullptr, fieldName, nullptr, type, mask, 0), this);
-    setField(fieldName, field);
-    return field;
-  }
 };
 
 class Rows : public RowSource {
