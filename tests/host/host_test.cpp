@@ -13,6 +13,7 @@
 #include "quorel/host/record_layout.h"
 #include "quorel/host/row_source.h"
 #include "quorel/host/table_material_access.h"
+#include "host/vector_rows.h"
 #include "test_support.h"
 
 namespace quorel {
@@ -127,26 +128,6 @@ class PlaceTopic : public TestMaterialTopic {
   Field *name;
 };
 
-class VectorSource : public RowSource {
- public:
-  VectorSource(std::vector<std::string> columns, std::vector<std::vector<std::string>> rows)
-      : columns_(std::move(columns)), rows_(std::move(rows)) {}
-  const std::vector<std::string> &columns() const override { return columns_; }
-  bool next(Row *row) override {
-    if (next_ == rows_.size()) return false;
-    row->position = static_cast<std::int64_t>(++next_);
-    row->cells = rows_[next_ - 1];
-    row->error.clear();
-    return true;
-  }
-  const std::string &name() const override { return name_; }
-
- private:
-  std::vector<std::string> columns_;
-  std::vector<std::vector<std::string>> rows_;
-  std::size_t next_ = 0;
-  std::string name_ = "orte";
-};
 
 // What a query gives (the filter takes the conditions over): the positions of the rows read, or "yes"/"no" for
 // containment, or the exception's type.
@@ -176,14 +157,14 @@ std::string answer(TableMaterialAccess *access, PlaceTopic *topic, const std::ve
 }
 
 TEST(TableMaterialAccessTest, IndexesAnswerAsAScanDoes) {
-  VectorSource source({"Orte.PLZ", "Orte.Name"}, {{"10115", "Berlin"},
+  VectorRows source({"Orte.PLZ", "Orte.Name"}, {{"10115", "Berlin"},
                                                   {"80331", "M\xFCnchen"},
                                                   {"10115", "Mitte"},
                                                   {"", "Nirgends"},
                                                   {"0815", "Null"},
                                                   {"815", "Ohne"},
                                                   {"abc", "Text"}});
-  VectorSource again = source;
+  VectorRows again = source;
   TableMaterialAccess indexed, scanned;
   std::string message;
   ASSERT_TRUE(indexed.load("Orte", &source, &message)) << message;
@@ -228,7 +209,7 @@ TEST(TableMaterialAccessTest, IndexesAnswerAsAScanDoes) {
 }
 
 TEST(TableMaterialAccessTest, BadRowsNameTheirPlace) {
-  VectorSource source({"Orte.Liste#"}, {{"3"}, {"drei"}});
+  VectorRows source({"Orte.Liste#"}, {{"3"}, {"drei"}});
   TableMaterialAccess access;
   std::string message;
   EXPECT_FALSE(access.load("Orte", &source, &message));

@@ -8,6 +8,7 @@
 #include "quorel/host/sql/sql_material_access.h"
 #include "quorel/host/table_material_access.h"
 #include "sql_test_support.h"
+#include "host/vector_rows.h"
 #include "test_support.h"
 
 namespace quorel {
@@ -30,25 +31,6 @@ class PlaceTopic : public TestMaterialTopic {
   Field *plz, *name, *einwohner, *flaeche, *gegruendet;
 };
 
-class Rows : public RowSource {
- public:
-  Rows(std::vector<std::string> columns, std::vector<std::vector<std::string>> rows)
-      : columns_(std::move(columns)), rows_(std::move(rows)) {}
-  const std::vector<std::string> &columns() const override { return columns_; }
-  bool next(Row *row) override {
-    if (next_ == rows_.size()) return false;
-    row->position = static_cast<std::int64_t>(next_ + 1);
-    row->cells = rows_[next_++];
-    return true;
-  }
-  const std::string &name() const override { return name_; }
-
- private:
-  std::vector<std::string> columns_;
-  std::vector<std::vector<std::string>> rows_;
-  std::size_t next_ = 0;
-  std::string name_ = "orte";
-};
 
 // The same places in a database table (ordered by its key, id) and as CSV
 // cells, the form the database's cells are read back in.
@@ -121,7 +103,7 @@ TEST_P(SqlMaterialAccessTest, AnswersAsTheTableInMemoryDoes) {
   SqlSource source;
   ASSERT_TRUE(SqlSource::parse(db_->url("table=orte"), &source, &message)) << message;
   ASSERT_TRUE(sql.addMaterial("Orte", source, &message)) << message;
-  Rows rows(kPlaceColumns, kPlaceCells);
+  VectorRows rows(kPlaceColumns, kPlaceCells);
   TableMaterialAccess table;
   ASSERT_TRUE(table.load("Orte", &rows, &message));
   PlaceTopic topic;

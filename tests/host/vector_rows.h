@@ -1,0 +1,41 @@
+// VectorRows: a row source over rows held in memory, for tests of what reads
+// row sources. Positions count from 1, as lines after a header do.
+
+#ifndef QUOREL_TESTS_HOST_VECTOR_ROWS_H_
+#define QUOREL_TESTS_HOST_VECTOR_ROWS_H_
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "quorel/host/row_source.h"
+
+namespace quorel {
+namespace host {
+
+class VectorRows : public RowSource {
+ public:
+  VectorRows(std::vector<std::string> columns, std::vector<std::vector<std::string>> rows)
+      : columns_(std::move(columns)), rows_(std::move(rows)) {}
+  const std::vector<std::string> &columns() const override { return columns_; }
+  bool next(Row *row) override {
+    if (next_ == rows_.size()) return false;
+    row->position = static_cast<std::int64_t>(++next_);
+    row->cells = rows_[next_ - 1];
+    row->error.clear();
+    return true;
+  }
+  const std::string &name() const override { return name_; }
+
+ private:
+  std::vector<std::string> columns_;
+  std::vector<std::vector<std::string>> rows_;
+  std::size_t next_ = 0;
+  std::string name_ = "orte";
+};
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_TESTS_HOST_VECTOR_ROWS_H_
