@@ -49,6 +49,10 @@ PatternCache::PatternCache() = default;
 
 PatternCache::~PatternCache() = default;
 
+bool PatternCache::Entry::holds(const char *keyText, std::int32_t keyFlags) const {
+  return flags == keyFlags && std::strcmp(text.c_str(), keyText) == 0;
+}
+
 std::size_t PatternCache::hashOf(const char *text, std::int32_t flags) {
   std::size_t hash = std::hash<std::string_view>()(std::string_view(text));
   return hash ^ (static_cast<std::size_t>(static_cast<std::uint32_t>(flags)) * 0x9E3779B97F4A7C15u);
@@ -58,7 +62,7 @@ Pattern *PatternCache::find(const char *text, std::int32_t flags, std::size_t ha
   auto candidates = index_.equal_range(hash);
   for (auto it = candidates.first; it != candidates.second; ++it) {
     Entries::iterator entry = it->second;
-    if (entry->flags == flags && std::strcmp(entry->text.c_str(), text) == 0) {
+    if (entry->holds(text, flags)) {
       entries_.splice(entries_.begin(), entries_, entry);
       return entry->pattern.get();
     }
@@ -74,8 +78,7 @@ bool PatternCache::matches(const char *pattern, const char *input, std::int32_t 
   }
   // A rule that tests one pattern record after record asks for the most
   // recently used one again: no hashing for that.
-  if (!entries_.empty() && entries_.front().flags == flags &&
-      std::strcmp(entries_.front().text.c_str(), pattern) == 0) {
+  if (!entries_.empty() && entries_.front().holds(pattern, flags)) {
     return runMatcher(entries_.front().pattern.get(), input);
   }
   std::size_t hash = hashOf(pattern, flags);

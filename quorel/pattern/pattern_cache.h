@@ -49,6 +49,9 @@ class PatternCache {
     std::int32_t flags;
     std::size_t hash;
     std::unique_ptr<Pattern> pattern;
+
+    // Whether this entry is the pattern of that text and those flags.
+    bool holds(const char *keyText, std::int32_t keyFlags) const;
   };
   using Entries = std::list<Entry>;
 
