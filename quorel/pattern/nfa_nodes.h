@@ -274,6 +274,11 @@ class NFAQuantifierNode : public NFANode {
   std::int32_t match(const char *input, PatternMatcher *matcher, std::int32_t position) override;
   void print(std::int32_t indent) override;
 
+  std::int32_t minimum() const { return min_; }
+  std::int32_t maximum() const { return max_; }
+  // The bytes of a one-byte atom, or null for any other inner chain.
+  const ByteSet *repeatedBytes() const { return single_; }
+
  protected:
   // For an atom of one byte: how many times, up to most, it repeats from
   // position, found by a loop; -1 once the step limit is spent.

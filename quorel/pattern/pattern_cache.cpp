@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "quorel/pattern/pattern.h"
+#include "quorel/pattern/position_automaton.h"
 
 namespace {
 
@@ -53,18 +54,23 @@ bool PatternCache::Entry::holds(const char *keyText, std::int32_t keyFlags) cons
   return flags == keyFlags && std::strcmp(text.c_str(), keyText) == 0;
 }
 
+bool PatternCache::Entry::matches(const char *input) const {
+  if (automaton != nullptr && Pattern::getStepLimit() == 0) return automaton->matches(input != nullptr ? input : "");
+  return runMatcher(pattern.get(), input);
+}
+
 std::size_t PatternCache::hashOf(const char *text, std::int32_t flags) {
   std::size_t hash = std::hash<std::string_view>()(std::string_view(text));
   return hash ^ (static_cast<std::size_t>(static_cast<std::uint32_t>(flags)) * 0x9E3779B97F4A7C15u);
 }
 
-Pattern *PatternCache::find(const char *text, std::int32_t flags, std::size_t hash) {
+const PatternCache::Entry *PatternCache::find(const char *text, std::int32_t flags, std::size_t hash) {
   auto candidates = index_.equal_range(hash);
   for (auto it = candidates.first; it != candidates.second; ++it) {
     Entries::iterator entry = it->second;
     if (entry->holds(text, flags)) {
       entries_.splice(entries_.begin(), entries_, entry);
-      return entry->pattern.get();
+      return &*entry;
     }
   }
   return nullptr;
@@ -78,18 +84,17 @@ bool PatternCache::matches(const char *pattern, const char *input, std::int32_t 
   }
   // A rule that tests one pattern record after record asks for the most
   // recently used one again: no hashing for that.
-  if (!entries_.empty() && entries_.front().holds(pattern, flags)) {
-    return runMatcher(entries_.front().pattern.get(), input);
-  }
+  if (!entries_.empty() && entries_.front().holds(pattern, flags)) return entries_.front().matches(input);
   std::size_t hash = hashOf(pattern, flags);
-  if (Pattern *kept = find(pattern, flags, hash)) return runMatcher(kept, input);
+  if (const Entry *kept = find(pattern, flags, hash)) return kept->matches(input);
   std::unique_ptr<Pattern> compiled(Pattern::compile(pattern, flags));
   if (compiled == nullptr) return false;  // never kept: the report comes at every call
-  entries_.push_front(Entry{pattern, flags, hash, std::move(compiled)});
+  std::unique_ptr<PositionAutomaton> automaton = PositionAutomaton::build(compiled->getHead());
+  entries_.push_front(Entry{pattern, flags, hash, std::move(compiled), std::move(automaton)});
   index_.emplace(hash, entries_.begin());
-  Pattern *added = entries_.front().pattern.get();
+  const Entry &added = entries_.front();
   while (size() > capacity_) dropLeastRecentlyUsed();
-  return runMatcher(added, input);
+  return added.matches(input);
 }
 
 void PatternCache::setCapacity(std::int32_t capacity) {

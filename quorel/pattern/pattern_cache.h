@@ -3,7 +3,11 @@
 //
 // A rule tests record after record with the same few patterns; compiling
 // each time costs more than the match. The cache holds up to capacity()
-// compiled patterns, dropping the least recently used. What a caller sees
+// compiled patterns, dropping the least recently used, and beside each
+// pattern of the plain shape of most format checks its PositionAutomaton,
+// which answers in one pass where the nodes would recurse; a thread with a
+// step limit has its kept patterns run by the matcher, which counts the
+// steps. What a caller sees
 // is the same as compiling at every call: a pattern that does not compile
 // is never kept, so its report reaches the standard error stream at every
 // call; a kept pattern's matcher is reset before each match, and the step
@@ -22,6 +26,7 @@
 #include <unordered_map>
 
 class Pattern;
+class PositionAutomaton;
 
 class PatternCache {
  public:
@@ -49,15 +54,18 @@ class PatternCache {
     std::int32_t flags;
     std::size_t hash;
     std::unique_ptr<Pattern> pattern;
+    std::unique_ptr<PositionAutomaton> automaton;  // null for other shapes
 
     // Whether this entry is the pattern of that text and those flags.
     bool holds(const char *keyText, std::int32_t keyFlags) const;
+    // Whether the whole input matches the kept pattern.
+    bool matches(const char *input) const;
   };
   using Entries = std::list<Entry>;
 
   static std::size_t hashOf(const char *text, std::int32_t flags);
-  // The kept pattern for text and flags, now the most recently used, or null.
-  Pattern *find(const char *text, std::int32_t flags, std::size_t hash);
+  // The entry of text and flags, now the most recently used, or null.
+  const Entry *find(const char *text, std::int32_t flags, std::size_t hash);
   void dropLeastRecentlyUsed();
 
   Entries entries_;  // the most recently used first
