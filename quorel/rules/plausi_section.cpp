@@ -4,8 +4,10 @@
 
 namespace quorel {
 
+static_assert(sizeof(PlausiSection) <= ObjectPool::kLargestBlock, "a section is one block of the pool");
+
 PlausiSection::PlausiSection(const char *name, PlausiSection *parent, bool checkProc)
-    : name_(name != nullptr ? name : ""), named_(name != nullptr), parent_(parent), checkProc_(checkProc) {
+    : name_(name), parent_(parent), checkProc_(checkProc) {
   PlausiSection *above = parent_ != nullptr ? parent_->outermostCheckProc_ : nullptr;
   outermostCheckProc_ = above != nullptr ? above : (checkProc_ ? this : nullptr);
   // Everything below a check procedure is called from it, so reads go to the

@@ -5,18 +5,18 @@
 // it; those are references into the Plausi's topics. Sections are made and
 // destroyed by RuntimeContext alone and never copied.
 //
-// A run opens and leaves sections all the time, so a section and its name
-// take their memory from the thread's ObjectPool, and the section holds the
-// values and reads of a typical rule in itself.
+// A run opens and leaves sections all the time, so a section takes its
+// memory from the thread's ObjectPool, and holds the name, values and reads
+// of a typical rule in itself.
 
 #ifndef QUOREL_RULES_PLAUSI_SECTION_H_
 #define QUOREL_RULES_PLAUSI_SECTION_H_
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 #include "quorel/rules/inline_list.h"
+#include "quorel/rules/inline_text.h"
 #include "quorel/values/object_pool.h"
 
 namespace quorel {
@@ -36,7 +36,7 @@ class PlausiSection {
   static void operator delete(void *section, std::size_t size) noexcept { ObjectPool::release(section, size); }
 
   // Null for a section opened without a name.
-  const char *getName() const { return named_ ? name_.c_str() : nullptr; }
+  const char *getName() const { return name_.get(); }
   PlausiSection *getParent() const { return parent_; }
   bool isCheckProc() const { return checkProc_; }
 
@@ -60,10 +60,9 @@ class PlausiSection {
   }
 
  private:
-  using PooledText = std::basic_string<char, std::char_traits<char>, PoolAllocator<char>>;
-
-  PooledText name_;
-  bool named_;
+  // Room for names of up to 55 bytes, which keeps the section within the
+  // largest blocks that the pool recycles.
+  InlineText<56> name_;
   PlausiSection *parent_;
   bool checkProc_;
   // The outermost check procedure among this section and those above, or

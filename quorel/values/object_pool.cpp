@@ -18,7 +18,7 @@ bool ObjectPool::isRecycling() { return false; }
 namespace {
 
 constexpr std::size_t kGranule = 16;
-constexpr std::size_t kLargest = 256;
+constexpr std::size_t kLargest = ObjectPool::kLargestBlock;
 constexpr std::size_t kClasses = kLargest / kGranule;
 // Blocks a list keeps at most: enough for the objects of a deep run, and
 // at most some 2 MB over all lists of a thread.

@@ -25,6 +25,9 @@ namespace quorel {
 
 class ObjectPool {
  public:
+  // The largest request that the lists serve.
+  static constexpr std::size_t kLargestBlock = 256;
+
   ObjectPool() = delete;
 
   // A block of at least size bytes, aligned for any object; throws
