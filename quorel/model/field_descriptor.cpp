@@ -34,18 +34,16 @@ std::string FieldDescriptor::getHierarchyText() const {
   return text;
 }
 
-TextHash FieldDescriptor::getHierarchyHash() const {
-  if (!hierarchyHash_) {
-    TextHash hash;
-    if (parent_ != nullptr) {
-      hash = parent_->getHierarchyHash();
-      hash.append('.');
-    }
-    hash.append(type_->getFieldNameTopic());
-    hash.appendIndices(getIndices());
-    hierarchyHash_ = hash;
+TextHash FieldDescriptor::makeHierarchyHash() const {
+  TextHash hash;
+  if (parent_ != nullptr) {
+    hash = parent_->getHierarchyHash();
+    hash.append('.');
   }
-  return *hierarchyHash_;
+  hash.append(type_->getFieldNameTopic());
+  hash.appendIndices(getIndices());
+  hierarchyHash_ = hash;
+  return hash;
 }
 
 void FieldDescriptor::getHierarchyAsString(char *target) const {

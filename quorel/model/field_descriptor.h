@@ -51,7 +51,7 @@ class FieldDescriptor {
   // is made at the first call and kept, since the chain of names never
   // changes and indices are given once, as an element is made, before
   // anything reads it.
-  TextHash getHierarchyHash() const;
+  TextHash getHierarchyHash() const { return hierarchyHash_ ? *hierarchyHash_ : makeHierarchyHash(); }
 
  protected:
   // The record that holds this field's value: the given record walked
@@ -67,6 +67,10 @@ class FieldDescriptor {
  private:
   // A wrapper reads number fields on its own path through the record.
   friend class FeatureField;
+
+  // Works out the hierarchy hash and keeps it; every read asks for it, so
+  // the kept one is handed out inline.
+  TextHash makeHierarchyHash() const;
 
   TypeDescriptor *type_;
   FieldDescriptor *parent_;
