@@ -110,11 +110,10 @@ std::unique_ptr<PositionAutomaton> PositionAutomaton::build(const NFANode *head)
     }
   }
 
-  // Each follower by the cheapest way there: a shift for the position
+  // Each follower by the cheapest way there: the shift for the position
   // above, a mask for the position itself, a table for the rest.
   for (std::int64_t p = 0; p <= positions; ++p) {
     std::uint64_t above = p < kMostPositions ? bit(p + 1) : 0;
-    if (followers[p] & above) automaton->stepping_ |= bit(p);
     if (followers[p] & bit(p)) automaton->looping_ |= bit(p);
     automaton->leaps_[p] = followers[p] & ~(above | bit(p));
     if (automaton->leaps_[p] != 0) automaton->leaping_ |= bit(p);
@@ -129,7 +128,7 @@ std::unique_ptr<PositionAutomaton> PositionAutomaton::build(const NFANode *head)
 bool PositionAutomaton::matches(const char *input) const {
   std::uint64_t state = bit(0);
   for (auto *at = reinterpret_cast<const unsigned char *>(input); *at != 0;) {
-    std::uint64_t next = ((state & stepping_) << 1) | (state & looping_);
+    std::uint64_t next = (state << 1) | (state & looping_);
     for (std::uint64_t leaping = state & leaping_; leaping != 0; leaping &= leaping - 1) {
       next |= leaps_[__builtin_ctzll(leaping)];
     }

@@ -46,10 +46,10 @@ class PositionAutomaton {
   PositionAutomaton() = default;
 
   // Per input byte, the positions that take it; bit 0, the start, none.
+  // Every position is followed by the one above it (the next repetition,
+  // or the first of the next atom that has any), and the position above the
+  // last takes nothing: a shift covers all of these followers at once.
   std::uint64_t takers_[256] = {};
-  // The positions followed by the one above them (the next repetition, or
-  // the first of the next atom): a shift covers them all at once.
-  std::uint64_t stepping_ = 0;
   // The positions that may follow themselves (an unbounded repetition).
   std::uint64_t looping_ = 0;
   // The positions with further followers, and those followers: the atoms
