@@ -19,7 +19,7 @@ const char *textOrEmpty(Value *v) { return v != nullptr ? v->asString() : ""; }
 
 // The case pairs of the language: a-z and the three umlauts. Every other
 // byte, the sharp s included, has no other case here.
-unsigned char toUpper(unsigned char c) {
+constexpr unsigned char toUpper(unsigned char c) {
   if (c >= 'a' && c <= 'z') return static_cast<unsigned char>(c - 'a' + 'A');
   switch (c) {
     case 0xE4: return 0xC4;
@@ -29,7 +29,7 @@ unsigned char toUpper(unsigned char c) {
   }
 }
 
-unsigned char toLower(unsigned char c) {
+constexpr unsigned char toLower(unsigned char c) {
   if (c >= 'A' && c <= 'Z') return static_cast<unsigned char>(c - 'A' + 'a');
   switch (c) {
     case 0xC4: return 0xE4;
@@ -39,10 +39,25 @@ unsigned char toLower(unsigned char c) {
   }
 }
 
-Value *mapCase(RuntimeContext *runtime, Value *v, unsigned char (*map)(unsigned char)) {
+// One of the two mappings for every byte, worked out by the compiler, so
+// that a text changes case at a lookup per byte.
+struct CaseMap {
+  unsigned char of[256];
+};
+
+constexpr CaseMap caseMap(unsigned char (*map)(unsigned char)) {
+  CaseMap table{};
+  for (unsigned c = 0; c < 256; ++c) table.of[c] = map(static_cast<unsigned char>(c));
+  return table;
+}
+
+constexpr CaseMap kUpper = caseMap(toUpper);
+constexpr CaseMap kLower = caseMap(toLower);
+
+Value *mapCase(RuntimeContext *runtime, Value *v, const CaseMap &map) {
   if (v == nullptr || !v->isUsable()) return v;
   std::string text = v->asString();
-  for (char &c : text) c = static_cast<char>(map(static_cast<unsigned char>(c)));
+  for (char &c : text) c = static_cast<char>(map.of[static_cast<unsigned char>(c)]);
   return runtime->createStringValue(std::move(text));
 }
 
@@ -98,9 +113,9 @@ Value *Functions::ENDET_AUF(RuntimeContext *runtime, Value *a, Value *b) {
   return runtime->createBoolValue(hasAffix(a, b, true));
 }
 
-Value *Functions::GROSSBUCHSTABEN(RuntimeContext *runtime, Value *v) { return mapCase(runtime, v, toUpper); }
+Value *Functions::GROSSBUCHSTABEN(RuntimeContext *runtime, Value *v) { return mapCase(runtime, v, kUpper); }
 
-Value *Functions::KLEINBUCHSTABEN(RuntimeContext *runtime, Value *v) { return mapCase(runtime, v, toLower); }
+Value *Functions::KLEINBUCHSTABEN(RuntimeContext *runtime, Value *v) { return mapCase(runtime, v, kLower); }
 
 Value *Functions::NUMERISCH(RuntimeContext *runtime, Value *v) {
   bool digits = true;
