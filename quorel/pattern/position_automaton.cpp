@@ -127,7 +127,16 @@ std::unique_ptr<PositionAutomaton> PositionAutomaton::build(const NFANode *head)
 
 bool PositionAutomaton::matches(const char *input) const {
   std::uint64_t state = bit(0);
-  for (auto *at = reinterpret_cast<const unsigned char *>(input); *at != 0;) {
+  auto *at = reinterpret_cast<const unsigned char *>(input);
+  if ((looping_ | leaping_) == 0) {
+    // Each byte can only take the position above: the shift alone.
+    for (; *at != 0; ++at) {
+      state = (state << 1) & takers_[*at];
+      if (state == 0) return false;
+    }
+    return (state & accepting_) != 0;
+  }
+  while (*at != 0) {
     std::uint64_t next = (state << 1) | (state & looping_);
     for (std::uint64_t leaping = state & leaping_; leaping != 0; leaping &= leaping - 1) {
       next |= leaps_[__builtin_ctzll(leaping)];
