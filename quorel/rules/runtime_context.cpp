@@ -16,6 +16,7 @@
 #include "quorel/values/invalid_value.h"
 #include "quorel/values/nil_value.h"
 #include "quorel/values/number_value.h"
+#include "quorel/values/object_pool.h"
 #include "quorel/values/range_series.h"
 #include "quorel/values/sequence_range.h"
 #include "quorel/values/string_value.h"
@@ -24,10 +25,6 @@
 namespace quorel {
 
 namespace {
-
-// Room for the sections of a run that nests rules, functions and check
-// procedures a few levels deep.
-constexpr std::size_t kExpectedDepth = 16;
 
 // A trace line "<indentation><arrow><name>", two blanks of indentation for
 // each open section. Built only when the logger takes trace lines.
@@ -49,7 +46,6 @@ const char *traceName(const char *name) { return name != nullptr ? name : ""; }
 
 RuntimeContext::RuntimeContext(PlausiContext *context, ClassificationRessource *classifications)
     : context_(context), classifications_(classifications) {
-  sections_.reserve(kExpectedDepth);
   startNewSection("Plausi", false);
   outerRun_ = activeRun;
   activeRun = this;
@@ -61,10 +57,13 @@ RuntimeContext::~RuntimeContext() {
   RuntimeContext **link = &activeRun;
   while (*link != nullptr && *link != this) link = &(*link)->outerRun_;
   if (*link == this) *link = outerRun_;
-  if (!sections_.empty()) leaveCurrentSection();
+  if (current_ != nullptr) leaveCurrentSection();
   // Sections left open by an exception: release the inner ones first, as
   // leaving them in order would.
-  while (!sections_.empty()) sections_.pop_back();
+  while (current_ != nullptr) {
+    std::unique_ptr<PlausiSection> section(current_);
+    current_ = section->getParent();
+  }
 }
 
 Value *RuntimeContext::getClassificationByCode(const char *code) {
@@ -76,24 +75,24 @@ Value *RuntimeContext::getClassificationByValue(const char *value) {
 }
 
 void RuntimeContext::startNewSection(const char *name, bool checkProc) {
-  traceSection(getLogger(), depth(), "--> ", traceName(name));
-  sections_.push_back(std::make_unique<PlausiSection>(name, getCurrentSection(), checkProc));
+  traceSection(getLogger(), depth_, "--> ", traceName(name));
+  current_ = new PlausiSection(name, current_, checkProc);
+  ++depth_;
 }
 
 void RuntimeContext::leaveCurrentSection() {
-  std::unique_ptr<PlausiSection> section = std::move(sections_.back());
-  sections_.pop_back();
-  traceSection(getLogger(), depth(), "<-- ", traceName(section->getName()));
+  std::unique_ptr<PlausiSection> section(current_);
+  current_ = section->getParent();
+  --depth_;
+  traceSection(getLogger(), depth_, "<-- ", traceName(section->getName()));
 }
 
 bool RuntimeContext::ownUntilRunEnds(PlausiObject *object) {
-  if (activeRun == nullptr || activeRun->sections_.empty()) return false;
-  activeRun->sections_.front()->addLocalObject(object);
+  if (activeRun == nullptr || activeRun->current_ == nullptr) return false;
+  PlausiSection *root = activeRun->current_;
+  while (root->getParent() != nullptr) root = root->getParent();
+  root->addLocalObject(object);
   return true;
-}
-
-PlausiSection *RuntimeContext::getCurrentSection() const {
-  return sections_.empty() ? nullptr : sections_.back().get();
 }
 
 void RuntimeContext::setSectionInfosToProblem(PlausiProblem *problem) {

@@ -24,12 +24,10 @@
 #include <ctime>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "quorel/rules/plausi_context.h"
 #include "quorel/rules/plausi_section.h"
 #include "quorel/values/interval_range.h"
-#include "quorel/values/object_pool.h"
 
 namespace quorel {
 
@@ -71,7 +69,7 @@ class RuntimeContext {
   // with no section open.
   void leaveCurrentSection();
   // The innermost open section, or null when none is open.
-  PlausiSection *getCurrentSection() const;
+  PlausiSection *getCurrentSection() const { return current_; }
 
   PlausiProblem *createProblem(ProblemType type, std::int32_t weight) {
     return context_->createProblem(type, weight);
@@ -120,11 +118,13 @@ class RuntimeContext {
     return guard.release();
   }
 
-  std::int32_t depth() const { return static_cast<std::int32_t>(sections_.size()); }
-
   PlausiContext *context_;
   ClassificationRessource *classifications_;
-  std::vector<std::unique_ptr<PlausiSection>, PoolAllocator<std::unique_ptr<PlausiSection>>> sections_;
+  // The innermost open section, owned here like every open section: each
+  // links to the one it opened within, so the chain of parents from here
+  // is the stack of open sections, the innermost first.
+  PlausiSection *current_ = nullptr;
+  std::int32_t depth_ = 0;  // sections open
   FieldDescriptor *currentField_ = nullptr;
   // The run that was in progress on this thread when this one began.
   RuntimeContext *outerRun_ = nullptr;
