@@ -56,9 +56,7 @@ constexpr CaseMap kLower = caseMap(toLower);
 
 Value *mapCase(RuntimeContext *runtime, Value *v, const CaseMap &map) {
   if (v == nullptr || !v->isUsable()) return v;
-  std::string text = v->asString();
-  for (char &c : text) c = static_cast<char>(map.of[static_cast<unsigned char>(c)]);
-  return runtime->createStringValue(std::move(text));
+  return runtime->createStringValue(v->asString(), map.of);
 }
 
 // Whether the text of a has the text of b at its front (atEnd false) or at

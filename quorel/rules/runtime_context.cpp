@@ -134,6 +134,10 @@ Value *RuntimeContext::createStringValue(const char *text) { return own(new Stri
 
 Value *RuntimeContext::createStringValue(std::string text) { return own(new StringValue(std::move(text))); }
 
+Value *RuntimeContext::createStringValue(const char *text, const unsigned char (&byteMap)[256]) {
+  return own(new StringValue(text, byteMap));
+}
+
 Value *RuntimeContext::createBoolValue(bool flag) { return own(new BoolValue(flag)); }
 
 Value *RuntimeContext::createNumberValue(double number) { return own(new NumberValue(number)); }

@@ -90,6 +90,8 @@ class RuntimeContext {
   Value *createStringValue(const char *text);
   // The same for a text that the caller has just made, taken over whole.
   Value *createStringValue(std::string text);
+  // The text with every byte replaced by its entry in byteMap.
+  Value *createStringValue(const char *text, const unsigned char (&byteMap)[256]);
   Value *createBoolValue(bool flag);
   Value *createNumberValue(double number);
   Value *createNumberValue(const char *text);  // parsed on first use

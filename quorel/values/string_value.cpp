@@ -12,6 +12,10 @@ StringValue::StringValue(const char *text) : text_(text != nullptr ? text : ""),
 
 StringValue::StringValue(std::string text) : text_(std::move(text)), date_{} {}
 
+StringValue::StringValue(const char *text, const unsigned char (&byteMap)[256]) : StringValue(text) {
+  for (char &c : text_) c = static_cast<char>(byteMap[static_cast<unsigned char>(c)]);
+}
+
 const char *StringValue::asString() { return text_.c_str(); }
 
 std::int64_t StringValue::asInteger() { return Util::stringToInteger(text_.c_str(), nullptr); }

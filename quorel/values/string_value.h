@@ -18,6 +18,9 @@ class StringValue : public ScalarValue {
   explicit StringValue(const char *text);
   // Takes the text over, for texts the library has just made.
   explicit StringValue(std::string text);
+  // The text with every byte replaced by its entry in byteMap, as the case
+  // functions make their results: in place, with no text in between.
+  StringValue(const char *text, const unsigned char (&byteMap)[256]);
 
   const char *asString() override;
   std::int64_t asInteger() override;
