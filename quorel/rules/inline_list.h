@@ -29,7 +29,7 @@ class InlineList {
     if (size_ < N) {
       first_[size_] = entry;
     } else {
-      rest_.push_back(entry);
+      pushBeyond(entry);
     }
     ++size_;
   }
@@ -42,6 +42,10 @@ class InlineList {
   }
 
  private:
+  // Out of line, so that the common case inlines into its callers (every
+  // value made, every field read) without the vector's growth.
+  [[gnu::noinline]] void pushBeyond(T entry) { rest_.push_back(entry); }
+
   T first_[N];
   std::size_t size_ = 0;
   std::vector<T, PoolAllocator<T>> rest_;
