@@ -1,5 +1,7 @@
 #include "quorel/pattern/pattern_matcher.h"
 
+#include <cstddef>
+
 #include "quorel/pattern/deep_call.h"
 #include "quorel/pattern/nfa_node.h"
 #include "quorel/pattern/pattern.h"
@@ -39,12 +41,15 @@ void PatternMatcher::reset() {
 
 void PatternMatcher::resetGroups() {
   lastMatchEnd_ = 0;
-  for (std::int32_t gi = 0; gi < groupCount_; ++gi) {
-    setStart(gi, -1);
-    setEnd(gi, -1);
-    setLoopCount(gi, -1);
+  // The starts and ends of the capturing groups, which lie above the
+  // non-capturing ones, and the loop counts of all.
+  for (std::size_t slot = 0; slot < loopCounts_.size(); ++slot) {
+    if (slot >= static_cast<std::size_t>(nonCapturingCount_)) {
+      starts_[slot] = -1;
+      ends_[slot] = -1;
+    }
+    loopCounts_[slot] = -1;
   }
-  for (std::int32_t gi = -1; gi >= -nonCapturingCount_; --gi) setLoopCount(gi, -1);
 }
 
 bool PatternMatcher::mayGoOn(const void *frame) {
