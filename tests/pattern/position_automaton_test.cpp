@@ -112,6 +112,12 @@ TEST(PositionAutomatonTest, LeavesEveryOtherShapeToTheMatcher) {
     EXPECT_EQ(nullptr, PositionAutomaton::build(pattern->getHead())) << c.pattern;
   }
   EXPECT_EQ(nullptr, PositionAutomaton::build(nullptr));
+  // Chains that no compile makes: one without its start, one without its end.
+  NFAStartNode start;
+  NFACharNode atom('a');
+  start.next = &atom;
+  EXPECT_EQ(nullptr, PositionAutomaton::build(&atom));
+  EXPECT_EQ(nullptr, PositionAutomaton::build(&start));
 }
 
 // A kept pattern of the automaton's shape is run by the matcher when the
