@@ -7,13 +7,13 @@
 // pattern of the plain shape of most format checks its PositionAutomaton,
 // which answers in one pass where the nodes would recurse; a thread with a
 // step limit has its kept patterns run by the matcher, which counts the
-// steps. What a caller sees
-// is the same as compiling at every call: a pattern that does not compile
-// is never kept, so its report reaches the standard error stream at every
-// call; a kept pattern's matcher is reset before each match, and the step
-// limit, stack guard and private-stack fallback of the matcher apply as to
-// a new one. Each thread has its own cache (no lock), which owns its
-// patterns and frees them when the thread ends.
+// steps. What a caller sees is the same as compiling at every call: a
+// pattern that does not compile is never kept, so its report reaches the
+// standard error stream at every call; a kept pattern's matcher is reset
+// before each match, and the step limit, stack guard and private-stack
+// fallback of the matcher apply as to a new one. Each thread has its own
+// cache (no lock), which owns its patterns and frees them when the thread
+// ends.
 
 #ifndef QUOREL_PATTERN_PATTERN_CACHE_H_
 #define QUOREL_PATTERN_PATTERN_CACHE_H_
