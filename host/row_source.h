@@ -36,6 +36,9 @@ class RowSource {
   virtual bool next(Row *row) = 0;
   // The source's name in messages (a file name).
   virtual const std::string &name() const = 0;
+  // Whether the rows ended on a failure of the source (a lost connection):
+  // the last row that next() gave carries it instead of cells.
+  virtual bool failed() const { return false; }
 };
 
 }  // namespace host

@@ -1,0 +1,146 @@
+#include "problem_columns.h"
+
+#include <pybind11/numpy.h>
+
+#include "quorel/host/encoding.h"
+
+namespace py = pybind11;
+
+namespace quorel {
+namespace python {
+
+namespace {
+
+template <typename T>
+py::array_t<T> arrayOf(const std::vector<T> &values) {
+  return py::array_t<T>(static_cast<py::ssize_t>(values.size()), values.data());
+}
+
+py::array_t<bool> arrayOf(const std::vector<bool> &values) {
+  py::array_t<bool> out(static_cast<py::ssize_t>(values.size()));
+  bool *data = out.mutable_data();
+  for (std::size_t i = 0; i < values.size(); ++i) data[i] = values[i];
+  return out;
+}
+
+// The codes and categories of a Categorical, of Windows-1252 texts unless
+// utf8. Distinct Windows-1252 texts may decode to one str (the code page's
+// undefined bytes all become U+FFFD), and categories must be distinct, so
+// codes are mapped onto the decoded texts.
+py::tuple categorical(const Dictionary<std::string> &values, const std::vector<std::int32_t> &codes,
+                      bool utf8 = false) {
+  py::list categories;
+  std::unordered_map<std::string, std::int32_t> byText;
+  std::vector<std::int32_t> remap;
+  for (const std::string *raw : values.keys()) {
+    std::string text = utf8 ? *raw : host::toUtf8(raw->c_str());
+    auto found = byText.try_emplace(text, static_cast<std::int32_t>(byText.size()));
+    if (found.second) categories.append(py::str(text));
+    remap.push_back(found.first->second);
+  }
+  py::array_t<std::int32_t> out(static_cast<py::ssize_t>(codes.size()));
+  std::int32_t *data = out.mutable_data();
+  for (std::size_t i = 0; i < codes.size(); ++i) data[i] = codes[i] < 0 ? -1 : remap[codes[i]];
+  return py::make_tuple(out, categories);
+}
+
+py::object element(std::int32_t index) { return py::int_(index); }
+py::object element(const std::string &text) { return py::str(host::toUtf8(text.c_str())); }
+
+// An object array (numpy.empty fills it with None) whose row i holds
+// items[codes[i]].
+py::array objectArray(const std::vector<py::object> &items, const std::vector<std::int32_t> &codes) {
+  // Held for the life of the process: a py::object would be released after
+  // the interpreter has ended.
+  static py::handle empty = py::object(py::module_::import("numpy").attr("empty")).release();
+  py::array out = empty(codes.size(), py::arg("dtype") = "object");
+  auto **data = static_cast<PyObject **>(out.mutable_data());
+  for (std::size_t i = 0; i < codes.size(); ++i) {
+    PyObject *item = items[static_cast<std::size_t>(codes[i])].ptr();
+    Py_INCREF(item);
+    Py_SETREF(data[i], item);
+  }
+  return out;
+}
+
+// One tuple for each distinct list, shared by all rows that hold it.
+template <typename T>
+py::array tuples(const Dictionary<std::vector<T>, ListHash<T>> &values, const std::vector<std::int32_t> &codes) {
+  std::vector<py::object> items;
+  for (const std::vector<T> *list : values.keys()) {
+    py::tuple tuple(list->size());
+    for (std::size_t i = 0; i < list->size(); ++i) tuple[i] = element((*list)[i]);
+    items.push_back(std::move(tuple));
+  }
+  return objectArray(items, codes);
+}
+
+py::tuple numbers(const std::vector<std::int64_t> &values, const std::vector<bool> &missing) {
+  return py::make_tuple(arrayOf(values), arrayOf(missing));
+}
+
+}  // namespace
+
+void ProblemColumns::addOutcome(std::int64_t row, const host::Outcome &outcome) {
+  ++records_;
+  if (outcome.failed) {
+    ++failed_;
+    addErrorRow(row, "Ausnahme " + std::to_string(outcome.exceptionType) + ": " +
+                         host::toUtf8(outcome.message.c_str()));
+  }
+  for (const host::Problem &problem : outcome.problems) addProblem(row, problem);
+  errorProblems_ += outcome.errors;
+}
+
+void ProblemColumns::addFailure(std::int64_t row, const std::string &message) {
+  ++records_;
+  ++failed_;
+  addErrorRow(row, message);
+}
+
+void ProblemColumns::addProblem(std::int64_t row, const host::Problem &p) {
+  rows_.push_back(row);
+  error_.addNone();
+  p.id ? id_.add(*p.id) : id_.addNone();
+  type_.add(static_cast<std::int64_t>(p.type));
+  weight_.add(p.weight);
+  p.text ? shortText_.add(*p.text) : shortText_.addNone();
+  p.details ? longText_.add(*p.details) : longText_.addNone();
+  p.field.empty() ? field_.addNone() : field_.add(p.field);
+  fieldIndices_.add(p.fieldIndices);
+  accessed_.add(p.accessed);
+  sections_.add(p.sections);
+  ++problems_;
+}
+
+void ProblemColumns::addErrorRow(std::int64_t row, const std::string &message) {
+  rows_.push_back(row);
+  error_.add(message);
+  for (Texts *texts : {&id_, &shortText_, &longText_, &field_}) texts->addNone();
+  type_.addNone();
+  weight_.addNone();
+  fieldIndices_.add({});
+  accessed_.add({});
+  sections_.add({});
+}
+
+py::dict ProblemColumns::finish() const {
+  py::dict out;
+  out["row"] = arrayOf(rows_);
+  out["id"] = categorical(id_.values, id_.codes);
+  out["type"] = numbers(type_.values, type_.missing);
+  out["weight"] = numbers(weight_.values, weight_.missing);
+  out["short_text"] = categorical(shortText_.values, shortText_.codes);
+  out["long_text"] = categorical(longText_.values, longText_.codes);
+  out["field"] = categorical(field_.values, field_.codes);
+  out["field_indices"] = tuples(fieldIndices_.values, fieldIndices_.codes);
+  out["accessed_fields"] = tuples(accessed_.values, accessed_.codes);
+  out["sections"] = tuples(sections_.values, sections_.codes);
+  out["error"] = categorical(error_.values, error_.codes, true);
+  out["summary"] = py::dict(py::arg("records") = records_, py::arg("problems") = problems_,
+                            py::arg("errors") = errorProblems_, py::arg("failed") = failed_);
+  return out;
+}
+
+}  // namespace python
+}  // namespace quorel
