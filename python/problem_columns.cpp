@@ -23,20 +23,32 @@ py::array_t<bool> arrayOf(const std::vector<bool> &values) {
   return out;
 }
 
-// The codes and categories of a Categorical, of Windows-1252 texts unless
-// utf8. Distinct Windows-1252 texts may decode to one str (the code page's
-// undefined bytes all become U+FFFD), and categories must be distinct, so
-// codes are mapped onto the decoded texts.
-py::tuple categorical(const Dictionary<std::string> &values, const std::vector<std::int32_t> &codes,
-                      bool utf8 = false) {
+py::object pythonOf(std::int32_t index) { return py::int_(index); }
+py::object pythonOf(const std::string &text) { return py::str(host::toUtf8(text.c_str())); }
+template <typename T>
+py::object pythonOf(const std::vector<T> &list) {
+  py::tuple tuple(list.size());
+  for (std::size_t i = 0; i < list.size(); ++i) tuple[i] = pythonOf(list[i]);
+  return std::move(tuple);
+}
+
+// The codes and categories of a Categorical: each distinct value becomes a
+// Python object once (a str, or a tuple for a list), by make. Distinct
+// Windows-1252 texts may decode to one str (the code page's undefined bytes
+// all become U+FFFD), and categories must be distinct, so codes are mapped
+// onto the distinct Python values.
+template <typename Key, typename Hash, typename Make>
+py::tuple categorical(const Dictionary<Key, Hash> &values, const std::vector<std::int32_t> &codes, Make make) {
   py::list categories;
-  std::unordered_map<std::string, std::int32_t> byText;
+  py::dict known;  // Python value -> its code
   std::vector<std::int32_t> remap;
-  for (const std::string *raw : values.keys()) {
-    std::string text = utf8 ? *raw : host::toUtf8(raw->c_str());
-    auto found = byText.try_emplace(text, static_cast<std::int32_t>(byText.size()));
-    if (found.second) categories.append(py::str(text));
-    remap.push_back(found.first->second);
+  for (const Key *key : values.keys()) {
+    py::object value = make(*key);
+    if (!known.contains(value)) {
+      known[value] = py::len(categories);
+      categories.append(value);
+    }
+    remap.push_back(known[value].template cast<std::int32_t>());
   }
   py::array_t<std::int32_t> out(static_cast<py::ssize_t>(codes.size()));
   std::int32_t *data = out.mutable_data();
@@ -44,35 +56,9 @@ py::tuple categorical(const Dictionary<std::string> &values, const std::vector<s
   return py::make_tuple(out, categories);
 }
 
-py::object element(std::int32_t index) { return py::int_(index); }
-py::object element(const std::string &text) { return py::str(host::toUtf8(text.c_str())); }
-
-// An object array (numpy.empty fills it with None) whose row i holds
-// items[codes[i]].
-py::array objectArray(const std::vector<py::object> &items, const std::vector<std::int32_t> &codes) {
-  // Held for the life of the process: a py::object would be released after
-  // the interpreter has ended.
-  static py::handle empty = py::object(py::module_::import("numpy").attr("empty")).release();
-  py::array out = empty(codes.size(), py::arg("dtype") = "object");
-  auto **data = static_cast<PyObject **>(out.mutable_data());
-  for (std::size_t i = 0; i < codes.size(); ++i) {
-    PyObject *item = items[static_cast<std::size_t>(codes[i])].ptr();
-    Py_INCREF(item);
-    Py_SETREF(data[i], item);
-  }
-  return out;
-}
-
-// One tuple for each distinct list, shared by all rows that hold it.
-template <typename T>
-py::array tuples(const Dictionary<std::vector<T>, ListHash<T>> &values, const std::vector<std::int32_t> &codes) {
-  std::vector<py::object> items;
-  for (const std::vector<T> *list : values.keys()) {
-    py::tuple tuple(list->size());
-    for (std::size_t i = 0; i < list->size(); ++i) tuple[i] = element((*list)[i]);
-    items.push_back(std::move(tuple));
-  }
-  return objectArray(items, codes);
+template <typename Key, typename Hash>
+py::tuple categorical(const Dictionary<Key, Hash> &values, const std::vector<std::int32_t> &codes) {
+  return categorical(values, codes, [](const Key &key) { return pythonOf(key); });
 }
 
 py::tuple numbers(const std::vector<std::int64_t> &values, const std::vector<bool> &missing) {
@@ -133,10 +119,11 @@ py::dict ProblemColumns::finish() const {
   out["short_text"] = categorical(shortText_.values, shortText_.codes);
   out["long_text"] = categorical(longText_.values, longText_.codes);
   out["field"] = categorical(field_.values, field_.codes);
-  out["field_indices"] = tuples(fieldIndices_.values, fieldIndices_.codes);
-  out["accessed_fields"] = tuples(accessed_.values, accessed_.codes);
-  out["sections"] = tuples(sections_.values, sections_.codes);
-  out["error"] = categorical(error_.values, error_.codes, true);
+  out["field_indices"] = categorical(fieldIndices_.values, fieldIndices_.codes);
+  out["accessed_fields"] = categorical(accessed_.values, accessed_.codes);
+  out["sections"] = categorical(sections_.values, sections_.codes);
+  // Messages of rows not checked are UTF-8 already.
+  out["error"] = categorical(error_.values, error_.codes, [](const std::string &text) { return py::str(text); });
   out["summary"] = py::dict(py::arg("records") = records_, py::arg("problems") = problems_,
                             py::arg("errors") = errorProblems_, py::arg("failed") = failed_);
   return out;

@@ -4,9 +4,8 @@
 // The texts of problems repeat from record to record (ids, texts, field
 // names, section trails), so each such column keeps the distinct values it
 // has met, in order of first appearance, and one code per row. finish()
-// makes each distinct value a Python object once: the text columns become
-// the codes and categories of a pandas Categorical, the list columns object
-// arrays whose rows share one tuple per distinct list. That keeps the frame
+// makes each distinct value a Python object once (a str, or a tuple for a
+// list), as the categories of a pandas Categorical. That keeps the frame
 // small to build, to ship between processes and to concatenate.
 //
 // Gathering runs without the GIL, on one thread at a time; finish() needs
@@ -66,11 +65,11 @@ class ProblemColumns {
   // A row that could not be checked; message in UTF-8.
   void addFailure(std::int64_t row, const std::string &message);
 
-  // The columns (GIL held): "row" (int64 array of labels), for each text
-  // column and "error" a pair (int32 codes, -1 for none; list of str
-  // categories), for "type" and "weight" a pair (int64 values, bool mask of
-  // missing ones), object arrays of tuples for the list columns, and
-  // "summary" (a dict of the counts records, problems, errors, failed).
+  // The columns (GIL held): "row" (int64 array of labels); for each text or
+  // list column and "error" a pair (int32 codes, -1 for none; list of the
+  // categories, str or tuple); for "type" and "weight" a pair (int64
+  // values, bool mask of missing ones); and "summary" (a dict of the counts
+  // records, problems, errors, failed).
   pybind11::dict finish() const;
 
  private:

@@ -80,19 +80,18 @@ class Checker:
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
 
 
-# Columns whose texts repeat from problem to problem: Categoricals.
-_TEXT_COLUMNS = ("id", "short_text", "long_text", "field", "error")
+# The values of these columns repeat from problem to problem: Categoricals
+# of texts, and of tuples for the lists.
+_CATEGORY_COLUMNS = ("id", "short_text", "long_text", "field", "field_indices", "accessed_fields", "sections",
+                     "error")
 _NUMBER_COLUMNS = ("type", "weight")
-# Columns of tuples, one shared by all rows that hold the same list.
-_LIST_COLUMNS = ("field_indices", "accessed_fields", "sections")
 
 
 def _empty_frame(index):
     """A problem frame without rows, with the index type of index."""
     import numpy as np
-    out = {name: (np.empty(0, np.int32), []) for name in _TEXT_COLUMNS}
+    out = {name: (np.empty(0, np.int32), []) for name in _CATEGORY_COLUMNS}
     out.update({name: (np.empty(0, np.int64), np.empty(0, bool)) for name in _NUMBER_COLUMNS})
-    out.update({name: np.empty(0, object) for name in _LIST_COLUMNS})
     out["summary"] = {"records": 0, "problems": 0, "errors": 0, "failed": 0}
     return _problem_frame(out, index[:0])
 
@@ -100,14 +99,13 @@ def _empty_frame(index):
 def _problem_frame(out, index):
     import pandas as pd
     columns = {}
-    for name in _TEXT_COLUMNS:
+    for name in _CATEGORY_COLUMNS:
         codes, categories = out[name]
-        columns[name] = pd.Categorical.from_codes(codes, categories=pd.Index(categories, dtype=object))
+        categories = pd.Index(categories, dtype=object, tupleize_cols=False)
+        columns[name] = pd.Categorical.from_codes(codes, categories=categories)
     for name in _NUMBER_COLUMNS:
         values, missing = out[name]
         columns[name] = pd.arrays.IntegerArray(values, missing)
-    for name in _LIST_COLUMNS:
-        columns[name] = out[name]
     frame = pd.DataFrame(columns, index=index, columns=PROBLEM_COLUMNS, copy=False)
     frame.attrs["summary"] = out["summary"]
     return frame
@@ -116,10 +114,11 @@ def _problem_frame(out, index):
 def check_frame(records, module, **options):
     """Checks every row of the records (columns named by hierarchy text) and
     gives a DataFrame of problems, one row per problem, indexed by the label
-    of the input row, with the columns PROBLEM_COLUMNS: id, short_text,
-    long_text, field and error are Categoricals (their texts repeat), type
-    and weight Int64, and field_indices, accessed_fields and sections hold
-    tuples, one shared by all rows with the same list.
+    of the input row, with the columns PROBLEM_COLUMNS. type and weight are
+    Int64; the others are Categoricals, since their values repeat from
+    problem to problem: texts, and for field_indices, accessed_fields and
+    sections tuples (frame["sections"].astype(object).explode() gives one
+    row per entry).
 
     records is a pandas DataFrame; or the path of a CSV file, read as
     quorel-check reads it (";" or "," between cells, Windows-1252, an empty
