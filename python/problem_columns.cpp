@@ -61,7 +61,7 @@ py::tuple categorical(const Dictionary<Key, Hash> &values, const std::vector<std
   return categorical(values, codes, [](const Key &key) { return pythonOf(key); });
 }
 
-py::tuple numbers(const std::vector<std::int64_t> &values, const std::vector<bool> &missing) {
+py::tuple numbers(const std::vector<std::int32_t> &values, const std::vector<bool> &missing) {
   return py::make_tuple(arrayOf(values), arrayOf(missing));
 }
 
@@ -88,7 +88,7 @@ void ProblemColumns::addProblem(std::int64_t row, const host::Problem &p) {
   rows_.push_back(row);
   error_.addNone();
   p.id ? id_.add(*p.id) : id_.addNone();
-  type_.add(static_cast<std::int64_t>(p.type));
+  type_.add(static_cast<std::int32_t>(p.type));
   weight_.add(p.weight);
   p.text ? shortText_.add(*p.text) : shortText_.addNone();
   p.details ? longText_.add(*p.details) : longText_.addNone();

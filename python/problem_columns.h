@@ -67,7 +67,7 @@ class ProblemColumns {
 
   // The columns (GIL held): "row" (int64 array of labels); for each text or
   // list column and "error" a pair (int32 codes, -1 for none; list of the
-  // categories, str or tuple); for "type" and "weight" a pair (int64
+  // categories, str or tuple); for "type" and "weight" a pair (int32
   // values, bool mask of missing ones); and "summary" (a dict of the counts
   // records, problems, errors, failed).
   pybind11::dict finish() const;
@@ -88,11 +88,12 @@ class ProblemColumns {
     std::vector<std::int32_t> codes;
     void add(const std::vector<T> &list) { codes.push_back(values.codeOf(list)); }
   };
-  // A column of whole numbers that may be missing.
+  // A column of whole numbers (32 bits, as the library gives them) that may
+  // be missing.
   struct Numbers {
-    std::vector<std::int64_t> values;
+    std::vector<std::int32_t> values;
     std::vector<bool> missing;
-    void add(std::int64_t number) {
+    void add(std::int32_t number) {
       values.push_back(number);
       missing.push_back(false);
     }

@@ -91,7 +91,7 @@ def _empty_frame(index):
     """A problem frame without rows, with the index type of index."""
     import numpy as np
     out = {name: (np.empty(0, np.int32), []) for name in _CATEGORY_COLUMNS}
-    out.update({name: (np.empty(0, np.int64), np.empty(0, bool)) for name in _NUMBER_COLUMNS})
+    out.update({name: (np.empty(0, np.int32), np.empty(0, bool)) for name in _NUMBER_COLUMNS})
     out["summary"] = {"records": 0, "problems": 0, "errors": 0, "failed": 0}
     return _problem_frame(out, index[:0])
 
@@ -115,7 +115,7 @@ def check_frame(records, module, **options):
     """Checks every row of the records (columns named by hierarchy text) and
     gives a DataFrame of problems, one row per problem, indexed by the label
     of the input row, with the columns PROBLEM_COLUMNS. type and weight are
-    Int64; the others are Categoricals, since their values repeat from
+    Int32; the others are Categoricals, since their values repeat from
     problem to problem: texts, and for field_indices, accessed_fields and
     sections tuples (frame["sections"].astype(object).explode() gives one
     row per entry).
