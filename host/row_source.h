@@ -1,6 +1,6 @@
 // RowSource: a table of rows whose columns are named by hierarchy text, the
-// form in which records and materials reach a host (a CSV file today; a
-// database table or query is another implementation of the same interface).
+// form in which records and materials reach a host: a CSV file, or a
+// database table or query.
 // Cells are Windows-1252 texts; an empty cell is an empty field.
 //
 // A source is read once, front to back, by one thread.
