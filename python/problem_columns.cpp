@@ -11,16 +11,18 @@ namespace python {
 
 namespace {
 
-template <typename T>
-py::array_t<T> arrayOf(const std::vector<T> &values) {
-  return py::array_t<T>(static_cast<py::ssize_t>(values.size()), values.data());
+// An array of type T of the values, each mapped by map.
+template <typename T, typename U, typename Map>
+py::array_t<T> arrayOf(const std::deque<U> &values, Map map) {
+  py::array_t<T> out(static_cast<py::ssize_t>(values.size()));
+  T *data = out.mutable_data();
+  for (const U &value : values) *data++ = static_cast<T>(map(value));
+  return out;
 }
 
-py::array_t<bool> arrayOf(const std::vector<bool> &values) {
-  py::array_t<bool> out(static_cast<py::ssize_t>(values.size()));
-  bool *data = out.mutable_data();
-  for (std::size_t i = 0; i < values.size(); ++i) data[i] = values[i];
-  return out;
+template <typename T>
+py::array_t<T> arrayOf(const std::deque<T> &values) {
+  return arrayOf<T>(values, [](T value) { return value; });
 }
 
 py::object pythonOf(std::int32_t index) { return py::int_(index); }
@@ -38,7 +40,7 @@ py::object pythonOf(const std::vector<T> &list) {
 // all become U+FFFD), and categories must be distinct, so codes are mapped
 // onto the distinct Python values.
 template <typename Key, typename Hash, typename Make>
-py::tuple categorical(const Dictionary<Key, Hash> &values, const std::vector<std::int32_t> &codes, Make make) {
+py::tuple categorical(const Dictionary<Key, Hash> &values, const std::deque<std::int32_t> &codes, Make make) {
   py::list categories;
   py::dict known;  // Python value -> its code
   std::vector<std::int32_t> remap;
@@ -50,18 +52,21 @@ py::tuple categorical(const Dictionary<Key, Hash> &values, const std::vector<std
     }
     remap.push_back(known[value].template cast<std::int32_t>());
   }
-  py::array_t<std::int32_t> out(static_cast<py::ssize_t>(codes.size()));
-  std::int32_t *data = out.mutable_data();
-  for (std::size_t i = 0; i < codes.size(); ++i) data[i] = codes[i] < 0 ? -1 : remap[codes[i]];
-  return py::make_tuple(out, categories);
+  auto code = [&remap](std::int32_t raw) { return raw < 0 ? -1 : remap[static_cast<std::size_t>(raw)]; };
+  // The integer type that pandas makes of codes for that many categories,
+  // so that it takes the array as it is.
+  std::size_t count = py::len(categories);
+  if (count < 127) return py::make_tuple(arrayOf<std::int8_t>(codes, code), categories);
+  if (count < 32767) return py::make_tuple(arrayOf<std::int16_t>(codes, code), categories);
+  return py::make_tuple(arrayOf<std::int32_t>(codes, code), categories);
 }
 
 template <typename Key, typename Hash>
-py::tuple categorical(const Dictionary<Key, Hash> &values, const std::vector<std::int32_t> &codes) {
+py::tuple categorical(const Dictionary<Key, Hash> &values, const std::deque<std::int32_t> &codes) {
   return categorical(values, codes, [](const Key &key) { return pythonOf(key); });
 }
 
-py::tuple numbers(const std::vector<std::int32_t> &values, const std::vector<bool> &missing) {
+py::tuple numbers(const std::deque<std::int32_t> &values, const std::deque<bool> &missing) {
   return py::make_tuple(arrayOf(values), arrayOf(missing));
 }
 

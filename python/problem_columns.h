@@ -8,6 +8,10 @@
 // list), as the categories of a pandas Categorical. That keeps the frame
 // small to build, to ship between processes and to concatenate.
 //
+// Columns grow in blocks (std::deque) rather than by doubling and copying:
+// a cluster's workers run with a low malloc trim threshold, under which
+// every large block is fresh memory, and each page of it costs a fault.
+//
 // Gathering runs without the GIL, on one thread at a time; finish() needs
 // the GIL.
 
@@ -15,6 +19,7 @@
 #define QUOREL_PYTHON_PROBLEM_COLUMNS_H_
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <string>
 #include <unordered_map>
@@ -66,10 +71,11 @@ class ProblemColumns {
   void addFailure(std::int64_t row, const std::string &message);
 
   // The columns (GIL held): "row" (int64 array of labels); for each text or
-  // list column and "error" a pair (int32 codes, -1 for none; list of the
-  // categories, str or tuple); for "type" and "weight" a pair (int32
-  // values, bool mask of missing ones); and "summary" (a dict of the counts
-  // records, problems, errors, failed).
+  // list column and "error" a pair (codes, -1 for none, in the integer type
+  // that pandas keeps for that many categories; list of the categories, str
+  // or tuple); for "type" and "weight" a pair (int32 values, bool mask of
+  // missing ones); and "summary" (a dict of the counts records, problems,
+  // errors, failed).
   pybind11::dict finish() const;
 
  private:
@@ -77,7 +83,7 @@ class ProblemColumns {
   // for the error messages, which are UTF-8 already.
   struct Texts {
     Dictionary<std::string> values;
-    std::vector<std::int32_t> codes;
+    std::deque<std::int32_t> codes;
     void add(const std::string &text) { codes.push_back(values.codeOf(text)); }
     void addNone() { codes.push_back(-1); }
   };
@@ -85,14 +91,14 @@ class ProblemColumns {
   template <typename T>
   struct Lists {
     Dictionary<std::vector<T>, ListHash<T>> values;
-    std::vector<std::int32_t> codes;
+    std::deque<std::int32_t> codes;
     void add(const std::vector<T> &list) { codes.push_back(values.codeOf(list)); }
   };
   // A column of whole numbers (32 bits, as the library gives them) that may
   // be missing.
   struct Numbers {
-    std::vector<std::int32_t> values;
-    std::vector<bool> missing;
+    std::deque<std::int32_t> values;
+    std::deque<bool> missing;
     void add(std::int32_t number) {
       values.push_back(number);
       missing.push_back(false);
@@ -107,7 +113,7 @@ class ProblemColumns {
   // An error row: no problem attributes, empty lists.
   void addErrorRow(std::int64_t row, const std::string &message);
 
-  std::vector<std::int64_t> rows_;
+  std::deque<std::int64_t> rows_;
   Texts id_, shortText_, longText_, field_, error_;
   Numbers type_, weight_;
   Lists<std::int32_t> fieldIndices_;

@@ -80,18 +80,16 @@ class Checker:
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
 
 
-# The values of these columns repeat from problem to problem: Categoricals
-# of texts, and of tuples for the lists.
-_CATEGORY_COLUMNS = ("id", "short_text", "long_text", "field", "field_indices", "accessed_fields", "sections",
-                     "error")
+# Columns of Int32; the values of all others repeat from problem to problem:
+# Categoricals of texts, and of tuples for the lists.
 _NUMBER_COLUMNS = ("type", "weight")
 
 
 def _empty_frame(index):
     """A problem frame without rows, with the index type of index."""
     import numpy as np
-    out = {name: (np.empty(0, np.int32), []) for name in _CATEGORY_COLUMNS}
-    out.update({name: (np.empty(0, np.int32), np.empty(0, bool)) for name in _NUMBER_COLUMNS})
+    out = {name: (np.empty(0, np.int32), np.empty(0, bool)) if name in _NUMBER_COLUMNS else (np.empty(0, np.int8), [])
+           for name in PROBLEM_COLUMNS}
     out["summary"] = {"records": 0, "problems": 0, "errors": 0, "failed": 0}
     return _problem_frame(out, index[:0])
 
@@ -99,14 +97,15 @@ def _empty_frame(index):
 def _problem_frame(out, index):
     import pandas as pd
     columns = {}
-    for name in _CATEGORY_COLUMNS:
-        codes, categories = out[name]
-        categories = pd.Index(categories, dtype=object, tupleize_cols=False)
-        columns[name] = pd.Categorical.from_codes(codes, categories=categories)
-    for name in _NUMBER_COLUMNS:
-        values, missing = out[name]
-        columns[name] = pd.arrays.IntegerArray(values, missing)
-    frame = pd.DataFrame(columns, index=index, columns=PROBLEM_COLUMNS, copy=False)
+    for name in PROBLEM_COLUMNS:  # a dict in column order: pandas takes it as it is
+        if name in _NUMBER_COLUMNS:
+            values, missing = out[name]
+            columns[name] = pd.arrays.IntegerArray(values, missing)
+        else:
+            codes, categories = out[name]
+            categories = pd.Index(categories, dtype=object, tupleize_cols=False)
+            columns[name] = pd.Categorical.from_codes(codes, categories=categories)
+    frame = pd.DataFrame(columns, index=index, copy=False)
     frame.attrs["summary"] = out["summary"]
     return frame
 
