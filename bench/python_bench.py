@@ -6,8 +6,11 @@
 Generates RECORDS applications (default 1 000 000) for the Antrag module in
 PARTITIONS CSV files, then times, on the same records:
   - quorel-check --jobs 2 against quorel.dask.check on a local cluster of two
-    worker processes, one thread each;
-  - quorel-check --jobs 1 against quorel.check_frame on the first 100 000.
+    worker processes, one thread each: on the CSV files, which the workers
+    read themselves, and on a Dask DataFrame from dask.dataframe.read_csv;
+  - quorel-check --jobs 1 against quorel.check_frame on the first 100 000,
+    as a CSV path and as a DataFrame from pandas.read_csv.
+Each check ends with all problems in a DataFrame of this process.
 """
 import glob
 import os
@@ -62,23 +65,29 @@ def main():
             return lambda: subprocess.run([check, "--jobs", str(jobs), "--material", "Gemeinden=" + gemeinden,
                                            library, "Antrag", path], stdout=subprocess.DEVNULL)
 
+        options = dict(flow="Pruefung", materials={"Gemeinden": gemeinden})
+        files = sorted(glob.glob(os.path.join(folder, "part-*.csv")))
         native2 = timed("quorel-check --jobs 2", records, native(2, whole))
         with LocalCluster(n_workers=2, threads_per_worker=1, host="127.0.0.1", processes=True) as cluster, \
-                Client(cluster):
-            ddf = dd.read_csv(sorted(glob.glob(os.path.join(folder, "part-*.csv"))), sep=";", dtype=str,
-                              encoding="cp1252", blocksize=None)
-            on_dask = timed("quorel.dask.check, 2 workers", records,
-                            lambda: quorel.dask.check(ddf, library, "Antrag", flow="Pruefung",
-                                                      materials={"Gemeinden": gemeinden}).compute())
-        print("dask / quorel-check --jobs 2: %.0f%%" % (100 * on_dask / native2))
+                Client(cluster) as client:
+            client.run(lambda: __import__("quorel"))  # the workers import the package once, untimed
+            on_files = timed("quorel.dask.check, CSV files, 2 workers", records,
+                             lambda: quorel.dask.check(files, library, "Antrag", **options).compute())
+            ddf = dd.read_csv(files, sep=";", dtype=str, encoding="cp1252", blocksize=None)
+            on_frames = timed("quorel.dask.check, read_csv, 2 workers", records,
+                              lambda: quorel.dask.check(ddf, library, "Antrag", **options).compute())
+        print("dask on CSV files / quorel-check --jobs 2: %.0f%%" % (100 * on_files / native2))
+        print("dask on read_csv / quorel-check --jobs 2: %.0f%%" % (100 * on_frames / native2))
 
         small = min(records, 100000)
         native1 = timed("quorel-check --jobs 1", small, native(1, first))
-        frame = pd.read_csv(first, sep=";", dtype=str, encoding="cp1252")
         module = quorel.RuleModule(library, "Antrag")
-        framed = timed("quorel.check_frame", small,
-                       lambda: quorel.check_frame(frame, module, flow="Pruefung", materials={"Gemeinden": gemeinden}))
-        print("per record: check_frame %.1f us, quorel-check --jobs 1 %.1f us" % (1e6 / framed, 1e6 / native1))
+        on_path = timed("quorel.check_frame, CSV path", small, lambda: quorel.check_frame(first, module, **options))
+        framed = timed("quorel.check_frame, pandas.read_csv", small,
+                       lambda: quorel.check_frame(pd.read_csv(first, sep=";", dtype=str, encoding="cp1252"), module,
+                                                  **options))
+        print("per record: check_frame %.1f us on a CSV path, %.1f us on a DataFrame; quorel-check --jobs 1 %.1f us"
+              % (1e6 / on_path, 1e6 / framed, 1e6 / native1))
 
 
 if __name__ == "__main__":

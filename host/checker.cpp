@@ -51,7 +51,6 @@ void Checker::configure(PlausiContext *context) {
 }
 
 void Checker::check(DataRecord *record, Outcome *outcome) {
-  outcome->problems.clear();
   outcome->failed = false;
   outcome->message.clear();
   {

@@ -5,32 +5,49 @@ namespace host {
 
 namespace {
 
-std::optional<std::string> textOf(const char *text) {
-  return text != nullptr ? std::optional<std::string>(text) : std::nullopt;
+void assign(std::optional<std::string> *target, const char *text) {
+  if (text == nullptr) {
+    target->reset();
+  } else if (*target) {
+    (*target)->assign(text);
+  } else {
+    target->emplace(text);
+  }
 }
 
-std::string hierarchyOf(FieldDescriptor *field) { return field != nullptr ? field->getHierarchyText() : ""; }
+void assignHierarchy(std::string *target, FieldDescriptor *field) {
+  target->clear();
+  if (field != nullptr) field->appendHierarchyText(target);
+}
 
 }  // namespace
 
 void collectProblems(const PlausiContext &context, std::vector<Problem> *problems) {
+  // Runs follow each other by the thousand: the problems of the former run
+  // lend their memory to those of this one.
+  problems->resize(static_cast<std::size_t>(context.getNumOfProblems()));
   for (std::int32_t i = 0; i < context.getNumOfProblems(); ++i) {
     const PlausiProblem &p = *context.getProblem(i);
-    Problem problem;
-    problem.id = textOf(p.getId());
+    Problem &problem = (*problems)[static_cast<std::size_t>(i)];
+    assign(&problem.id, p.getId());
     problem.type = p.getType();
     problem.weight = p.getWeight();
-    problem.text = textOf(p.getShortDescription());
-    problem.details = textOf(p.getLongDescription());
-    problem.field = hierarchyOf(p.getReferenceField());
+    assign(&problem.text, p.getShortDescription());
+    assign(&problem.details, p.getLongDescription());
+    assignHierarchy(&problem.field, p.getReferenceField());
+    problem.fieldIndices.clear();
     for (const std::int32_t *index = p.getReferenceFieldIndices(); index != nullptr && *index >= 0; ++index) {
       problem.fieldIndices.push_back(*index);
     }
+    problem.accessed.resize(static_cast<std::size_t>(p.getNumOfAccessedFields()));
     for (std::int32_t f = 0; f < p.getNumOfAccessedFields(); ++f) {
-      problem.accessed.push_back(hierarchyOf(p.getAccessedField(f)));
+      assignHierarchy(&problem.accessed[static_cast<std::size_t>(f)], p.getAccessedField(f));
     }
-    for (std::int32_t s = 0; s < p.getNumOfPlausiSections(); ++s) problem.sections.push_back(p.getPlausiSection(s));
-    problems->push_back(std::move(problem));
+    problem.sections.resize(static_cast<std::size_t>(p.getNumOfPlausiSections()));
+    for (std::int32_t s = 0; s < p.getNumOfPlausiSections(); ++s) {
+      const char *name = p.getPlausiSection(s);  // null for a section opened without a name
+      problem.sections[static_cast<std::size_t>(s)].assign(name != nullptr ? name : "");
+    }
   }
 }
 

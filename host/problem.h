@@ -31,7 +31,7 @@ struct Problem {
   std::vector<std::string> sections;
 };
 
-// Appends every problem of the context, in order.
+// Sets *problems to every problem of the context, in order.
 void collectProblems(const PlausiContext &context, std::vector<Problem> *problems);
 
 }  // namespace host

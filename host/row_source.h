@@ -1,6 +1,6 @@
 // RowSource: a table of rows whose columns are named by hierarchy text, the
-// form in which records and materials reach a host (a CSV file today; a
-// database table or query is another implementation of the same interface).
+// form in which records and materials reach a host: a CSV file, or a
+// database table or query.
 // Cells are Windows-1252 texts; an empty cell is an empty field.
 //
 // A source is read once, front to back, by one thread.
@@ -36,6 +36,9 @@ class RowSource {
   virtual bool next(Row *row) = 0;
   // The source's name in messages (a file name).
   virtual const std::string &name() const = 0;
+  // Whether the rows ended on a failure of the source (a lost connection):
+  // the last row that next() gave carries it instead of cells.
+  virtual bool failed() const { return false; }
 };
 
 }  // namespace host

@@ -12,6 +12,7 @@
 // so a Checker keeps one host::Checker per thread that calls it.
 
 #include <cmath>
+#include <cstring>
 #include <ctime>
 #include <memory>
 #include <mutex>
@@ -37,6 +38,8 @@
 #include "quorel/host/record_layout.h"
 #include "quorel/host/sql/sql_source.h"
 #include "quorel/host/table_material_access.h"
+#include "cells.h"
+#include "problem_columns.h"
 #ifdef QUOREL_HOST_SQL
 #include "quorel/host/sql/sql_material_access.h"
 #include "quorel/host/sql/sql_row_source.h"
@@ -47,13 +50,6 @@ namespace py = pybind11;
 namespace quorel {
 namespace python {
 namespace {
-
-// A record or material cell that cannot become a field value: the text names
-// the field. check() raises it as RecordError, check_frame makes the row an
-// error row.
-struct CellError {
-  std::string message;
-};
 
 py::object recordErrorType;
 py::object plausiErrorType;
@@ -122,96 +118,6 @@ py::object decode(const std::optional<std::string> &text) {
   return text ? py::object(decode(text->c_str())) : py::object(py::none());
 }
 
-// Windows-1252 bytes of a str; what names the text in the message otherwise.
-std::string encode(const py::handle &text, const std::string &what) {
-  Py_ssize_t size = 0;
-  const char *utf8 = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
-  if (utf8 == nullptr) throw py::error_already_set();
-  std::string out;
-  std::size_t offset = 0;
-  if (!host::fromUtf8(std::string_view(utf8, static_cast<std::size_t>(size)), &out, &offset)) {
-    std::size_t position = 0;  // in characters, as Python counts
-    for (std::size_t i = 0; i < offset; ++i) position += (utf8[i] & 0xC0) != 0x80 ? 1 : 0;
-    throw CellError{what + ": the character at position " + std::to_string(position) + " is not in Windows-1252"};
-  }
-  return out;
-}
-
-// An empty field: None, NaN, pandas' missing values, and the empty text (an
-// empty cell, as in a table).
-bool isMissing(const py::handle &cell) {
-  if (cell.is_none()) return true;
-  if (PyUnicode_Check(cell.ptr())) return PyUnicode_GET_LENGTH(cell.ptr()) == 0;
-  if (PyFloat_Check(cell.ptr())) return std::isnan(PyFloat_AS_DOUBLE(cell.ptr()));
-  static py::object missing = py::module_::import("pandas").attr("isna");
-  // pandas.NA, NaT and numpy's not-a-number scalars.
-  return !py::isinstance<py::str>(cell) && !py::isinstance<py::int_>(cell) && missing(cell).cast<bool>();
-}
-
-bool isDate(const py::handle &cell) {
-  static py::object date = py::module_::import("datetime").attr("date");
-  return py::isinstance(cell, date);
-}
-
-std::string germanDate(const py::handle &cell) { return cell.attr("strftime")("%d.%m.%Y").cast<std::string>(); }
-
-// A column of records, with what every cell of it needs worked out once: the
-// field name (Windows-1252), the same for messages (UTF-8), and the array
-// whose size it gives, for a '#' column.
-struct Column {
-  explicit Column(std::string text)
-      : name(std::move(text)), utf8(host::toUtf8(name.c_str())), array(host::RecordLayout::arrayOf(name)) {}
-  std::string name;
-  std::string utf8;
-  std::string array;
-};
-
-// Sets one cell of a record, as a table cell of that column would.
-void setCell(SimpleDataRecord *record, const Column &at, const py::handle &cell) {
-  if (isMissing(cell)) return;
-  const std::string &column = at.name;
-  const std::string &array = at.array;
-  const std::string &field = at.utf8;
-  if (!array.empty()) {
-    std::int64_t size = -1;
-    std::string text = py::str(cell).cast<std::string>();
-    if (PyBool_Check(cell.ptr()) == 0 && PyLong_Check(cell.ptr())) {
-      size = cell.cast<std::int64_t>();
-    } else if (PyFloat_Check(cell.ptr()) && std::floor(cell.cast<double>()) == cell.cast<double>()) {
-      size = static_cast<std::int64_t>(cell.cast<double>());
-    } else if (py::isinstance<py::str>(cell)) {
-      try {
-        size = std::stoll(text);
-        if (std::to_string(size) != text) size = -1;
-      } catch (const std::exception &) {
-        size = -1;
-      }
-    }
-    std::string error;
-    if (size > host::kMaxArraySize) size = -1;
-    if (!host::RecordLayout::setSize(array, size, encode(py::str(text), field), record, &error)) {
-      throw CellError{host::toUtf8(error.c_str())};
-    }
-    return;
-  }
-  if (PyBool_Check(cell.ptr())) {
-    record->setValue(column.c_str(), cell.cast<bool>() ? "WAHR" : "FALSCH");
-  } else if (py::isinstance<py::int_>(cell)) {
-    record->setValue(column.c_str(), cell.cast<std::int64_t>());
-  } else if (py::isinstance<py::float_>(cell)) {
-    record->setValue(column.c_str(), cell.cast<double>());
-  } else if (py::isinstance<py::str>(cell)) {
-    record->setValue(column.c_str(), encode(cell, field).c_str());
-  } else if (isDate(cell)) {
-    record->setValue(column.c_str(), germanDate(cell).c_str());
-  } else if (py::hasattr(cell, "item") && py::hasattr(cell, "dtype")) {
-    setCell(record, at, cell.attr("item")());  // a numpy scalar
-  } else {
-    throw CellError{field + ": a value of type " + py::str(py::type::of(cell).attr("__name__")).cast<std::string>() +
-                    " cannot be a field"};
-  }
-}
-
 std::string columnName(const py::handle &name) {
   if (!py::isinstance<py::str>(name)) throw py::type_error("field names must be str");
   try {
@@ -224,7 +130,7 @@ std::string columnName(const py::handle &name) {
 // A record from a mapping of hierarchy texts to values; the texts (Windows-1252)
 // into *fields when that is given.
 std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping, std::vector<std::string> *fields = nullptr) {
-  static py::object mappingType = py::module_::import("collections.abc").attr("Mapping");
+  static py::handle mappingType = py::object(py::module_::import("collections.abc").attr("Mapping")).release();
   if (!py::isinstance(mapping, mappingType)) {
     throw py::type_error("a record must be a mapping of field names to values, not " +
                          py::str(py::type::of(mapping).attr("__name__")).cast<std::string>());
@@ -233,7 +139,7 @@ std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping, std::vecto
   for (const auto &item : py::reinterpret_borrow<py::object>(mapping).attr("items")()) {
     py::tuple pair = py::reinterpret_borrow<py::tuple>(item);
     std::string field = columnName(pair[0]);
-    setCell(record.get(), Column(field), pair[1]);
+    setCell(Column(field), pair[1], record.get());
     if (fields != nullptr) fields->push_back(std::move(field));
   }
   return record;
@@ -439,43 +345,113 @@ class Checker {
   }
 
   // Checks the rows of columns (lists of equal length) and gives the columns
-  // of the problem frame: row (position of the input row) and one list per
-  // problem attribute, with an error row for a row not checked.
+  // of the problem frame (see ProblemColumns), labelled by the position of
+  // the input row. The cells of a chunk of rows are read with the GIL; then
+  // each row becomes a record and is checked without it.
   py::dict checkColumns(const py::list &names, const py::list &columns) {
     std::vector<std::string> fields;
     for (const auto &name : names) fields.push_back(columnName(name));
     reportColumns(fields);
-    std::vector<Column> cells(fields.begin(), fields.end());
+    std::vector<Column> at(fields.begin(), fields.end());
     std::size_t rows = columns.empty() ? 0 : py::len(columns[0]);
-    Frame frame;
-    Chunk chunk;
+    std::vector<PyObject *> lists;
+    for (const auto &column : columns) {
+      if (!PyList_Check(column.ptr()) || py::len(column) != rows) {
+        throw py::value_error("columns must be lists of equal length");
+      }
+      lists.push_back(column.ptr());
+    }
+    const std::size_t width = at.size();
+    ProblemColumns frame;
+    std::vector<Cell> cells(kChunk * width);
+    // For each row of the chunk, the column whose cell could not be read
+    // (width when all could) and why.
+    std::vector<std::size_t> unread(kChunk);
+    std::vector<std::string> reasons(kChunk);
     for (std::size_t first = 0; first < rows; first += kChunk) {
-      chunk.clear();
-      for (std::size_t row = first; row < std::min(first + kChunk, rows); ++row) {
-        auto record = std::make_unique<SimpleDataRecord>();
+      std::size_t count = std::min(kChunk, rows - first);
+      for (std::size_t r = 0; r < count; ++r) {
+        auto row = static_cast<Py_ssize_t>(first + r);
+        std::size_t c = 0;
         try {
-          for (std::size_t c = 0; c < cells.size(); ++c) {
-            setCell(record.get(), cells[c], py::reinterpret_borrow<py::list>(columns[c])[row]);
-          }
-          chunk.add(static_cast<std::int64_t>(row), std::move(record), std::string());
+          for (; c < width; ++c) readCell(at[c], PyList_GET_ITEM(lists[c], row), &cells[r * width + c]);
         } catch (const CellError &e) {
-          chunk.add(static_cast<std::int64_t>(row), nullptr, e.message);
+          reasons[r] = e.message;
+        }
+        unread[r] = c;
+      }
+      py::gil_scoped_release release;
+      host::Outcome outcome;
+      for (std::size_t r = 0; r < count; ++r) {
+        // The cells before an unread one go in first, as their failures come first.
+        SimpleDataRecord record;
+        std::string error;
+        std::size_t c = 0;
+        while (c < unread[r] && putCell(at[c], cells[r * width + c], &record, &error)) ++c;
+        if (c == width) {
+          checkRecord(static_cast<std::int64_t>(first + r), &record, &outcome, &frame);
+        } else {
+          frame.addFailure(static_cast<std::int64_t>(first + r), c < unread[r] ? error : reasons[r]);
         }
       }
-      {
-        py::gil_scoped_release release;
-        runChunk(&chunk);
-      }
-      frame.take(chunk);
     }
     return frame.finish();
   }
 
-  // The same for the rows of a database source (a connection string), rows
-  // [offset, offset + limit) of it (all from offset when limit < 0); row is
-  // the row's number in the source, counted from 0. Raises DatabaseError
-  // when the source cannot be read.
+  // The same for the rows of a CSV file or a database source (a connection
+  // string), rows [offset, offset + limit) of a database (all from offset
+  // when limit < 0; a file is read whole), labelled by the row's number in
+  // the source from 0. Raises ValueError for a file and DatabaseError for a
+  // database that cannot be read.
   py::dict checkSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
+    std::unique_ptr<host::RowSource> rows;
+    std::string message;
+    if (host::SqlSource::names(text)) {
+      rows = openDatabase(text, offset, limit);
+    } else {
+      offset = 0;
+      {
+        py::gil_scoped_release release;
+        rows = host::CsvRowSource::open(text, &message);
+      }
+      if (rows == nullptr) throw py::value_error(message);
+    }
+    reportColumns(rows->columns());
+    host::RecordLayout layout(rows->columns());
+    ProblemColumns frame;
+    host::Row row;
+    bool failed = false;
+    {
+      py::gil_scoped_release release;
+      host::Outcome outcome;
+      for (std::int64_t label = offset; rows->next(&row) && !(failed = rows->failed()); ++label) {
+        SimpleDataRecord record;
+        std::string error = row.error;
+        if (error.empty() && layout.fill(row.cells, &record, &error)) {
+          checkRecord(label, &record, &outcome, &frame);
+        } else {
+          frame.addFailure(label, host::toUtf8(error.c_str()));
+        }
+      }
+    }
+    if (failed) raiseDatabaseError("cannot read " + rows->name() + ": " + host::toUtf8(row.error.c_str()));
+    return frame.finish();
+  }
+
+ private:
+  // Rows of a DataFrame are read from Python in chunks of this many.
+  static constexpr std::size_t kChunk = 1024;
+
+  // Checks a record into the frame; without the GIL.
+  void checkRecord(std::int64_t label, SimpleDataRecord *record, host::Outcome *outcome, ProblemColumns *frame) {
+    run(record, outcome);
+    frame->addOutcome(label, *outcome);
+  }
+
+  // Opens rows [offset, offset + limit) of a database source; raises
+  // DatabaseError when it cannot be read.
+  static std::unique_ptr<host::RowSource> openDatabase(const std::string &text, std::int64_t offset,
+                                                       std::int64_t limit) {
 #ifndef QUOREL_HOST_SQL
     static_cast<void>(offset);
     static_cast<void>(limit);
@@ -492,149 +468,9 @@ class Checker {
       rows = host::SqlRowSource::open(source, &message, options);
     }
     if (rows == nullptr) raiseDatabaseError(message);
-    reportColumns(rows->columns());
-    host::RecordLayout layout(rows->columns());
-    Frame frame;
-    Chunk chunk;
-    host::Row row;
-    for (bool more = true; more;) {
-      {
-        py::gil_scoped_release release;
-        chunk.clear();
-        while (chunk.size() < kChunk && (more = rows->next(&row)) && !rows->failed()) {
-          auto record = std::make_unique<SimpleDataRecord>();
-          std::string error = row.error;
-          if (error.empty() && layout.fill(row.cells, record.get(), &error)) {
-            chunk.add(offset + row.position - 1, std::move(record), std::string());
-          } else {
-            chunk.add(offset + row.position - 1, nullptr, host::toUtf8(error.c_str()));
-          }
-        }
-        if (!rows->failed()) runChunk(&chunk);
-      }
-      if (rows->failed()) raiseDatabaseError("cannot read " + rows->name() + ": " + host::toUtf8(row.error.c_str()));
-      frame.take(chunk);
-    }
-    return frame.finish();
+    return rows;
 #endif
   }
-
- private:
-  // Rows are checked in chunks: the GIL is held while a chunk's records are
-  // made and its problems become Python objects, and released while its
-  // rules run.
-  static constexpr std::size_t kChunk = 2048;
-
-  // A chunk of rows: each row's label, its record or (null) why the row
-  // could not become one (UTF-8), and what checking the record gave.
-  struct Chunk {
-    std::vector<std::int64_t> labels;
-    std::vector<std::unique_ptr<SimpleDataRecord>> records;
-    std::vector<std::string> errors;
-    std::vector<host::Outcome> outcomes;
-
-    std::size_t size() const { return labels.size(); }
-    void clear() {
-      labels.clear();
-      records.clear();
-      errors.clear();
-    }
-    void add(std::int64_t label, std::unique_ptr<SimpleDataRecord> record, std::string error) {
-      labels.push_back(label);
-      records.push_back(std::move(record));
-      errors.push_back(std::move(error));
-    }
-  };
-
-  // Runs the chunk's records; without the GIL.
-  void runChunk(Chunk *chunk) {
-    chunk->outcomes.assign(chunk->size(), host::Outcome());
-    for (std::size_t r = 0; r < chunk->size(); ++r) {
-      if (chunk->records[r] != nullptr) run(chunk->records[r].get(), &chunk->outcomes[r]);
-    }
-  }
-
-  // The columns of a problem frame as they grow.
-  struct Frame {
-    py::list row, id, type, weight, shortText, longText, field, fieldIndices, accessed, sections, error;
-    std::int64_t records = 0, problems = 0, errors = 0, failed = 0;
-    std::unordered_map<std::string, py::object> texts;
-
-    // The rows of a chunk that has run.
-    void take(const Chunk &chunk) {
-      for (std::size_t r = 0; r < chunk.size(); ++r) {
-        std::int64_t label = chunk.labels[r];
-        records += 1;
-        if (chunk.records[r] == nullptr) {
-          fail(label, chunk.errors[r]);
-          continue;
-        }
-        const host::Outcome &outcome = chunk.outcomes[r];
-        if (outcome.failed) {
-          fail(label, "Ausnahme " + std::to_string(outcome.exceptionType) + ": " +
-                          host::toUtf8(outcome.message.c_str()));
-        }
-        for (const host::Problem &problem : outcome.problems) add(label, problem);
-        errors += outcome.errors;
-      }
-    }
-    void add(std::int64_t at, const host::Problem &p) {
-      row.append(at);
-      id.append(decoded(p.id));
-      type.append(static_cast<int>(p.type));
-      weight.append(p.weight);
-      shortText.append(decoded(p.text));
-      longText.append(decoded(p.details));
-      field.append(p.field.empty() ? py::object(py::none()) : decoded(p.field));
-      fieldIndices.append(py::cast(p.fieldIndices));
-      accessed.append(decodedList(p.accessed));
-      sections.append(decodedList(p.sections));
-      error.append(py::none());
-      ++problems;
-    }
-    void fail(std::int64_t at, const std::string &message) {
-      row.append(at);
-      for (py::list *column : {&id, &type, &weight, &shortText, &longText, &field}) column->append(py::none());
-      fieldIndices.append(py::list());
-      accessed.append(py::list());
-      sections.append(py::list());
-      error.append(py::str(message));
-      ++failed;
-    }
-    // The texts of problems repeat from record to record (ids, texts, field
-    // names, sections): each is decoded once, and its Python text shared.
-    py::object decoded(const std::string &text) {
-      auto known = texts.find(text);
-      if (known == texts.end()) known = texts.emplace(text, decode(text.c_str())).first;
-      return known->second;
-    }
-    py::object decoded(const std::optional<std::string> &text) {
-      return text ? decoded(*text) : py::object(py::none());
-    }
-    py::list decodedList(const std::vector<std::string> &list) {
-      py::list out(list.size());
-      for (std::size_t i = 0; i < list.size(); ++i) out[i] = decoded(list[i]);
-      return out;
-    }
-
-    py::dict finish() {
-      py::dict out;
-      out["row"] = row;
-      out["id"] = id;
-      out["type"] = type;
-      out["weight"] = weight;
-      out["short_text"] = shortText;
-      out["long_text"] = longText;
-      out["field"] = field;
-      out["field_indices"] = fieldIndices;
-      out["accessed_fields"] = accessed;
-      out["sections"] = sections;
-      out["error"] = error;
-      out["summary"] = py::dict(py::arg("records") = records, py::arg("problems") = problems,
-                                py::arg("errors") = errors, py::arg("failed") = failed);
-      return out;
-    }
-  };
 
   // Reports the columns that name nothing the module reads: each with a
   // ColumnWarning the first time this checker meets it, or all of them with
@@ -669,8 +505,8 @@ class Checker {
   void addMaterial(const py::handle &key, const py::handle &material) {
     std::string name = columnName(key);
     std::string shown = "material " + host::toUtf8(name.c_str()) + ": ";
-    static py::object frameType = py::module_::import("pandas").attr("DataFrame");
-    static py::object pathType = py::module_::import("os").attr("PathLike");
+    static py::handle frameType = py::object(py::module_::import("pandas").attr("DataFrame")).release();
+    static py::handle pathType = py::object(py::module_::import("os").attr("PathLike")).release();
     if (py::isinstance<py::str>(material) && host::SqlSource::names(material.cast<std::string>())) {
       host::SqlSource source = sourceOf(material.cast<std::string>(), shown);
 #ifdef QUOREL_HOST_SQL
@@ -706,7 +542,7 @@ class Checker {
       auto record = std::make_unique<SimpleDataRecord>();
       for (std::size_t c = 0; c < fields.size(); ++c) {
         try {
-          setCell(record.get(), fields[c], py::reinterpret_borrow<py::list>(columns[c])[r]);
+          setCell(fields[c], py::reinterpret_borrow<py::list>(columns[c])[r], record.get());
         } catch (const CellError &e) {
           throw py::value_error(shown + "row " + std::to_string(r) + ": " + e.message);
         }
@@ -797,6 +633,8 @@ PYBIND11_MODULE(_quorel, m) {
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"))
       .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"));
   m.def("_count_rows", &countRows, py::arg("source"));
+  // Whether a text is a connection string rather than a file's path.
+  m.def("_names_database", &quorel::host::SqlSource::names, py::arg("text"));
   // The kinds of database this build reads.
   py::list databases;
 #ifdef QUOREL_HOST_SQL

@@ -50,9 +50,7 @@ class SqlRowSource : public RowSource {
   const std::vector<std::string> &columns() const override { return columns_; }
   bool next(Row *row) override;
   const std::string &name() const override { return name_; }
-  // Whether the rows ended on a failure of the database: the last row that
-  // next() gave carries it instead of cells.
-  bool failed() const { return failed_; }
+  bool failed() const override { return failed_; }
 
  private:
   SqlRowSource() = default;

@@ -6,6 +6,8 @@
 ...                               materials={"Gemeinden": "sqlite:register.db?table=gemeinden"})
 """
 
+import os
+
 from ._errors import ColumnWarning, DatabaseError, PlausiError, RecordError
 from . import _quorel
 from ._quorel import Problem, Result, RuleModule
@@ -55,13 +57,13 @@ class Checker:
         return self._engine.check(record)
 
     def check_frame(self, records):
-        """The problems of every row of a DataFrame or a database source;
-        see check_frame."""
+        """The problems of every row of a DataFrame, a CSV file or a
+        database source; see check_frame."""
         import pandas as pd
-        if isinstance(records, str):
-            return self._check_rows(records, 0, -1)
+        if isinstance(records, (str, os.PathLike)):
+            return self._check_rows(os.fspath(records), 0, -1)
         if not isinstance(records, pd.DataFrame):
-            raise TypeError("records must be a pandas DataFrame or a connection string, not %s"
+            raise TypeError("records must be a pandas DataFrame, a CSV path or a connection string, not %s"
                             % type(records).__name__)
         names = [str(c) for c in records.columns]
         columns = [records[c].tolist() for c in records.columns]
@@ -71,18 +73,39 @@ class Checker:
 
     def _check_rows(self, source, offset, limit):
         """The problems of rows [offset, offset + limit) of a database source
-        (to its end when limit < 0), labelled by row number."""
+        (to its end when limit < 0), or of a whole CSV file, labelled by row
+        number."""
         import pandas as pd
         out = self._engine._check_source(source, int(offset), int(limit))
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
 
 
+# Columns of Int32; the values of all others repeat from problem to problem:
+# Categoricals of texts, and of tuples for the lists.
+_NUMBER_COLUMNS = ("type", "weight")
+
+
+def _empty_frame(index):
+    """A problem frame without rows, with the index type of index."""
+    import numpy as np
+    out = {name: (np.empty(0, np.int32), np.empty(0, bool)) if name in _NUMBER_COLUMNS else (np.empty(0, np.int8), [])
+           for name in PROBLEM_COLUMNS}
+    out["summary"] = {"records": 0, "problems": 0, "errors": 0, "failed": 0}
+    return _problem_frame(out, index[:0])
+
+
 def _problem_frame(out, index):
     import pandas as pd
-    frame = pd.DataFrame({c: pd.Series(out[c], dtype=object) for c in PROBLEM_COLUMNS})
-    for column in ("type", "weight"):
-        frame[column] = pd.array(out[column], dtype="Int64")
-    frame.index = index
+    columns = {}
+    for name in PROBLEM_COLUMNS:  # a dict in column order: pandas takes it as it is
+        if name in _NUMBER_COLUMNS:
+            values, missing = out[name]
+            columns[name] = pd.arrays.IntegerArray(values, missing)
+        else:
+            codes, categories = out[name]
+            categories = pd.Index(categories, dtype=object, tupleize_cols=False)
+            columns[name] = pd.Categorical.from_codes(codes, categories=categories)
+    frame = pd.DataFrame(columns, index=index, copy=False)
     frame.attrs["summary"] = out["summary"]
     return frame
 
@@ -90,9 +113,16 @@ def _problem_frame(out, index):
 def check_frame(records, module, **options):
     """Checks every row of the records (columns named by hierarchy text) and
     gives a DataFrame of problems, one row per problem, indexed by the label
-    of the input row, with the columns PROBLEM_COLUMNS.
+    of the input row, with the columns PROBLEM_COLUMNS. type and weight are
+    Int32; the others are Categoricals, since their values repeat from
+    problem to problem: texts, and for field_indices, accessed_fields and
+    sections tuples (frame["sections"].astype(object).explode() gives one
+    row per entry).
 
-    records is a pandas DataFrame or a database source, a connection string:
+    records is a pandas DataFrame; or the path of a CSV file, read as
+    quorel-check reads it (";" or "," between cells, Windows-1252, an empty
+    cell an empty field) and labelled by row number from 0 (ValueError when
+    it cannot be opened); or a database source, a connection string:
     sqlite:FILE?table=T or postgresql://user@host/db?table=T, or ?query=SELECT
     ... instead of table= (parameters percent-encoded; order=A,B orders a
     table's rows, else its primary key does). The rows of a database are

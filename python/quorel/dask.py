@@ -1,8 +1,9 @@
-"""Distributed checking of Dask DataFrames and database tables.
+"""Distributed checking of Dask DataFrames, CSV files and database tables.
 
-check() maps every partition to its problem frame; a database source (a
-connection string) is split into slices of rows that each worker reads for
-itself. Each worker process
+check() maps every partition to its problem frame; CSV files are read by the
+workers themselves, a file a partition, and a database source (a connection
+string) is split into slices of rows that each worker reads for itself.
+Each worker process
 loads the rule module once (its threads get a rule set each behind the
 scenes) and loads the materials once: from a path that every worker can
 reach, or from a DataFrame scattered once to all workers
@@ -10,6 +11,8 @@ reach, or from a DataFrame scattered once to all workers
 cluster and with Dask's local schedulers; progress shows through Dask's
 own progress bars (dask.diagnostics.ProgressBar, distributed.progress).
 """
+import glob
+import os
 import threading
 
 import dask
@@ -44,11 +47,8 @@ def _check_slice(source, offset, limit, key, library_path, module_name, options,
 
 
 def _meta(index):
-    frame = pd.DataFrame({c: pd.Series([], dtype=object) for c in quorel.PROBLEM_COLUMNS})
-    for column in ("type", "weight"):
-        frame[column] = frame[column].astype("Int64")
-    frame.index = index[:0]
-    return frame
+    # Each partition has categories of its own.
+    return dd.utils.clear_known_categories(quorel._empty_frame(index))
 
 
 # Rows per slice of a database source when npartitions is not given.
@@ -66,6 +66,11 @@ def check(records, library_path, module_name, materials=None, npartitions=None, 
     and limit in the source's order; labels are row numbers as check_frame
     gives them. The source must be reachable from here and from every worker
     and keep its rows while they are read; a query should order its rows.
+    records may also be CSV files: a glob pattern (expanded here), a path or
+    a list of paths, each file reachable by every worker at that path. Each
+    file is one partition, read by a worker with quorel's own CSV reader
+    (as quorel.check_frame reads a CSV path) and labelled by row number from
+    0, as dask.dataframe.read_csv(files, blocksize=None) labels its rows.
     materials: {name: CSV path or connection string reachable by every
     worker, pandas DataFrame, or a Future of a scattered DataFrame}; the
     other options are those of quorel.Checker."""
@@ -78,12 +83,40 @@ def check(records, library_path, module_name, materials=None, npartitions=None, 
     token = dask.base.tokenize(library_path, module_name, sorted(options.items()), names,
                                [getattr(v, "key", v) if not isinstance(v, pd.DataFrame) else dask.base.tokenize(v)
                                 for v in values])
-    if isinstance(records, str):
+    if isinstance(records, str) and quorel._quorel._names_database(records):
         return _check_source(records, npartitions, token, library_path, module_name, options, names, values)
+    if isinstance(records, (str, os.PathLike, list, tuple)):
+        return _check_files(_files(records), token, library_path, module_name, options, names, values)
     if not isinstance(records, dd.DataFrame):
-        raise TypeError("records must be a dask.dataframe.DataFrame or a connection string")
+        raise TypeError("records must be a dask.dataframe.DataFrame, CSV files or a connection string")
     return records.map_partitions(_check_partition, token, library_path, module_name, options, names, *values,
                                   meta=_meta(records._meta.index), align_dataframes=False)
+
+
+def _files(records):
+    """The CSV files that records name, in order."""
+    if isinstance(records, (list, tuple)):
+        files = [os.fspath(f) for f in records]
+    elif isinstance(records, str) and glob.has_magic(records):
+        files = sorted(glob.glob(records))
+    else:
+        files = [os.fspath(records)]
+    if not files:
+        raise FileNotFoundError("no CSV file matches %s" % records)
+    return files
+
+
+def _shipped(values):
+    """The materials as task arguments: a DataFrame goes into the graph
+    once, whatever the number of tasks."""
+    return [dask.delayed(v, pure=True) if isinstance(v, pd.DataFrame) else v for v in values]
+
+
+def _check_files(files, token, library_path, module_name, options, names, values):
+    check_file = dask.delayed(_check_slice, pure=True)
+    values = _shipped(values)
+    parts = [check_file(f, 0, -1, token, library_path, module_name, options, names, *values) for f in files]
+    return dd.from_delayed(parts, meta=_meta(pd.Index([], dtype="int64")), verify_meta=False)
 
 
 def _check_source(source, npartitions, token, library_path, module_name, options, names, values):
@@ -93,8 +126,7 @@ def _check_source(source, npartitions, token, library_path, module_name, options
     npartitions = max(1, min(int(npartitions), rows))
     offsets = [rows * i // npartitions for i in range(npartitions + 1)]
     check_slice = dask.delayed(_check_slice, pure=True)
-    # A DataFrame goes into the graph once, whatever the number of slices.
-    values = [dask.delayed(v, pure=True) if isinstance(v, pd.DataFrame) else v for v in values]
+    values = _shipped(values)
     parts = [check_slice(source, first, end - first, token, library_path, module_name, options, names, *values)
              for first, end in zip(offsets, offsets[1:])]
     # Each slice holds the labels from its offset on; the last label is rows - 1.

@@ -27,11 +27,37 @@ def test_frame_gives_the_problems_of_the_command_line_tool(module, antraege, gem
         assert label == want["line"] - 2
         assert (row["id"], row["type"], row["weight"]) == (want["id"], want["type"], want["weight"])
         assert (row["short_text"], row["long_text"]) == (want["text"], want["details"])
-        assert row["field"] == want["field"]
-        assert row["accessed_fields"] == want["accessed"]
-        assert row["sections"] == want["sections"]
-        assert row["error"] is None
+        assert (None if pd.isna(row["field"]) else row["field"]) == want["field"]
+        assert row["accessed_fields"] == tuple(want["accessed"])
+        assert row["sections"] == tuple(want["sections"])
+        assert pd.isna(row["error"])
     assert frame.attrs["summary"] == {"records": 3, "problems": len(expected), "errors": 7, "failed": 0}
+    # Repeated values are categories in order of first appearance, lists tuples.
+    assert [c for c in frame.columns if frame[c].dtype != "category"] == ["type", "weight"]
+    assert frame["id"].cat.categories.is_unique and frame["id"].cat.categories[0] == frame["id"].iloc[0]
+    trail = expected[0]["sections"]
+    assert frame["sections"].astype(object).explode().iloc[:len(trail)].tolist() == trail
+
+
+def test_a_csv_path_gives_what_its_dataframe_gives(module, gemeinden, data_dir, tmp_path):
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    path = os.path.join(data_dir, "antraege.csv")
+    from_path = checker.check_frame(path)
+    from_frame = checker.check_frame(pd.read_csv(path, sep=";", dtype=str, encoding="cp1252"))
+    pd.testing.assert_frame_equal(from_path, from_frame)
+    assert from_path.attrs["summary"] == from_frame.attrs["summary"]
+    # The file's own faults are error rows, labelled by row number; the other rows are checked.
+    broken = checker.check_frame(os.path.join(data_dir, "kaputt.csv"))
+    errors = broken[broken["error"].notna()]
+    assert list(errors.index) == [1, 2]
+    assert errors["error"].iloc[0].startswith("Arraygr\u00f6\u00dfe von Antrag.Kinder")
+    assert errors[["id", "type", "weight", "short_text", "field"]].isna().all().all()
+    assert errors["sections"].tolist() == [(), ()]
+    assert broken.attrs["summary"] == {"records": 3, "problems": len(broken) - 2, "errors": 0, "failed": 2}
+    with pytest.raises(ValueError, match="missing.csv"):
+        checker.check_frame(str(tmp_path / "missing.csv"))
+    with pytest.raises(TypeError):
+        checker.check_frame(42)
 
 
 def test_umlauts_round_trip_through_records_and_materials(module, antraege):
@@ -48,6 +74,7 @@ def test_umlauts_round_trip_through_records_and_materials(module, antraege):
     assert problem.type == 2 and problem.weight == 2 and problem.field == "Antrag.Adresse.Ort"
     assert problem.sections == ["Regel Adresse", "Plausi"]
     assert problem.field_indices == []
+    assert problem.accessed_fields == ["Antrag.Adresse.PLZ", "Antrag.Adresse.Ort"]
 
 
 def test_result_and_problem_attributes(module, antraege, gemeinden):
@@ -93,11 +120,16 @@ def test_errors_and_bad_input(module, antrag_library, antraege, gemeinden, tmp_p
     frame = antraege.copy()
     frame.loc[1, "Antrag.Antragsteller.Name"] = "\u0141ukasz"
     problems = quorel.check_frame(frame, module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    # Of two faults in a row, the one in the earlier column is reported.
+    frame.loc[2, "Antrag.Kinder#"] = "zwei"
+    frame.loc[2, "Antrag.Kinder[1].Vorname"] = "\u0141ukasz"
+    problems = quorel.check_frame(frame, module, flow="Pruefung", materials={"Gemeinden": gemeinden})
     errors = problems[problems["error"].notna()]
-    assert list(errors.index) == [1]
+    assert list(errors.index) == [1, 2]
     assert "Antrag.Antragsteller.Name" in errors["error"].iloc[0]
+    assert "Antrag.Kinder " in errors["error"].iloc[1] and "zwei" in errors["error"].iloc[1]
     assert set(problems.index) == {1, 2}
-    assert problems.attrs["summary"]["failed"] == 1
+    assert problems.attrs["summary"]["failed"] == 2
     module.close()
     with pytest.raises(ValueError):
         module.perform_function("Alter", {})

@@ -1,6 +1,6 @@
 """quorel.dask on a local cluster of two worker processes: several CSV
-partitions, or slices of a database table, give exactly what check_frame
-gives."""
+partitions (read by pandas or by the workers themselves), or slices of a
+database table, give exactly what check_frame gives."""
 import os
 import sqlite3
 import subprocess
@@ -62,10 +62,18 @@ def test_local_cluster_gives_what_check_frame_gives(client, partitions, antrag_l
     want = expected(ddf, antrag_library, gemeinden)
     places = pd.read_csv(gemeinden, sep=";", dtype=str, encoding="cp1252")
     for materials in ({"Gemeinden": gemeinden}, {"Gemeinden": client.scatter(places, broadcast=True)}):
-        result = quorel.dask.check(ddf, antrag_library, "Antrag", flow="Pruefung", materials=materials)
-        got = client.compute(result.to_delayed()).__iter__()
-        for part, want_part in zip(client.gather(list(got)), want):
-            pd.testing.assert_frame_equal(part, want_part, check_like=False)
+        # The same from the DataFrame and from the files that the workers read themselves.
+        for records in (ddf, partitions):
+            result = quorel.dask.check(records, antrag_library, "Antrag", flow="Pruefung", materials=materials)
+            assert result.npartitions == 4
+            parts = client.gather(client.compute(result.to_delayed()))
+            for part, want_part in zip(parts, want):
+                pd.testing.assert_frame_equal(part, want_part)
+    # All partitions in one frame: categories of their own joined in order.
+    whole = quorel.dask.check(partitions, antrag_library, "Antrag", flow="Pruefung",
+                              materials={"Gemeinden": gemeinden}).compute()
+    pd.testing.assert_frame_equal(whole, pd.concat(want), check_categorical=False)
+    assert list(whole["id"].cat.categories) == list(dict.fromkeys(pd.concat(want)["id"].astype(object)))
 
 
 def test_database_table_in_slices(client, generated, antrag_library, gemeinden, tmp_path):
@@ -105,5 +113,9 @@ def test_local_scheduler_and_bad_input(partitions, antrag_library, gemeinden):
     assert len(frame) == sum(len(p) for p in expected(ddf, antrag_library, gemeinden))
     with pytest.raises(TypeError):
         quorel.dask.check(pd.DataFrame(), antrag_library, "Antrag")
+    with pytest.raises(FileNotFoundError):
+        quorel.dask.check(partitions + ".fehlt*", antrag_library, "Antrag")
+    with pytest.raises(ValueError, match="fehlt.csv"):
+        quorel.dask.check(["fehlt.csv"], antrag_library, "Antrag").compute(scheduler="sync")
     with pytest.raises(quorel.PlausiError):
         quorel.dask.check(ddf, "/nonexistent.so", "Antrag").compute(scheduler="sync")

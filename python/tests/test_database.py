@@ -145,7 +145,7 @@ def test_sources_that_cannot_be_read_raise(db, module, antraege, tmp_path):
     store_antraege(db, antraege)
     bad = [db.url(table="fehlt"), db.url(query="SELEKT 1"), db.url(table="antraege", order="fehlt")]
     if db.backend == "sqlite":
-        bad += ["sqlite:", "sqlite:/nonexistent/x.db?table=t", "sqlite:x.db?tabelle=t", "antraege.csv"]
+        bad += ["sqlite:", "sqlite:/nonexistent/x.db?table=t", "sqlite:x.db?tabelle=t"]
     else:
         bad += ["postgresql://127.0.0.1:1/quorel?table=antraege&connect_timeout=5",
                 # The server ends the connection while the rows stream in.

@@ -1,6 +1,5 @@
 #include "quorel/model/field_descriptor.h"
 
-#include <vector>
 
 #include "quorel/masks/util.h"
 #include "quorel/model/data_record.h"
@@ -23,15 +22,18 @@ void FieldDescriptor::setIndices(const std::int32_t *indices) {
 }
 
 std::string FieldDescriptor::getHierarchyText() const {
-  std::vector<const FieldDescriptor *> chain;
-  for (const FieldDescriptor *f = this; f != nullptr; f = f->parent_) chain.push_back(f);
   std::string text;
-  for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
-    if (it != chain.rbegin()) text += '.';
-    text += (*it)->type_->getFieldNameTopic();
-    text += indicesAsText((*it)->getIndices());
-  }
+  appendHierarchyText(&text);
   return text;
+}
+
+void FieldDescriptor::appendHierarchyText(std::string *text) const {
+  if (parent_ != nullptr) {
+    parent_->appendHierarchyText(text);
+    text->push_back('.');
+  }
+  text->append(type_->getFieldNameTopic());
+  appendIndicesAsText(text, getIndices());
 }
 
 TextHash FieldDescriptor::makeHierarchyHash() const {

@@ -46,6 +46,8 @@ class FieldDescriptor {
   void getHierarchyAsString(char *target) const;
   // The same text at any length.
   std::string getHierarchyText() const;
+  // Appends that text to *text, where a caller keeps a buffer for many.
+  void appendHierarchyText(std::string *text) const;
   // The hash of getHierarchyText(), ready to be continued, made without the
   // text: the parent's hash continued by this level's name and indices. It
   // is made at the first call and kept, since the chain of names never

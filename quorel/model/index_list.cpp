@@ -1,6 +1,6 @@
 #include "quorel/model/index_list.h"
 
-#include <vector>
+#include <charconv>
 
 #include "quorel/masks/util.h"
 
@@ -31,13 +31,15 @@ IndexList readIndexList(std::int32_t count, va_list args) {
   return list;
 }
 
-std::string indicesAsText(const std::int32_t *list) {
-  std::int32_t count = Util::getSizeOf(list);
-  if (count == 0) return std::string();
-  // "[-2147483648]" is the longest entry.
-  std::vector<char> text(static_cast<std::size_t>(count) * 13 + 1);
-  Util::getIndicesAsString(text.data(), list);
-  return std::string(text.data());
+void appendIndicesAsText(std::string *text, const std::int32_t *list) {
+  if (list == nullptr) return;
+  for (; *list >= 0; ++list) {
+    char digits[12];
+    std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, *list);
+    text->push_back('[');
+    text->append(digits, end.ptr);
+    text->push_back(']');
+  }
 }
 
 }  // namespace quorel

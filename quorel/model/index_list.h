@@ -22,8 +22,8 @@ IndexList copyIndexList(const std::int32_t *list);
 // count below 1.
 IndexList readIndexList(std::int32_t count, va_list args);
 
-// The list as text, "[2][0]"; "" for the empty list.
-std::string indicesAsText(const std::int32_t *list);
+// Appends the list as text, "[2][0]"; nothing for the empty list.
+void appendIndicesAsText(std::string *text, const std::int32_t *list);
 
 }  // namespace quorel
 

@@ -14,6 +14,8 @@
 #   it may span lines (for #include lines in front). Define the wrapping functions out of
 #   line so that their code is emitted and linked.
 # - Unused parameters, variables and functions are allowed; every other warning fails.
+# - A block that includes <quorel/host/...> builds against the host kit too
+#   (-DHOST_INCLUDE=... -DHOST_LIBRARY=...); without the kit it is left out.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -77,12 +79,20 @@ foreach(guide ${guides})
     endif()
     string(REPLACE "@BLOCK@" "\n#line ${line} \"${guide}\"\n${code}" unit "${unit}")
 
+    set(kit "")
+    if(unit MATCHES "<quorel/host/")
+      if(NOT DEFINED HOST_LIBRARY)
+        message(STATUS "${shown}:${line}: left out, the host kit was not built")
+        continue()
+      endif()
+      set(kit "-I${HOST_INCLUDE}" "${HOST_LIBRARY}")
+    endif()
     math(EXPR blocks "${blocks} + 1")
     set(source "${WORK_DIR}/${stem}_${line}.cpp")
     file(WRITE "${source}" "#include <quorel/quorel.h>\n${unit}\n")
     execute_process(
       COMMAND "${CXX}" ${flags} "-I${SOURCE_DIR}" "${source}" -o "${WORK_DIR}/${stem}_${line}.so"
-              "${LIBRARY}" -Wl,--no-undefined
+              ${kit} "${LIBRARY}" -Wl,--no-undefined
       RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT result EQUAL 0)
       list(APPEND failures "${shown}:${line}")

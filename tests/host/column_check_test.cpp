@@ -120,6 +120,45 @@ TEST(CheckerTest, FlowsTheModuleDoesNotKnowAreNamed) {
   EXPECT_EQ("module Umfrage has no flow Antwort (its flows: Pruefung, Antworten)", Checker(settings).checkFlow());
 }
 
+// A problem as the values of its fields, for comparing.
+std::string shown(const Problem &p) {
+  std::string text = p.id.value_or("-") + "|" + std::to_string(p.type) + "|" + std::to_string(p.weight) + "|" +
+                     p.text.value_or("-") + "|" + p.details.value_or("-") + "|" + p.field + "|";
+  for (std::int32_t index : p.fieldIndices) text += std::to_string(index) + ",";
+  for (const std::string &field : p.accessed) text += field + ",";
+  for (const std::string &section : p.sections) text += section + "<";
+  return text;
+}
+
+TEST(CheckerTest, AnOutcomeServesRecordAfterRecord) {
+  CheckSettings settings;
+  settings.library = QUOREL_UMFRAGE_MODULE;
+  settings.module = "Umfrage";
+  settings.flow = "Pruefung";
+  Checker checker(settings);
+  SimpleDataRecord many;  // no name, too young, a bad date and marks out of range
+  many.setValue("Umfrage.Alter", 12);
+  many.setValue("Umfrage.Datum", "31.02.2024");
+  many.setValue("Umfrage.Antworten[0].Note", 7);
+  many.setValue("Umfrage.Antworten[2].Note", 0);
+  SimpleDataRecord few;
+  few.setValue("Umfrage.Name", "Berger");
+  few.setValue("Umfrage.Alter", 12);
+  Outcome kept;
+  for (SimpleDataRecord *record : {&many, &few, &many}) {
+    Outcome fresh;
+    checker.check(record, &fresh);
+    checker.check(record, &kept);
+    ASSERT_EQ(fresh.problems.size(), kept.problems.size());
+    for (std::size_t i = 0; i < fresh.problems.size(); ++i) {
+      EXPECT_EQ(shown(fresh.problems[i]), shown(kept.problems[i]));
+    }
+    EXPECT_EQ(fresh.errors, kept.errors);
+  }
+  EXPECT_GT(kept.problems.size(), 3u);
+  EXPECT_EQ("Umfrage.Antworten[2].Note", kept.problems.back().field);
+}
+
 // The text of the LoadError that loading module from library gives.
 LoadError loadError(const std::string &library, const std::string &module) {
   CheckSettings settings;

@@ -1,0 +1,151 @@
+#include "cells.h"
+
+#include <cmath>
+#include <cstring>
+#include <string_view>
+
+#include "quorel/host/encoding.h"
+#include "quorel/host/record_layout.h"
+
+namespace py = pybind11;
+
+namespace quorel {
+namespace python {
+
+namespace {
+
+// The text of an ASCII str without NUL, which is its own Windows-1252 form;
+// null for any other cell. Most cells are such texts.
+const char *asciiText(PyObject *cell) {
+  if (!PyUnicode_Check(cell) || !PyUnicode_IS_COMPACT_ASCII(cell)) return nullptr;
+  const char *text = static_cast<const char *>(PyUnicode_DATA(cell));
+  auto length = static_cast<std::size_t>(PyUnicode_GET_LENGTH(cell));
+  return length > 0 && std::strlen(text) == length ? text : nullptr;
+}
+
+// An empty field: None, NaN, pandas' missing values, and the empty text (an
+// empty cell, as in a table).
+bool isMissing(const py::handle &cell) {
+  if (cell.is_none()) return true;
+  if (PyUnicode_Check(cell.ptr())) return PyUnicode_GET_LENGTH(cell.ptr()) == 0;
+  if (PyFloat_Check(cell.ptr())) return std::isnan(PyFloat_AS_DOUBLE(cell.ptr()));
+  // Held for the life of the process, as the other such statics: a
+  // py::object would be released after the interpreter has ended.
+  static py::handle missing = py::object(py::module_::import("pandas").attr("isna")).release();
+  // pandas.NA, NaT and numpy's not-a-number scalars.
+  return !py::isinstance<py::str>(cell) && !py::isinstance<py::int_>(cell) && missing(cell).cast<bool>();
+}
+
+bool isDate(const py::handle &cell) {
+  static py::handle date = py::object(py::module_::import("datetime").attr("date")).release();
+  return py::isinstance(cell, date);
+}
+
+std::string germanDate(const py::handle &cell) { return cell.attr("strftime")("%d.%m.%Y").cast<std::string>(); }
+
+// The size a cell of a '#' column gives, -1 for none.
+std::int64_t sizeOf(const py::handle &cell, const std::string &text) {
+  std::int64_t size = -1;
+  if (PyBool_Check(cell.ptr()) == 0 && PyLong_Check(cell.ptr())) {
+    size = cell.cast<std::int64_t>();
+  } else if (PyFloat_Check(cell.ptr()) && std::floor(cell.cast<double>()) == cell.cast<double>()) {
+    size = static_cast<std::int64_t>(cell.cast<double>());
+  } else if (py::isinstance<py::str>(cell)) {
+    try {
+      size = std::stoll(text);
+      if (std::to_string(size) != text) size = -1;
+    } catch (const std::exception &) {
+      size = -1;
+    }
+  }
+  return size > host::kMaxArraySize ? -1 : size;
+}
+
+}  // namespace
+
+std::string encode(const py::handle &text, const std::string &what) {
+  Py_ssize_t size = 0;
+  const char *utf8 = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
+  if (utf8 == nullptr) throw py::error_already_set();
+  std::string out;
+  std::size_t offset = 0;
+  if (!host::fromUtf8(std::string_view(utf8, static_cast<std::size_t>(size)), &out, &offset)) {
+    std::size_t position = 0;  // in characters, as Python counts
+    for (std::size_t i = 0; i < offset; ++i) position += (utf8[i] & 0xC0) != 0x80 ? 1 : 0;
+    throw CellError{what + ": the character at position " + std::to_string(position) + " is not in Windows-1252"};
+  }
+  return out;
+}
+
+Column::Column(std::string text)
+    : name(std::move(text)), utf8(host::toUtf8(name.c_str())), array(host::RecordLayout::arrayOf(name)) {}
+
+void readCell(const Column &at, const py::handle &cell, Cell *out) {
+  if (at.array.empty()) {
+    if (const char *text = asciiText(cell.ptr())) {
+      out->kind = Cell::kText;
+      out->text.assign(text);
+      return;
+    }
+  }
+  out->kind = Cell::kEmpty;
+  if (isMissing(cell)) return;
+  if (!at.array.empty()) {
+    std::string text = py::str(cell).cast<std::string>();
+    out->kind = Cell::kSize;
+    out->integer = sizeOf(cell, text);
+    out->text = encode(py::str(text), at.utf8);
+    return;
+  }
+  out->kind = Cell::kText;
+  if (PyBool_Check(cell.ptr())) {
+    out->text = cell.cast<bool>() ? "WAHR" : "FALSCH";
+  } else if (py::isinstance<py::int_>(cell)) {
+    out->kind = Cell::kInteger;
+    out->integer = cell.cast<std::int64_t>();
+  } else if (py::isinstance<py::float_>(cell)) {
+    out->kind = Cell::kReal;
+    out->real = cell.cast<double>();
+  } else if (py::isinstance<py::str>(cell)) {
+    out->text = encode(cell, at.utf8);
+  } else if (isDate(cell)) {
+    out->text = germanDate(cell);
+  } else if (py::hasattr(cell, "item") && py::hasattr(cell, "dtype")) {
+    readCell(at, cell.attr("item")(), out);  // a numpy scalar
+  } else {
+    out->kind = Cell::kEmpty;
+    throw CellError{at.utf8 + ": a value of type " +
+                    py::str(py::type::of(cell).attr("__name__")).cast<std::string>() + " cannot be a field"};
+  }
+}
+
+bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::string *error) {
+  switch (cell.kind) {
+    case Cell::kEmpty:
+      return true;
+    case Cell::kText:
+      record->setValue(at.name.c_str(), cell.text.c_str());
+      return true;
+    case Cell::kInteger:
+      record->setValue(at.name.c_str(), cell.integer);
+      return true;
+    case Cell::kReal:
+      record->setValue(at.name.c_str(), cell.real);
+      return true;
+    case Cell::kSize:
+      if (host::RecordLayout::setSize(at.array, cell.integer, cell.text, record, error)) return true;
+      *error = host::toUtf8(error->c_str());
+      return false;
+  }
+  return true;
+}
+
+void setCell(const Column &at, const py::handle &cell, SimpleDataRecord *record) {
+  Cell read;
+  readCell(at, cell, &read);
+  std::string error;
+  if (!putCell(at, read, record, &error)) throw CellError{error};
+}
+
+}  // namespace python
+}  // namespace quorel

@@ -1,0 +1,67 @@
+// Cells: how Python values become the fields of a record. A str is encoded
+// to Windows-1252, int and float become numbers, bool the texts WAHR/FALSCH,
+// a datetime.date the text TT.MM.JJJJ; None, NaN, pandas' missing values and
+// the empty text leave the field empty. A column whose name ends in "#"
+// gives the size of an array, a whole number from 0 to host::kMaxArraySize.
+//
+// Reading a cell (readCell) needs the GIL; putting what was read into a
+// record (putCell) does not, so that rows can be read from Python in one
+// go and checked one by one without it.
+
+#ifndef QUOREL_PYTHON_CELLS_H_
+#define QUOREL_PYTHON_CELLS_H_
+
+#include <cstdint>
+#include <string>
+
+#include <pybind11/pybind11.h>
+
+#include <quorel/quorel.h>
+
+namespace quorel {
+namespace python {
+
+// A value that cannot become a field: the message (UTF-8) names the field.
+struct CellError {
+  std::string message;
+};
+
+// Windows-1252 bytes of a str; a CellError whose message starts with what
+// for a character that the code page lacks (or a NUL).
+std::string encode(const pybind11::handle &text, const std::string &what);
+
+// A column of records, with what every cell of it needs worked out once: the
+// field name (Windows-1252), the same for messages (UTF-8), and the array
+// whose size it gives, for a '#' column.
+struct Column {
+  explicit Column(std::string text);
+  std::string name;
+  std::string utf8;
+  std::string array;
+};
+
+// A cell as read, ready for a record.
+struct Cell {
+  enum Kind { kEmpty, kText, kInteger, kReal, kSize };
+  Kind kind = kEmpty;
+  // The text of kText, or a size as the input gave it (Windows-1252).
+  std::string text;
+  // kInteger, or the size of kSize (-1 for one that is no whole number
+  // within the bounds).
+  std::int64_t integer = 0;
+  double real = 0.0;
+};
+
+// Reads a cell of the column into *out; a CellError for a value that cannot
+// be a field. Needs the GIL.
+void readCell(const Column &at, const pybind11::handle &cell, Cell *out);
+// Puts a cell into the record; false with a message (UTF-8) for a size out
+// of bounds.
+bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::string *error);
+// Both at once; a CellError for either failure.
+void setCell(const Column &at, const pybind11::handle &cell, SimpleDataRecord *record);
+
+}  // namespace python
+}  // namespace quorel
+
+#endif  // QUOREL_PYTHON_CELLS_H_
