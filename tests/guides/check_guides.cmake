@@ -16,6 +16,8 @@
 # - Unused parameters, variables and functions are allowed; every other warning fails.
 # - A block that includes <quorel/host/...> builds against the host kit too
 #   (-DHOST_INCLUDE=... -DHOST_LIBRARY=...); without the kit it is left out.
+# - -DBUILD_FLAGS="..." ends every block's command line with the flags of an
+#   instrumented build (sanitizers, coverage).
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -27,6 +29,7 @@ endforeach()
 
 set(flags -std=c++17 -fPIC -shared -Wall -Wextra -Werror -Wno-unused-parameter
     -Wno-unused-variable -Wno-unused-but-set-variable -Wno-unused-function)
+separate_arguments(build_flags UNIX_COMMAND "${BUILD_FLAGS}")
 
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(MAKE_DIRECTORY "${WORK_DIR}")
@@ -92,7 +95,7 @@ foreach(guide ${guides})
     file(WRITE "${source}" "#include <quorel/quorel.h>\n${unit}\n")
     execute_process(
       COMMAND "${CXX}" ${flags} "-I${SOURCE_DIR}" "${source}" -o "${WORK_DIR}/${stem}_${line}.so"
-              ${kit} "${LIBRARY}" -Wl,--no-undefined
+              ${kit} "${LIBRARY}" -Wl,--no-undefined ${build_flags}
       RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT result EQUAL 0)
       list(APPEND failures "${shown}:${line}")
