@@ -26,6 +26,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -155,8 +157,23 @@ std::shared_ptr<quorel::Value> initValue(const std::string &text) {
   }
 }
 
-// Checks a share of each batch on its own thread, with a checker of its own,
-// and formats what it found into its own buffer.
+// What checking a run of rows gave, in their order: their problems
+// formatted, or as rows of a table.
+struct alignas(64) Piece {  // apart from its neighbours: each is written by its own thread
+  std::string text;
+#ifdef QUOREL_HOST_SQL
+  quorel::host::SqlProblemTable::Rows rows;
+#endif
+  void clear() {
+    text.clear();
+#ifdef QUOREL_HOST_SQL
+    rows.clear();
+#endif
+  }
+};
+
+// Checks rows on its own thread, with a checker of its own, and counts what
+// it found.
 class Worker {
  public:
   // Problems are formatted, or gathered as rows of a table when toTable.
@@ -178,67 +195,64 @@ class Worker {
 
   const quorel::host::Checker &checker() const { return *checker_; }
 
-  // Checks rows [begin, end) of the batch into output() and counts().
-  void run(const std::vector<quorel::host::Row> &batch, std::size_t begin, std::size_t end) {
-    output_.clear();
-#ifdef QUOREL_HOST_SQL
-    rows_.clear();
-#endif
-    for (std::size_t i = begin; i < end; ++i) check(batch[i]);
+  // Checks rows [begin, end) of the batch into *piece and counts().
+  void run(const std::vector<quorel::host::Row> &batch, std::size_t begin, std::size_t end, Piece *piece) {
+    for (std::size_t i = begin; i < end; ++i) check(batch[i], piece);
   }
 
-  const std::string &output() const { return output_; }
-#ifdef QUOREL_HOST_SQL
-  const quorel::host::SqlProblemTable::Rows &rows() const { return rows_; }
-#endif
   const quorel::host::Summary &counts() const { return counts_; }
 
  private:
-  void check(const quorel::host::Row &row) {
+  void check(const quorel::host::Row &row, Piece *piece) {
     ++counts_.records;
     quorel::SimpleDataRecord record;
     std::string error = row.error;
     if (!error.empty() || !layout_.fill(row.cells, &record, &error)) {
       ++counts_.failed;
-      failure(row.position, error);
+      failure(row.position, error, piece);
       return;
     }
     checker_->check(&record, &outcome_);
     if (outcome_.failed) {
       ++counts_.failed;
-      failure(row.position, "Ausnahme " + std::to_string(outcome_.exceptionType) + ": " + outcome_.message);
+      failure(row.position, "Ausnahme " + std::to_string(outcome_.exceptionType) + ": " + outcome_.message, piece);
     }
 #ifdef QUOREL_HOST_SQL
-    if (toTable_) quorel::host::SqlProblemTable::appendRecord(row.position, outcome_.problems, &rows_);
+    if (toTable_) quorel::host::SqlProblemTable::appendRecord(row.position, outcome_.problems, &piece->rows);
 #endif
-    if (!toTable_) format_.appendRecord(row.position, outcome_.problems, &output_);
+    if (!toTable_) format_.appendRecord(row.position, outcome_.problems, &piece->text);
     counts_.problems += static_cast<std::int64_t>(outcome_.problems.size());
     counts_.errors += outcome_.errors;
   }
 
-  void failure(std::int64_t position, const std::string &message) {
+  void failure(std::int64_t position, const std::string &message, Piece *piece) {
 #ifdef QUOREL_HOST_SQL
-    if (toTable_) return quorel::host::SqlProblemTable::appendFailure(position, message, &rows_);
+    if (toTable_) return quorel::host::SqlProblemTable::appendFailure(position, message, &piece->rows);
 #endif
-    format_.appendFailure(position, message, &output_);
+    format_.appendFailure(position, message, &piece->text);
   }
 
   const quorel::host::CheckSettings &settings_;
   const quorel::host::RecordLayout &layout_;
   const quorel::host::ProblemFormat &format_;
   bool toTable_;
-#ifdef QUOREL_HOST_SQL
-  quorel::host::SqlProblemTable::Rows rows_;
-#endif
   std::unique_ptr<quorel::host::Checker> checker_;
   quorel::host::Outcome outcome_;
-  std::string output_;
   quorel::host::Summary counts_;
 };
 
 // Rows are read and checked in batches, so memory stays flat however long
-// the file is.
+// the file is. Workers take the rows of a batch a slice at a time, so that
+// none waits while another still has a long share.
 constexpr std::size_t kBatch = 4096;
+constexpr std::size_t kSlice = 512;
+
+// Reads up to kBatch rows into *batch; how many were read.
+std::size_t readBatch(quorel::host::RowSource *records, std::vector<quorel::host::Row> *batch) {
+  std::size_t size = 0;
+  while (size < kBatch && records->next(&(*batch)[size])) ++size;
+  return size;
+}
 
 }  // namespace
 
@@ -338,28 +352,46 @@ int main(int argc, char **argv) {
   quorel::host::BufferedWriter out(STDOUT_FILENO);
   bool progress = options.jobs > 1 && isatty(STDERR_FILENO);
   std::int64_t checked = 0;
-  std::vector<quorel::host::Row> batch(kBatch);
-  for (bool more = true; more;) {
-    std::size_t size = 0;
-    while (size < kBatch && (more = records->next(&batch[size]))) ++size;
-    // Each worker takes a contiguous share, so its output is in input order.
-    auto share = [&](std::size_t w) { return size * w / workers.size(); };
-    std::vector<std::thread> threads;
-    for (std::size_t w = 1; w < workers.size(); ++w) {
-      threads.emplace_back([&, w] { workers[w]->run(batch, share(w), share(w + 1)); });
+  std::vector<quorel::host::Row> batch(kBatch), next(kBatch);
+  std::vector<Piece> pieces((kBatch + kSlice - 1) / kSlice);
+  std::size_t size = readBatch(records.get(), &batch);
+  while (size > 0) {
+    // With several workers the next batch is read while this one is
+    // checked: reading alone would keep them all waiting.
+    std::size_t nextSize = 0;
+    std::thread reader;
+    if (workers.size() > 1 && size == kBatch) {
+      reader = std::thread([&] { nextSize = readBatch(records.get(), &next); });
     }
-    workers[0]->run(batch, 0, share(1));
+    std::size_t slices = (size + kSlice - 1) / kSlice;
+    std::atomic<std::size_t> nextSlice{0};
+    auto work = [&](Worker *worker) {
+      for (std::size_t s; (s = nextSlice.fetch_add(1)) < slices;) {
+        pieces[s].clear();
+        worker->run(batch, s * kSlice, std::min(size, (s + 1) * kSlice), &pieces[s]);
+      }
+    };
+    std::vector<std::thread> threads;
+    for (std::size_t w = 1; w < workers.size(); ++w) threads.emplace_back(work, workers[w].get());
+    work(workers[0].get());
     for (std::thread &thread : threads) thread.join();
+    if (reader.joinable()) {
+      reader.join();
+    } else if (size == kBatch) {
+      nextSize = readBatch(records.get(), &next);
+    }
 #ifdef QUOREL_HOST_SQL
     if (problemTable != nullptr) {
-      std::vector<const quorel::host::SqlProblemTable::Rows *> pieces;
-      for (const auto &worker : workers) pieces.push_back(&worker->rows());
-      if (!problemTable->write(pieces, &message)) return fail(message);
+      std::vector<const quorel::host::SqlProblemTable::Rows *> rows;
+      for (std::size_t s = 0; s < slices; ++s) rows.push_back(&pieces[s].rows);
+      if (!problemTable->write(rows, &message)) return fail(message);
     }
 #endif
-    for (const auto &worker : workers) out.write(worker->output());
+    for (std::size_t s = 0; s < slices; ++s) out.write(pieces[s].text);
     checked += static_cast<std::int64_t>(size);
     if (progress) std::cerr << "\r" << checked << " records checked" << std::flush;
+    std::swap(batch, next);
+    size = nextSize;
   }
   if (progress) std::cerr << "\n";
   quorel::host::Summary summary;
