@@ -113,7 +113,6 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
   } else if (py::hasattr(cell, "item") && py::hasattr(cell, "dtype")) {
     readCell(at, cell.attr("item")(), out);  // a numpy scalar
   } else {
-    out->kind = Cell::kEmpty;
     throw CellError{at.utf8 + ": a value of type " +
                     py::str(py::type::of(cell).attr("__name__")).cast<std::string>() + " cannot be a field"};
   }

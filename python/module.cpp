@@ -12,7 +12,6 @@
 // so a Checker keeps one host::Checker per thread that calls it.
 
 #include <cmath>
-#include <cstring>
 #include <ctime>
 #include <memory>
 #include <mutex>
