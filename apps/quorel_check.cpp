@@ -26,13 +26,10 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <atomic>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -44,6 +41,7 @@
 #include "quorel/host/encoding.h"
 #include "quorel/host/load_error.h"
 #include "quorel/host/material_router.h"
+#include "quorel/host/ordered_slices.h"
 #include "quorel/host/problem_format.h"
 #include "quorel/host/record_layout.h"
 #include "quorel/host/sql/sql_source.h"
@@ -173,8 +171,8 @@ struct alignas(64) Piece {  // apart from its neighbours: each is written by its
 };
 
 // Checks rows on its own thread, with a checker of its own, and counts what
-// it found.
-class Worker {
+// it found. Apart from its neighbours, as it counts per record.
+class alignas(64) Worker {
  public:
   // Problems are formatted, or gathered as rows of a table when toTable.
   Worker(const quorel::host::CheckSettings &settings, const quorel::host::RecordLayout &layout,
@@ -195,9 +193,9 @@ class Worker {
 
   const quorel::host::Checker &checker() const { return *checker_; }
 
-  // Checks rows [begin, end) of the batch into *piece and counts().
-  void run(const std::vector<quorel::host::Row> &batch, std::size_t begin, std::size_t end, Piece *piece) {
-    for (std::size_t i = begin; i < end; ++i) check(batch[i], piece);
+  // Checks the first `size` rows into *piece and counts().
+  void run(const std::vector<quorel::host::Row> &rows, std::size_t size, Piece *piece) {
+    for (std::size_t i = 0; i < size; ++i) check(rows[i], piece);
   }
 
   const quorel::host::Summary &counts() const { return counts_; }
@@ -241,18 +239,12 @@ class Worker {
   quorel::host::Summary counts_;
 };
 
-// Rows are read and checked in batches, so memory stays flat however long
-// the file is. Workers take the rows of a batch a slice at a time, so that
-// none waits while another still has a long share.
-constexpr std::size_t kBatch = 4096;
+// Rows are read, checked and written a slice at a time, so memory stays
+// flat however long the input is; a slice is short enough that workers
+// share the end of the input evenly. Problems go into a database table in
+// batches, each in one transaction.
 constexpr std::size_t kSlice = 512;
-
-// Reads up to kBatch rows into *batch; how many were read.
-std::size_t readBatch(quorel::host::RowSource *records, std::vector<quorel::host::Row> *batch) {
-  std::size_t size = 0;
-  while (size < kBatch && records->next(&(*batch)[size])) ++size;
-  return size;
-}
+constexpr std::size_t kBatch = 4096;
 
 }  // namespace
 
@@ -352,48 +344,52 @@ int main(int argc, char **argv) {
   quorel::host::BufferedWriter out(STDOUT_FILENO);
   bool progress = options.jobs > 1 && isatty(STDERR_FILENO);
   std::int64_t checked = 0;
-  std::vector<quorel::host::Row> batch(kBatch), next(kBatch);
-  std::vector<Piece> pieces((kBatch + kSlice - 1) / kSlice);
-  std::size_t size = readBatch(records.get(), &batch);
-  while (size > 0) {
-    // With several workers the next batch is read while this one is
-    // checked: reading alone would keep them all waiting.
-    std::size_t nextSize = 0;
-    std::thread reader;
-    if (workers.size() > 1 && size == kBatch) {
-      reader = std::thread([&] { nextSize = readBatch(records.get(), &next); });
-    }
-    std::size_t slices = (size + kSlice - 1) / kSlice;
-    std::atomic<std::size_t> nextSlice{0};
-    auto work = [&](Worker *worker) {
-      for (std::size_t s; (s = nextSlice.fetch_add(1)) < slices;) {
-        pieces[s].clear();
-        worker->run(batch, s * kSlice, std::min(size, (s + 1) * kSlice), &pieces[s]);
-      }
-    };
-    std::vector<std::thread> threads;
-    for (std::size_t w = 1; w < workers.size(); ++w) threads.emplace_back(work, workers[w].get());
-    work(workers[0].get());
-    for (std::thread &thread : threads) thread.join();
-    if (reader.joinable()) {
-      reader.join();
-    } else if (size == kBatch) {
-      nextSize = readBatch(records.get(), &next);
-    }
+  // A few slices per worker are under way, so that none waits for a slot
+  // while a slower slice is still due to be written.
+  std::size_t slots = 4 * workers.size();
+  std::vector<std::vector<quorel::host::Row>> rows(slots, std::vector<quorel::host::Row>(kSlice));
+  std::vector<std::size_t> sizes(slots);
+  std::vector<Piece> pieces(slots);
+#ifdef QUOREL_HOST_SQL
+  std::vector<quorel::host::SqlProblemTable::Rows> pending;
+  std::size_t pendingRecords = 0;
+  auto writeTable = [&] {
+    std::vector<const quorel::host::SqlProblemTable::Rows *> parts;
+    for (const auto &part : pending) parts.push_back(&part);
+    bool written = problemTable->write(parts, &message);
+    pending.clear();
+    pendingRecords = 0;
+    return written;
+  };
+#endif
+  quorel::host::OrderedSlices::Steps steps;
+  steps.fill = [&](std::size_t slot) {
+    std::size_t &size = sizes[slot];
+    for (size = 0; size < kSlice && records->next(&rows[slot][size]);) ++size;
+    return size == kSlice;
+  };
+  steps.work = [&](std::size_t worker, std::size_t slot) {
+    pieces[slot].clear();
+    workers[worker]->run(rows[slot], sizes[slot], &pieces[slot]);
+  };
+  steps.handOn = [&](std::size_t slot) {
 #ifdef QUOREL_HOST_SQL
     if (problemTable != nullptr) {
-      std::vector<const quorel::host::SqlProblemTable::Rows *> rows;
-      for (std::size_t s = 0; s < slices; ++s) rows.push_back(&pieces[s].rows);
-      if (!problemTable->write(rows, &message)) return fail(message);
+      pending.push_back(std::move(pieces[slot].rows));
+      pendingRecords += sizes[slot];
+      if (pendingRecords >= kBatch && !writeTable()) return false;
     }
 #endif
-    for (std::size_t s = 0; s < slices; ++s) out.write(pieces[s].text);
-    checked += static_cast<std::int64_t>(size);
-    if (progress) std::cerr << "\r" << checked << " records checked" << std::flush;
-    std::swap(batch, next);
-    size = nextSize;
-  }
-  if (progress) std::cerr << "\n";
+    out.write(pieces[slot].text);
+    checked += static_cast<std::int64_t>(sizes[slot]);
+    if (progress && checked % kBatch == 0) std::cerr << "\r" << checked << " records checked" << std::flush;
+    return true;
+  };
+  if (!quorel::host::OrderedSlices::run(workers.size(), slots, steps)) return fail(message);
+#ifdef QUOREL_HOST_SQL
+  if (problemTable != nullptr && !writeTable()) return fail(message);
+#endif
+  if (progress) std::cerr << "\r" << checked << " records checked\n";
   quorel::host::Summary summary;
   for (const auto &worker : workers) {
     summary.records += worker->counts().records;

@@ -1,0 +1,48 @@
+// OrderedSlices: work on a stream cut into slices, done on several threads,
+// with what the slices gave handed on in the stream's order.
+//
+// Each thread in turn fills a slice from the stream (one thread at a time,
+// since a source is read front to back), works on it (all threads at once),
+// and when its slice is the next one due, hands it on together with any
+// later slices already done (one thread at a time). No thread waits at a
+// batch's end for a slower one, and none stays idle while the next slice due
+// is still being worked on, as long as a slot is free.
+//
+// The caller owns what a slice holds, in an array of `slots` entries; this
+// class only says which slot a step is about. At most `slots` slices are
+// under way at once, so memory stays flat however long the stream is. A slot
+// is filled again only after it was handed on. The steps must not throw.
+
+#ifndef QUOREL_HOST_ORDERED_SLICES_H_
+#define QUOREL_HOST_ORDERED_SLICES_H_
+
+#include <cstddef>
+#include <functional>
+
+namespace quorel {
+namespace host {
+
+class OrderedSlices {
+ public:
+  struct Steps {
+    // Fills the slot with the next slice; false when the stream ends with
+    // this slice (which may then be empty). Not called again after false.
+    std::function<bool(std::size_t slot)> fill;
+    // Works on the slot's slice on thread `thread` (0 to threads - 1): state
+    // kept per thread may be used without locking.
+    std::function<void(std::size_t thread, std::size_t slot)> work;
+    // Hands on what the slot's slice gave; false stops the run: no further
+    // slice is begun or handed on (one being filled or worked on ends).
+    std::function<bool(std::size_t slot)> handOn;
+  };
+
+  // Runs the steps over the whole stream on `threads` threads (at least 1),
+  // the calling one among them, and returns once all have ended; false when
+  // handOn stopped the run. `slots` is at least 1.
+  static bool run(std::size_t threads, std::size_t slots, const Steps &steps);
+};
+
+}  // namespace host
+}  // namespace quorel
+
+#endif  // QUOREL_HOST_ORDERED_SLICES_H_
