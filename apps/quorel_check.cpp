@@ -346,7 +346,8 @@ int main(int argc, char **argv) {
   std::int64_t checked = 0;
   // A few slices per worker are under way, so that none waits for a slot
   // while a slower slice is still due to be written.
-  std::size_t slots = 4 * workers.size();
+  constexpr std::size_t kSlotsPerWorker = 4;
+  std::size_t slots = kSlotsPerWorker * workers.size();
   std::vector<std::vector<quorel::host::Row>> rows(slots, std::vector<quorel::host::Row>(kSlice));
   std::vector<std::size_t> sizes(slots);
   std::vector<Piece> pieces(slots);
@@ -385,7 +386,7 @@ int main(int argc, char **argv) {
     if (progress && checked % kBatch == 0) std::cerr << "\r" << checked << " records checked" << std::flush;
     return true;
   };
-  if (!quorel::host::OrderedSlices::run(workers.size(), slots, steps)) return fail(message);
+  if (!quorel::host::OrderedSlices::run(workers.size(), kSlotsPerWorker, steps)) return fail(message);
 #ifdef QUOREL_HOST_SQL
   if (problemTable != nullptr && !writeTable()) return fail(message);
 #endif
