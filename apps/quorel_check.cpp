@@ -155,19 +155,23 @@ std::shared_ptr<quorel::Value> initValue(const std::string &text) {
   }
 }
 
-// What checking a run of rows gave, in their order: their problems
-// formatted, or as rows of a table.
-struct alignas(64) Piece {  // apart from its neighbours: each is written by its own thread
+// Rows are read, checked and written a slice at a time, so memory stays
+// flat however long the input is; a slice is short enough that workers
+// share the end of the input evenly. Problems go into a database table in
+// batches, each in one transaction.
+constexpr std::size_t kSlice = 512;
+constexpr std::size_t kBatch = 4096;
+
+// A slice of rows under way, and what checking them gave, in their order:
+// their problems formatted, or as rows of a table. Apart from its
+// neighbours, as each belongs to one thread.
+struct alignas(64) Slot {
+  std::vector<quorel::host::Row> rows = std::vector<quorel::host::Row>(kSlice);
+  std::size_t size = 0;  // rows read into it
   std::string text;
 #ifdef QUOREL_HOST_SQL
-  quorel::host::SqlProblemTable::Rows rows;
+  quorel::host::SqlProblemTable::Rows tableRows;
 #endif
-  void clear() {
-    text.clear();
-#ifdef QUOREL_HOST_SQL
-    rows.clear();
-#endif
-  }
 };
 
 // Checks rows on its own thread, with a checker of its own, and counts what
@@ -193,41 +197,45 @@ class alignas(64) Worker {
 
   const quorel::host::Checker &checker() const { return *checker_; }
 
-  // Checks the first `size` rows into *piece and counts().
-  void run(const std::vector<quorel::host::Row> &rows, std::size_t size, Piece *piece) {
-    for (std::size_t i = 0; i < size; ++i) check(rows[i], piece);
+  // Checks the slot's rows into its text or table rows, and counts().
+  void run(Slot *slot) {
+    slot->text.clear();
+#ifdef QUOREL_HOST_SQL
+    slot->tableRows.clear();
+#endif
+    for (std::size_t i = 0; i < slot->size; ++i) check(slot->rows[i], slot);
   }
 
   const quorel::host::Summary &counts() const { return counts_; }
 
  private:
-  void check(const quorel::host::Row &row, Piece *piece) {
+  void check(const quorel::host::Row &row, Slot *slot) {
     ++counts_.records;
     quorel::SimpleDataRecord record;
-    std::string error = row.error;
-    if (!error.empty() || !layout_.fill(row.cells, &record, &error)) {
+    std::string error;
+    if (!layout_.fill(row, &record, &error)) {
       ++counts_.failed;
-      failure(row.position, error, piece);
+      failure(row.position, error, slot);
       return;
     }
     checker_->check(&record, &outcome_);
     if (outcome_.failed) {
       ++counts_.failed;
-      failure(row.position, "Ausnahme " + std::to_string(outcome_.exceptionType) + ": " + outcome_.message, piece);
+      failure(row.position, outcome_.failure(), slot);
     }
 #ifdef QUOREL_HOST_SQL
-    if (toTable_) quorel::host::SqlProblemTable::appendRecord(row.position, outcome_.problems, &piece->rows);
+    if (toTable_) quorel::host::SqlProblemTable::appendRecord(row.position, outcome_.problems, &slot->tableRows);
 #endif
-    if (!toTable_) format_.appendRecord(row.position, outcome_.problems, &piece->text);
+    if (!toTable_) format_.appendRecord(row.position, outcome_.problems, &slot->text);
     counts_.problems += static_cast<std::int64_t>(outcome_.problems.size());
     counts_.errors += outcome_.errors;
   }
 
-  void failure(std::int64_t position, const std::string &message, Piece *piece) {
+  void failure(std::int64_t position, const std::string &message, Slot *slot) {
 #ifdef QUOREL_HOST_SQL
-    if (toTable_) return quorel::host::SqlProblemTable::appendFailure(position, message, &piece->rows);
+    if (toTable_) return quorel::host::SqlProblemTable::appendFailure(position, message, &slot->tableRows);
 #endif
-    format_.appendFailure(position, message, &piece->text);
+    format_.appendFailure(position, message, &slot->text);
   }
 
   const quorel::host::CheckSettings &settings_;
@@ -238,13 +246,6 @@ class alignas(64) Worker {
   quorel::host::Outcome outcome_;
   quorel::host::Summary counts_;
 };
-
-// Rows are read, checked and written a slice at a time, so memory stays
-// flat however long the input is; a slice is short enough that workers
-// share the end of the input evenly. Problems go into a database table in
-// batches, each in one transaction.
-constexpr std::size_t kSlice = 512;
-constexpr std::size_t kBatch = 4096;
 
 }  // namespace
 
@@ -347,10 +348,7 @@ int main(int argc, char **argv) {
   // A few slices per worker are under way, so that none waits for a slot
   // while a slower slice is still due to be written.
   constexpr std::size_t kSlotsPerWorker = 4;
-  std::size_t slots = kSlotsPerWorker * workers.size();
-  std::vector<std::vector<quorel::host::Row>> rows(slots, std::vector<quorel::host::Row>(kSlice));
-  std::vector<std::size_t> sizes(slots);
-  std::vector<Piece> pieces(slots);
+  std::vector<Slot> slots(kSlotsPerWorker * workers.size());
 #ifdef QUOREL_HOST_SQL
   std::vector<quorel::host::SqlProblemTable::Rows> pending;
   std::size_t pendingRecords = 0;
@@ -364,25 +362,23 @@ int main(int argc, char **argv) {
   };
 #endif
   quorel::host::OrderedSlices::Steps steps;
-  steps.fill = [&](std::size_t slot) {
-    std::size_t &size = sizes[slot];
-    for (size = 0; size < kSlice && records->next(&rows[slot][size]);) ++size;
-    return size == kSlice;
+  steps.fill = [&](std::size_t s) {
+    Slot &slot = slots[s];
+    for (slot.size = 0; slot.size < kSlice && records->next(&slot.rows[slot.size]);) ++slot.size;
+    return slot.size == kSlice;
   };
-  steps.work = [&](std::size_t worker, std::size_t slot) {
-    pieces[slot].clear();
-    workers[worker]->run(rows[slot], sizes[slot], &pieces[slot]);
-  };
-  steps.handOn = [&](std::size_t slot) {
+  steps.work = [&](std::size_t worker, std::size_t s) { workers[worker]->run(&slots[s]); };
+  steps.handOn = [&](std::size_t s) {
+    Slot &slot = slots[s];
 #ifdef QUOREL_HOST_SQL
     if (problemTable != nullptr) {
-      pending.push_back(std::move(pieces[slot].rows));
-      pendingRecords += sizes[slot];
+      pending.push_back(std::move(slot.tableRows));
+      pendingRecords += slot.size;
       if (pendingRecords >= kBatch && !writeTable()) return false;
     }
 #endif
-    out.write(pieces[slot].text);
-    checked += static_cast<std::int64_t>(sizes[slot]);
+    out.write(slot.text);
+    checked += static_cast<std::int64_t>(slot.size);
     if (progress && checked % kBatch == 0) std::cerr << "\r" << checked << " records checked" << std::flush;
     return true;
   };

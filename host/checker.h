@@ -50,6 +50,9 @@ struct Outcome {
   bool failed = false;
   std::int32_t exceptionType = 0;
   std::string message;
+
+  // Why the run failed, as hosts report it: "Ausnahme TYPE: MESSAGE".
+  std::string failure() const { return "Ausnahme " + std::to_string(exceptionType) + ": " + message; }
 };
 
 class Checker {

@@ -42,6 +42,14 @@ bool RecordLayout::setSize(const std::string &array, std::int64_t size, const st
   return true;
 }
 
+bool RecordLayout::fill(const Row &row, SimpleDataRecord *record, std::string *error) const {
+  if (!row.error.empty()) {
+    *error = row.error;
+    return false;
+  }
+  return fill(row.cells, record, error);
+}
+
 bool RecordLayout::fill(const std::vector<std::string> &cells, SimpleDataRecord *record,
                         std::string *error) const {
   for (std::size_t i = 0; i < columns_.size() && i < cells.size(); ++i) {

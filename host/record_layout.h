@@ -13,6 +13,8 @@
 
 #include <quorel/quorel.h>
 
+#include "quorel/host/row_source.h"
+
 namespace quorel {
 namespace host {
 
@@ -28,6 +30,9 @@ class RecordLayout {
   // not a whole number from 0 to kMaxArraySize makes it false, with a message
   // (Windows-1252) in *error; the record is then incomplete.
   bool fill(const std::vector<std::string> &cells, SimpleDataRecord *record, std::string *error) const;
+  // The same for a row as read; a row that could not be read in full makes
+  // it false with the row's own error, and fills nothing.
+  bool fill(const Row &row, SimpleDataRecord *record, std::string *error) const;
 
   // One message for each distinct column that names nothing the module
   // reads (see ColumnCheck), in column order; none when all do. The Plausi

@@ -86,8 +86,8 @@ bool TableMaterialAccess::load(const std::string &material, RowSource *source, s
   Row row;
   while (source->next(&row)) {
     auto record = std::make_unique<SimpleDataRecord>();
-    std::string error = row.error;
-    if (error.empty() && layout.fill(row.cells, record.get(), &error)) {
+    std::string error;
+    if (layout.fill(row, record.get(), &error)) {
       rows.push_back(std::move(record));
       continue;
     }

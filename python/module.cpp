@@ -425,8 +425,8 @@ class Checker {
       host::Outcome outcome;
       for (std::int64_t label = offset; rows->next(&row) && !(failed = rows->failed()); ++label) {
         SimpleDataRecord record;
-        std::string error = row.error;
-        if (error.empty() && layout.fill(row.cells, &record, &error)) {
+        std::string error;
+        if (layout.fill(row, &record, &error)) {
           checkRecord(label, &record, &outcome, &frame);
         } else {
           frame.addFailure(label, host::toUtf8(error.c_str()));

@@ -76,8 +76,7 @@ void ProblemColumns::addOutcome(std::int64_t row, const host::Outcome &outcome) 
   ++records_;
   if (outcome.failed) {
     ++failed_;
-    addErrorRow(row, "Ausnahme " + std::to_string(outcome.exceptionType) + ": " +
-                         host::toUtf8(outcome.message.c_str()));
+    addErrorRow(row, host::toUtf8(outcome.failure().c_str()));
   }
   for (const host::Problem &problem : outcome.problems) addProblem(row, problem);
   errorProblems_ += outcome.errors;

@@ -1,6 +1,6 @@
 # Checks generated records with one worker and with three, and compares the
-# outputs: with more rows than one batch, a batch is read while the one
-# before is checked, and workers take its rows a slice at a time.
+# outputs: with many slices of rows, workers read, check and write them in
+# turns and out of step, and the output must still be in input order.
 #   cmake -DPYTHON=... -DGENERATOR=... -DCHECK="quorel-check ... MODULE" -DWORK=dir -P parallel_batches.cmake
 
 file(MAKE_DIRECTORY "${WORK}")

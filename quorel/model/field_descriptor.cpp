@@ -1,6 +1,5 @@
 #include "quorel/model/field_descriptor.h"
 
-
 #include "quorel/masks/util.h"
 #include "quorel/model/data_record.h"
 #include "quorel/model/model_messages.h"
