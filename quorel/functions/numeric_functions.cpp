@@ -93,10 +93,9 @@ Value *Functions::ZUFALLSZAHL_AUS_LISTE(RuntimeContext *runtime, LocalArray *arr
 Value *Functions::ZUFALLSZAHL_AUS_REIHE(RuntimeContext *runtime, Value *v) {
   if (!v->isUsable()) return runtime->createInvalidValue();
   std::vector<Value *> elements;
-  {
-    std::unique_ptr<ValueIterator> walk(v->asRange());
-    while (walk->hasNext()) elements.push_back(walk->next());
-  }
+  // The walk belongs to the current section, and so does what it delivers.
+  ValueIterator *walk = runtime->createIterator(v);
+  while (walk->hasNext()) elements.push_back(walk->next());
   if (elements.empty()) return runtime->createInvalidValue();
   return elements[static_cast<std::size_t>(drawIndex(static_cast<std::int64_t>(elements.size())))];
 }
@@ -137,8 +136,7 @@ Value *Functions::MAXIMUM_AUS_LISTE(RuntimeContext *runtime, LocalArray *array) 
 
 Value *Functions::MAXIMUM_AUS_REIHE(RuntimeContext *runtime, Value *v) {
   if (!v->isUsable()) return runtime->createInvalidValue();
-  std::unique_ptr<ValueIterator> walk(v->asRange());
-  return MAXIMUM_AUS_LISTE(runtime, walk.get());
+  return MAXIMUM_AUS_LISTE(runtime, runtime->createIterator(v));
 }
 
 Value *Functions::ALS_GANZZAHL(RuntimeContext *runtime, Value *v) {

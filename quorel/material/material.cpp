@@ -9,6 +9,7 @@
 #include "quorel/rules/runtime_context.h"
 #include "quorel/values/iterator_iterator.h"
 #include "quorel/values/nil_value.h"
+#include "quorel/values/transient_walk.h"
 #include "quorel/values/value_set.h"
 
 namespace quorel {
@@ -97,8 +98,8 @@ Value *Material::copy() { return new Material(context_, material_, filter_, fiel
 bool Material::containsImpl(Value *other) {
   ValueSet values;
   {
-    std::unique_ptr<ValueIterator> walk(other->asRange());
-    while (walk->hasNext()) values.addValue(walk->next());
+    TransientWalk walk(other);
+    while (walk.hasNext()) values.addValue(walk.next());
   }
   if (values.getNumOfValues() != fields_->getNumOfFields()) {
     throw PlausiException(EXCEPTION_ILLEGAL_ARGUMENT,

@@ -9,21 +9,22 @@
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/values/number_value.h"
 #include "quorel/values/sequence_range.h"
+#include "quorel/values/transient_walk.h"
 #include "quorel/values/value_messages.h"
 
 namespace quorel {
 
 // The indices that a restriction walks. A sequence, as every unrestricted
 // dimension has, is walked as plain numbers: the indices are used up at
-// once, so no value need be made for each of them to live until the run
-// ends. Any other restriction is walked through its asRange.
+// once, so no value need be made for each of them. Any other restriction is
+// walked through its asRange, and what it makes dies with the walk.
 class IndexWalk {
  public:
   explicit IndexWalk(Value *restriction) {
     if (auto *sequence = dynamic_cast<SequenceRange *>(restriction)) {
       numbers_.emplace(*sequence);
     } else {
-      values_.reset(restriction->asRange());
+      values_.emplace(restriction);
     }
   }
 
@@ -38,7 +39,7 @@ class IndexWalk {
 
  private:
   std::optional<SequenceWalk> numbers_;
-  std::unique_ptr<ValueIterator> values_;
+  std::optional<TransientWalk> values_;
 };
 
 ArrayValueIterator::ArrayValueIterator(RuntimeContext *context) : context_(context) {}

@@ -15,7 +15,10 @@ FieldDescriptor::~FieldDescriptor() = default;
 
 std::int32_t *FieldDescriptor::getDimension() const { return type_->getDimension(); }
 
+std::atomic<std::uint32_t> FieldDescriptor::reindexings_{0};
+
 void FieldDescriptor::setIndices(const std::int32_t *indices) {
+  if (hierarchyHash_) reindexings_.fetch_add(1, std::memory_order_relaxed);
   indices_ = copyIndexList(indices);
   hierarchyHash_.reset();
 }
@@ -36,6 +39,9 @@ void FieldDescriptor::appendHierarchyText(std::string *text) const {
 }
 
 TextHash FieldDescriptor::makeHierarchyHash() const {
+  // Read first: a change while the parents' hashes are made only means that
+  // the next call works this one out again.
+  std::uint32_t round = reindexings_.load(std::memory_order_relaxed);
   TextHash hash;
   if (parent_ != nullptr) {
     hash = parent_->getHierarchyHash();
@@ -43,6 +49,7 @@ TextHash FieldDescriptor::makeHierarchyHash() const {
   }
   hash.append(type_->getFieldNameTopic());
   hash.appendIndices(getIndices());
+  hashRound_ = round;
   hierarchyHash_ = hash;
   return hash;
 }

@@ -9,6 +9,7 @@
 #ifndef QUOREL_MODEL_FIELD_DESCRIPTOR_H_
 #define QUOREL_MODEL_FIELD_DESCRIPTOR_H_
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -37,7 +38,8 @@ class FieldDescriptor {
   // The dimension list of the type; null for a field that is no array.
   std::int32_t *getDimension() const;
 
-  // Keeps a copy; the empty list stores null.
+  // Keeps a copy; the empty list stores null. Hierarchy hashes kept below a
+  // descriptor whose indices change are made anew.
   void setIndices(const std::int32_t *indices);
 
   // The topic names from the root down, each with its indices, joined by
@@ -52,8 +54,13 @@ class FieldDescriptor {
   // text: the parent's hash continued by this level's name and indices. It
   // is made at the first call and kept, since the chain of names never
   // changes and indices are given once, as an element is made, before
-  // anything reads it.
-  TextHash getHierarchyHash() const { return hierarchyHash_ ? *hierarchyHash_ : makeHierarchyHash(); }
+  // anything reads it. Should a host give a descriptor new indices after its
+  // hash was handed out, every kept hash is made anew once, those below it
+  // among them.
+  TextHash getHierarchyHash() const {
+    return hierarchyHash_ && hashRound_ == reindexings_.load(std::memory_order_relaxed) ? *hierarchyHash_
+                                                                                        : makeHierarchyHash();
+  }
 
  protected:
   // The record that holds this field's value: the given record walked
@@ -78,6 +85,12 @@ class FieldDescriptor {
   FieldDescriptor *parent_;
   IndexList indices_;
   mutable std::optional<TextHash> hierarchyHash_;
+  mutable std::uint32_t hashRound_ = 0;  // reindexings_ when the hash was made
+  // How often a descriptor with a kept hash got new indices, in the whole
+  // process: a descriptor knows its parent but not its children, so a change
+  // reaches the hashes below it by this count alone. Never in the usual
+  // course, where indices come before any hash.
+  static std::atomic<std::uint32_t> reindexings_;
 };
 
 }  // namespace quorel

@@ -101,17 +101,22 @@ bool Pattern::parseWithin(std::uintptr_t stackLimit) {
 }
 
 bool Pattern::matches(const char *pattern, const char *input, std::int32_t flags) {
-  return PatternCache::forThisThread().matches(pattern, input, flags);
+  return PatternCache::matchesOnThisThread(pattern, input, flags);
 }
 
-void Pattern::setCacheCapacity(std::int32_t capacity) { PatternCache::forThisThread().setCapacity(capacity); }
+void Pattern::setCacheCapacity(std::int32_t capacity) {
+  if (PatternCache *cache = PatternCache::forThisThread()) cache->setCapacity(capacity);
+}
 
-std::int32_t Pattern::getCacheCapacity() { return PatternCache::forThisThread().capacity(); }
+std::int32_t Pattern::getCacheCapacity() {
+  PatternCache *cache = PatternCache::forThisThread();
+  return cache != nullptr ? cache->capacity() : 0;
+}
 
 namespace {
 
 // A plain word of static thread storage, read at every match.
-thread_local std::int64_t stepLimit __attribute__((tls_model("initial-exec"))) = 0;
+thread_local std::int64_t stepLimit = 0;
 
 }  // namespace
 

@@ -73,6 +73,8 @@ class Pattern {
   // How many compiled patterns matches() keeps for the calling thread, the
   // least recently used going first; 0 compiles at every call. The default
   // is PatternCache::kDefaultCapacity. Lowering it drops what no longer fits.
+  // Once the thread's cache is gone (as the thread ends) matches compile at
+  // every call, the capacity reads 0, and setting it does nothing.
   static void setCacheCapacity(std::int32_t capacity);
   static std::int32_t getCacheCapacity();
 

@@ -27,23 +27,38 @@ bool runMatcher(Pattern *pattern, const char *input) {
 namespace {
 
 // The cache of the calling thread, reached at every match: a plain pointer
-// in static thread storage is one load away, where the cache itself (with a
+// in thread storage is found at once, where the cache itself (with a
 // destructor) would cost a call to find. The owner frees it when the thread
-// ends.
-thread_local PatternCache *currentCache __attribute__((tls_model("initial-exec"))) = nullptr;
+// ends, and says so: a thread-local owner is not made twice, and what is
+// destroyed after it may still ask for matches.
+thread_local PatternCache *currentCache = nullptr;
+thread_local bool cacheClosed = false;
 
 struct CacheOwner {
   std::unique_ptr<PatternCache> cache = std::make_unique<PatternCache>();
   CacheOwner() { currentCache = cache.get(); }
-  ~CacheOwner() { currentCache = nullptr; }
+  ~CacheOwner() {
+    currentCache = nullptr;
+    cacheClosed = true;
+  }
 };
 
 }  // namespace
 
-PatternCache &PatternCache::forThisThread() {
-  if (currentCache != nullptr) return *currentCache;
+PatternCache *PatternCache::forThisThread() {
+  if (currentCache != nullptr || cacheClosed) return currentCache;
   thread_local CacheOwner owner;
-  return *owner.cache;
+  return owner.cache.get();
+}
+
+bool PatternCache::matchesOnThisThread(const char *pattern, const char *input, std::int32_t flags) {
+  if (PatternCache *cache = forThisThread()) return cache->matches(pattern, input, flags);
+  return compileAndMatch(pattern != nullptr ? pattern : "", input, flags);
+}
+
+bool PatternCache::compileAndMatch(const char *pattern, const char *input, std::int32_t flags) {
+  std::unique_ptr<Pattern> compiled(Pattern::compile(pattern, flags));
+  return compiled != nullptr && runMatcher(compiled.get(), input);
 }
 
 PatternCache::PatternCache() = default;
@@ -78,10 +93,7 @@ const PatternCache::Entry *PatternCache::find(const char *text, std::int32_t fla
 
 bool PatternCache::matches(const char *pattern, const char *input, std::int32_t flags) {
   if (pattern == nullptr) pattern = "";
-  if (capacity_ == 0) {
-    std::unique_ptr<Pattern> compiled(Pattern::compile(pattern, flags));
-    return compiled != nullptr && runMatcher(compiled.get(), input);
-  }
+  if (capacity_ == 0) return compileAndMatch(pattern, input, flags);
   // A rule that tests one pattern record after record asks for the most
   // recently used one again: no hashing for that.
   if (!entries_.empty() && entries_.front().holds(pattern, flags)) return entries_.front().matches(input);

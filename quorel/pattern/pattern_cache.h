@@ -13,7 +13,8 @@
 // before each match, and the step limit, stack guard and private-stack
 // fallback of the matcher apply as to a new one. Each thread has its own
 // cache (no lock), which owns its patterns and frees them when the thread
-// ends.
+// ends. Matches asked for after that (by the destructors of static and
+// thread-local objects) compile at every call.
 
 #ifndef QUOREL_PATTERN_PATTERN_CACHE_H_
 #define QUOREL_PATTERN_PATTERN_CACHE_H_
@@ -32,8 +33,12 @@ class PatternCache {
  public:
   static constexpr std::int32_t kDefaultCapacity = 64;
 
-  // The cache of the calling thread.
-  static PatternCache &forThisThread();
+  // The cache of the calling thread, made at its first call; null once the
+  // thread's cache is gone, as the thread ends.
+  static PatternCache *forThisThread();
+  // Whether the whole input matches the whole pattern, through the calling
+  // thread's cache while it has one.
+  static bool matchesOnThisThread(const char *pattern, const char *input, std::int32_t flags);
 
   PatternCache();
   ~PatternCache();
@@ -63,6 +68,7 @@ class PatternCache {
   };
   using Entries = std::list<Entry>;
 
+  static bool compileAndMatch(const char *pattern, const char *input, std::int32_t flags);
   static std::size_t hashOf(const char *text, std::int32_t flags);
   // The entry of text and flags, now the most recently used, or null.
   const Entry *find(const char *text, std::int32_t flags, std::size_t hash);

@@ -16,7 +16,7 @@ constexpr std::uintptr_t kFallbackDepth = 4 * 1024 * 1024;
 // The low end of the calling thread's stack, asked once per thread: the
 // question is costly (for the main thread it reads the process's maps).
 std::uintptr_t stackLowEnd(std::uintptr_t current) {
-  thread_local std::uintptr_t low __attribute__((tls_model("initial-exec"))) = 0;
+  thread_local std::uintptr_t low = 0;
   if (low == 0) {
     pthread_attr_t attributes;
     void *stackLow = nullptr;

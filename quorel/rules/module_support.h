@@ -76,7 +76,9 @@ class SectionScope {
 
  private:
   RuntimeContext *runtime_;
-  PlausiSection *section_;  // null once left
+  // The number of the scope's section, 0 once left: the section itself may
+  // be gone, and its address taken by another.
+  std::uint64_t section_;
 };
 
 // ModuleTopic: a Topic for generated record types that builds the

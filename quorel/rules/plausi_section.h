@@ -26,7 +26,8 @@ class PlausiObject;
 
 class PlausiSection {
  public:
-  PlausiSection(const char *name, PlausiSection *parent, bool checkProc);
+  // number: the section's place among those its run opened, from 1.
+  PlausiSection(const char *name, PlausiSection *parent, bool checkProc, std::uint64_t number);
   ~PlausiSection();
 
   PlausiSection(const PlausiSection &) = delete;
@@ -38,6 +39,9 @@ class PlausiSection {
   // Null for a section opened without a name.
   const char *getName() const { return name_.get(); }
   PlausiSection *getParent() const { return parent_; }
+  // Unlike its address, which a later section may reuse, this number names
+  // the section alone within its run.
+  std::uint64_t getNumber() const { return number_; }
   bool isCheckProc() const { return checkProc_; }
 
   // Takes ownership of the object.
@@ -60,10 +64,11 @@ class PlausiSection {
   }
 
  private:
-  // Room for names of up to 55 bytes, which keeps the section within the
+  // Room for names of up to 47 bytes, which keeps the section within the
   // largest blocks that the pool recycles.
-  InlineText<56> name_;
+  InlineText<48> name_;
   PlausiSection *parent_;
+  std::uint64_t number_;
   bool checkProc_;
   // The outermost check procedure among this section and those above, or
   // null; known when the section opens, since the sections above stay.

@@ -21,6 +21,7 @@
 #include "quorel/values/sequence_range.h"
 #include "quorel/values/string_value.h"
 #include "quorel/values/value_iterator.h"
+#include "quorel/values/value_keeper.h"
 
 namespace quorel {
 
@@ -35,10 +36,6 @@ void traceSection(Logger *logger, std::int32_t openSections, const char *arrow, 
   line << arrow << name;
 }
 
-// The run in progress on this thread, the innermost where runs nest; each
-// run links to the one it began within.
-thread_local RuntimeContext *activeRun = nullptr;
-
 // A section without a name shows none; a null text would spoil the stream.
 const char *traceName(const char *name) { return name != nullptr ? name : ""; }
 
@@ -47,16 +44,9 @@ const char *traceName(const char *name) { return name != nullptr ? name : ""; }
 RuntimeContext::RuntimeContext(PlausiContext *context, ClassificationRessource *classifications)
     : context_(context), classifications_(classifications) {
   startNewSection("Plausi", false);
-  outerRun_ = activeRun;
-  activeRun = this;
 }
 
 RuntimeContext::~RuntimeContext() {
-  // Runs normally end innermost first; one that ends out of turn is unlinked
-  // where it stands.
-  RuntimeContext **link = &activeRun;
-  while (*link != nullptr && *link != this) link = &(*link)->outerRun_;
-  if (*link == this) *link = outerRun_;
   if (current_ != nullptr) leaveCurrentSection();
   // Sections left open by an exception: release the inner ones first, as
   // leaving them in order would.
@@ -76,7 +66,7 @@ Value *RuntimeContext::getClassificationByValue(const char *value) {
 
 void RuntimeContext::startNewSection(const char *name, bool checkProc) {
   traceSection(getLogger(), depth_, "--> ", traceName(name));
-  current_ = new PlausiSection(name, current_, checkProc);
+  current_ = new PlausiSection(name, current_, checkProc, ++sectionsOpened_);
   ++depth_;
 }
 
@@ -85,14 +75,6 @@ void RuntimeContext::leaveCurrentSection() {
   current_ = section->getParent();
   --depth_;
   traceSection(getLogger(), depth_, "<-- ", traceName(section->getName()));
-}
-
-bool RuntimeContext::ownUntilRunEnds(PlausiObject *object) {
-  if (activeRun == nullptr || activeRun->current_ == nullptr) return false;
-  PlausiSection *root = activeRun->current_;
-  while (root->getParent() != nullptr) root = root->getParent();
-  root->addLocalObject(object);
-  return true;
 }
 
 void RuntimeContext::setSectionInfosToProblem(PlausiProblem *problem) {
@@ -120,7 +102,12 @@ Value *RuntimeContext::createInconvertibleValue(const char *message) {
   return own(new InconvertibleValue(message));
 }
 
-ValueIterator *RuntimeContext::createIterator(Value *value) { return own(value->asRange()); }
+ValueIterator *RuntimeContext::createIterator(Value *value) {
+  ValueIterator *walk = own(value->asRange());
+  // A scalar delivers itself; only ranges make values.
+  if (value->isRange()) walk->keepDeliveredIn(own(new ValueKeeper()));
+  return walk;
+}
 
 ArrayValueIterator *RuntimeContext::createIterator(FieldArray *array) {
   return own(new FieldArrayValueIterator(this, array));

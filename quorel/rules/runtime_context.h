@@ -12,10 +12,9 @@
 // and then releases any sections that rule code left open, for instance
 // because an exception unwound through it. Not copied.
 //
-// A run begins and ends on one thread, and is that thread's run in progress
-// while it lasts (the innermost one, where runs nest): walks that make the
-// values they deliver hand them to it, so that those values live on after
-// their iterator until the run ends.
+// A run is bound to no thread: it may begin on one and end on another, and
+// runs on one thread may end in any order. One run is used by one thread at
+// a time.
 
 #ifndef QUOREL_RULES_RUNTIME_CONTEXT_H_
 #define QUOREL_RULES_RUNTIME_CONTEXT_H_
@@ -83,7 +82,10 @@ class RuntimeContext {
   Value *createNilValue();
   Value *createInvalidValue();
   Value *createInconvertibleValue(const char *message);
-  ValueIterator *createIterator(Value *value);  // value->asRange()
+  // value->asRange(); the values that the walk makes (the numbers of a
+  // sequence) belong to the current section too, however long the value
+  // walked lives.
+  ValueIterator *createIterator(Value *value);
   // Walks of the values of an array, optionally restricted per dimension.
   ArrayValueIterator *createIterator(FieldArray *array);
   ArrayValueIterator *createIterator(LocalArray *array);
@@ -107,10 +109,6 @@ class RuntimeContext {
   Value *createMaterial(MaterialDescriptor *material, std::int32_t conditions, std::int32_t fields, ...);
   Value *createMaterialValue(Field *field, DataRecord *record);
 
-  // Hands object to the run in progress on this thread, whose root section
-  // keeps it until the run ends; false, and nothing taken, outside any run.
-  static bool ownUntilRunEnds(PlausiObject *object);
-
  private:
   // Hands the new object to the current section and gives it back.
   template <typename T>
@@ -128,8 +126,7 @@ class RuntimeContext {
   PlausiSection *current_ = nullptr;
   std::int32_t depth_ = 0;  // sections open
   FieldDescriptor *currentField_ = nullptr;
-  // The run that was in progress on this thread when this one began.
-  RuntimeContext *outerRun_ = nullptr;
+  std::uint64_t sectionsOpened_ = 0;  // in the whole run
 };
 
 }  // namespace quorel

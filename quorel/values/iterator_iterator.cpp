@@ -9,7 +9,15 @@ IteratorIterator::IteratorIterator() = default;
 
 IteratorIterator::~IteratorIterator() = default;
 
-void IteratorIterator::addIterator(ValueIterator *iterator) { iterators_.emplace_back(iterator); }
+void IteratorIterator::addIterator(ValueIterator *iterator) {
+  iterators_.emplace_back(iterator);
+  if (keeper_ != nullptr) iterator->keepDeliveredIn(keeper_);
+}
+
+void IteratorIterator::keepDeliveredIn(ValueKeeper *keeper) {
+  keeper_ = keeper;
+  for (const auto &iterator : iterators_) iterator->keepDeliveredIn(keeper);
+}
 
 bool IteratorIterator::hasNext() { return !iterators_.empty() && iterators_.front()->hasNext(); }
 

@@ -13,6 +13,8 @@ void ObjectPool::release(void *block, std::size_t) noexcept { ::operator delete(
 
 bool ObjectPool::isRecycling() { return false; }
 
+void ObjectPool::bypassOnThisThread() {}
+
 #else
 
 namespace {
@@ -71,13 +73,13 @@ class FreeLists {
 };
 
 // The lists of the calling thread, reached on every request. A plain pointer
-// in the static TLS block is one load away, where the lists themselves (with
-// a destructor) would cost a call to find; a few bytes of static TLS are
-// available even to a library loaded late.
-thread_local FreeLists *currentLists __attribute__((tls_model("initial-exec"))) = nullptr;
+// is found at once, where the lists themselves (with a destructor) would
+// cost a call to a wrapper first. No initial-exec model: a library loaded by
+// dlopen after others used up the static TLS block must still load.
+thread_local FreeLists *currentLists = nullptr;
 // Set once the thread's lists are gone: what is released after that (objects
 // that static or thread-local objects hold) goes to the heap directly.
-thread_local bool listsClosed __attribute__((tls_model("initial-exec"))) = false;
+thread_local bool listsClosed = false;
 
 FreeLists::~FreeLists() {
   currentLists = nullptr;
@@ -134,6 +136,11 @@ void ObjectPool::release(void *block, std::size_t size) noexcept {
 }
 
 bool ObjectPool::isRecycling() { return true; }
+
+void ObjectPool::bypassOnThisThread() {
+  currentLists = nullptr;
+  listsClosed = true;
+}
 
 #endif
 

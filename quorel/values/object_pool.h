@@ -37,6 +37,11 @@ class ObjectPool {
   static void release(void *block, std::size_t size) noexcept;
   // Whether this build recycles blocks.
   static bool isRecycling();
+  // From now on the calling thread's requests go to the heap and its
+  // releases back to it, as in a build without recycling; blocks it keeps
+  // already are freed when it ends. For tests that run the same work both
+  // ways and compare.
+  static void bypassOnThisThread();
 };
 
 template <typename T>

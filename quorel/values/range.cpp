@@ -1,8 +1,6 @@
 #include "quorel/values/range.h"
 
-#include <memory>
-
-#include "quorel/values/value_iterator.h"
+#include "quorel/values/transient_walk.h"
 #include "quorel/values/value_messages.h"
 
 namespace quorel {
@@ -14,19 +12,19 @@ std::tm *Range::asDate() { messages::refuseConversion(messages::kRangeToDate); }
 OperatorLevel Range::getOperatorLevel() { return RANGE_LEVEL; }
 
 bool Range::compareElements(Value *other, Comparison op) {
-  std::unique_ptr<ValueIterator> mine(asRange());
+  TransientWalk mine(this);
   if (other->isRange()) {
-    std::unique_ptr<ValueIterator> theirs(other->asRange());
-    while (mine->hasNext() && theirs->hasNext()) {
-      Value *y = theirs->next();
-      Value *x = mine->next();
+    TransientWalk theirs(other);
+    while (mine.hasNext() && theirs.hasNext()) {
+      Value *y = theirs.next();
+      Value *x = mine.next();
       if (!(x->*op)(y)) return false;
     }
     // Ranges of different lengths stand in no relation.
-    return !mine->hasNext() && !theirs->hasNext();
+    return !mine.hasNext() && !theirs.hasNext();
   }
-  while (mine->hasNext()) {
-    if (!(mine->next()->*op)(other)) return false;
+  while (mine.hasNext()) {
+    if (!(mine.next()->*op)(other)) return false;
   }
   return true;
 }

@@ -3,6 +3,7 @@
 #include <cstdarg>
 
 #include "quorel/values/iterator_iterator.h"
+#include "quorel/values/transient_walk.h"
 
 namespace quorel {
 
@@ -23,8 +24,8 @@ void RangeSeries::addRange(Value *value) { members_.emplace_back(value->copy());
 
 const char *RangeSeries::asString() {
   text_.clear();
-  std::unique_ptr<ValueIterator> walk(asRange());
-  while (walk->hasNext()) text_.append("[").append(walk->next()->asString()).append("]");
+  TransientWalk walk(this);
+  while (walk.hasNext()) text_.append("[").append(walk.next()->asString()).append("]");
   if (text_.empty()) text_ = "'lehre Wertebereichs-Reihe'";
   return text_.c_str();
 }
@@ -32,22 +33,22 @@ const char *RangeSeries::asString() {
 std::int64_t RangeSeries::asInteger() {
   // Unsigned addition wraps instead of overflowing.
   std::uint64_t sum = 0;
-  std::unique_ptr<ValueIterator> walk(asRange());
-  while (walk->hasNext()) sum += static_cast<std::uint64_t>(walk->next()->asInteger());
+  TransientWalk walk(this);
+  while (walk.hasNext()) sum += static_cast<std::uint64_t>(walk.next()->asInteger());
   return static_cast<std::int64_t>(sum);
 }
 
 double RangeSeries::asReal() {
   double sum = 0.0;
-  std::unique_ptr<ValueIterator> walk(asRange());
-  while (walk->hasNext()) sum += walk->next()->asReal();
+  TransientWalk walk(this);
+  while (walk.hasNext()) sum += walk.next()->asReal();
   return sum;
 }
 
 bool RangeSeries::asBool() {
-  std::unique_ptr<ValueIterator> walk(asRange());
-  while (walk->hasNext()) {
-    if (walk->next()->asBool()) return true;
+  TransientWalk walk(this);
+  while (walk.hasNext()) {
+    if (walk.next()->asBool()) return true;
   }
   return false;
 }

@@ -2,7 +2,6 @@
 
 #include "quorel/masks/util.h"
 #include "quorel/rules/plausi_exception.h"
-#include "quorel/rules/runtime_context.h"
 #include "quorel/values/number_value.h"
 #include "quorel/values/value_messages.h"
 
@@ -16,8 +15,7 @@ namespace {
 
 }  // namespace
 
-SequenceRange::SequenceRange(Value *first, Value *second, Value *last)
-    : delivered_(std::make_shared<DeliveredValues>()) {
+SequenceRange::SequenceRange(Value *first, Value *second, Value *last) {
   if (second->gt(first) && last->lt(second)) {
     invalidSequence("Ung\xFC" "ltige Sequenz: Der letzte Wert ist kleiner als der zweite.");
   }
@@ -95,20 +93,22 @@ double SequenceWalk::next() {
   return value;
 }
 
-SequenceIterator::SequenceIterator(SequenceRange *range) : walk_(*range), delivered_(range->delivered_) {}
+SequenceIterator::SequenceIterator(SequenceRange *range) : walk_(*range) {
+  if (!range->delivered_) range->delivered_ = std::make_shared<ValueKeeper>();
+  shared_ = range->delivered_;
+  keeper_ = shared_.get();
+}
 
 bool SequenceIterator::hasNext() { return walk_.hasNext(); }
 
 Value *SequenceIterator::next() {
   if (!hasNext()) throw PlausiException(EXCEPTION_ITERATION, messages::kIterationOverflow);
-  auto value = std::make_unique<NumberValue>(walk_.next());
-  Value *delivered = value.get();
-  if (RuntimeContext::ownUntilRunEnds(delivered)) {
-    value.release();
-  } else {
-    delivered_->push_back(std::move(value));
-  }
-  return delivered;
+  return keeper_->keep(std::make_unique<NumberValue>(walk_.next()));
+}
+
+void SequenceIterator::keepDeliveredIn(ValueKeeper *keeper) {
+  keeper_ = keeper;
+  shared_.reset();
 }
 
 }  // namespace quorel

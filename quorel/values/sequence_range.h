@@ -4,10 +4,10 @@
 // the values' own kinds; walking and containment work on asReal. The walk
 // adds the step again and again and compares exactly, while containment
 // accepts a value on the grid within the tolerance of numbers. The three
-// values are owned copies. The numbers a walk delivers belong to the run in
-// progress on the thread and live until it ends, whatever becomes of the
-// iterator or the sequence; outside any run they belong to a pool that the
-// sequence shares with its iterators, and live as long as either of them.
+// values are owned copies. The numbers a walk delivers belong to a keeper
+// that the sequence shares with its iterators, and live as long as either of
+// them, unless the iterator's owner gives it a keeper of its own
+// (ValueIterator::keepDeliveredIn), as the sections of a run do.
 
 #ifndef QUOREL_VALUES_SEQUENCE_RANGE_H_
 #define QUOREL_VALUES_SEQUENCE_RANGE_H_
@@ -18,12 +18,9 @@
 
 #include "quorel/values/range.h"
 #include "quorel/values/value_iterator.h"
+#include "quorel/values/value_keeper.h"
 
 namespace quorel {
-
-// Values delivered by walks outside any run, kept for the life of their
-// owners.
-using DeliveredValues = std::vector<std::unique_ptr<Value>>;
 
 class SequenceRange : public Range {
  public:
@@ -55,7 +52,8 @@ class SequenceRange : public Range {
   std::unique_ptr<Value> second_;
   std::unique_ptr<Value> last_;
   std::unique_ptr<std::string> text_;
-  std::shared_ptr<DeliveredValues> delivered_;
+  // The keeper of what walks deliver, made at the first walk.
+  std::shared_ptr<ValueKeeper> delivered_;
 };
 
 // The numbers of a sequence: current, current + step, ... while not past
@@ -84,10 +82,12 @@ class SequenceIterator : public ValueIterator {
 
   bool hasNext() override;
   Value *next() override;
+  void keepDeliveredIn(ValueKeeper *keeper) override;
 
  private:
   SequenceWalk walk_;
-  std::shared_ptr<DeliveredValues> delivered_;
+  std::shared_ptr<ValueKeeper> shared_;  // the sequence's keeper, until another is given
+  ValueKeeper *keeper_;
 };
 
 }  // namespace quorel

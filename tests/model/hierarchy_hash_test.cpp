@@ -59,6 +59,25 @@ TEST(HierarchyHashTest, EqualsTheHashOfTheHierarchyTextAtEveryLevel) {
   }
 }
 
+TEST(HierarchyHashTest, NewIndicesOfATopicReachTheHashesBelowIt) {
+  StandaloneRoot root;
+  SimpleDataRecord record;
+  NoRules plausi;
+  PlausiContext context(&record);
+  RuntimeContext runtime(&context, &plausi);
+  record.setValue("Root.Kinder[1].Vorname", "Ida");
+  record.setValue("Root.Kinder[2].Vorname", "Ede");
+  std::int32_t one[] = {1, -1};
+  std::int32_t two[] = {2, -1};
+  auto *child = static_cast<ChildTopic *>(root.kinder->getElement(&runtime, one));
+  EXPECT_STREQ("Ida", record.getString(child->vorname));
+  // A host that reuses an element for another index.
+  child->setIndices(two);
+  EXPECT_EQ("Root.Kinder[2].Vorname", child->vorname->getHierarchyText());
+  EXPECT_EQ(hashOfText(child->vorname->getHierarchyText()), child->vorname->getHierarchyHash().get());
+  EXPECT_STREQ("Ede", record.getString(child->vorname));
+}
+
 TEST(HierarchyHashTest, RecordKeysOfFieldsAndSizesMatchTheirTexts) {
   StandaloneRoot root;
   SimpleDataRecord record;

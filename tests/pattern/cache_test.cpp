@@ -100,6 +100,44 @@ TEST(PatternCacheTest, KeepsTheMostRecentlyUsedWithinItsCapacity) {
   EXPECT_EQ(0, cache.size());
 }
 
+// Destructors that run after the thread's cache is gone still get answers
+// (and the reports of bad patterns), as if there were no cache.
+class MatchesWhenDestroyed {
+ public:
+  explicit MatchesWhenDestroyed(int *answers) : answers_(answers) {}
+  ~MatchesWhenDestroyed() {
+    *answers_ = Pattern::matches("[0-9]{5}", "12345", 0) && !Pattern::matches("[0-9]{5}", "1234", 0) ? 1 : 2;
+  }
+
+ private:
+  int *answers_;
+};
+
+TEST(PatternCacheTest, AThreadLocalDestroyedAfterTheCacheStillMatches) {
+  int answers = 0;
+  std::thread([&answers] {
+    // Made before the thread's first match, so destroyed after its cache.
+    thread_local MatchesWhenDestroyed late(&answers);
+    EXPECT_TRUE(Pattern::matches("[0-9]{5}", "54321", 0));
+  }).join();
+  EXPECT_EQ(1, answers);
+}
+
+TEST(PatternCacheDeathTest, AStaticDestroyedAfterMainStillMatches) {
+  EXPECT_EXIT(
+      {
+        static int answers = 0;
+        struct Report {
+          ~Report() { std::_Exit(answers); }
+        };
+        static Report report;  // destroyed last: says what the matcher answered
+        static MatchesWhenDestroyed late(&answers);
+        Pattern::matches("[a-z]+", "abc", 0);  // the main thread's cache comes into being
+        std::exit(0);
+      },
+      testing::ExitedWithCode(1), "");
+}
+
 TEST(PatternCacheTest, EachThreadHasItsOwnCapacity) {
   std::int32_t saved = Pattern::getCacheCapacity();
   Pattern::setCacheCapacity(3);

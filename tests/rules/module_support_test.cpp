@@ -37,6 +37,22 @@ TEST(SectionScopeTest, LeavesItsSectionAndWhatWasLeftOpenInsideIt) {
   EXPECT_EQ("Plausi", openSections(&run.runtime));
 }
 
+TEST(SectionScopeTest, AScopeWhoseSectionWasLeftLeavesNoLaterSection) {
+  TestRun run;
+  {
+    SectionScope rule(&run.runtime, "Regel");
+    SectionScope inner(&run.runtime, "Innen");
+    rule.leave();  // takes Innen along
+    // Opened where Regel and Innen stood, and likely in their memory: the
+    // end of inner must leave them alone all the same.
+    run.runtime.startNewSection("Spaeter", false);
+    run.runtime.startNewSection("Noch", false);
+  }
+  EXPECT_EQ("Plausi>Spaeter>Noch", openSections(&run.runtime));
+  run.runtime.leaveCurrentSection();
+  run.runtime.leaveCurrentSection();
+}
+
 TEST(SectionScopeTest, ExceptionCaughtInRuleCodeLeavesTheSectionsPaired) {
   TestRun run;
   try {

@@ -1,0 +1,7 @@
+#include "quorel/values/value_iterator.h"
+
+namespace quorel {
+
+void ValueIterator::keepDeliveredIn(ValueKeeper *) {}
+
+}  // namespace quorel
