@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "quorel/functions/functions.h"
 #include "quorel/material/data_record_set.h"
 #include "quorel/material/field_set.h"
 #include "quorel/material/material_access.h"
@@ -174,9 +175,15 @@ TEST_F(MaterialTest, ContainmentIsAskedOfTheHostWithCopies) {
   Value *tuple = rt()->createRangeSeries(2, rt()->createNumberValue(2.0), rt()->createStringValue("Schulz"));
   EXPECT_TRUE(pairs->contains(tuple));
   EXPECT_EQ(0, access_.readCalls);
-  expectFailure([&] { pairs->contains(rt()->createStringValue("Schulz")); }, EXCEPTION_ILLEGAL_ARGUMENT,
-                "Fehler beim Materialzugriff: Anzahl der Werte stimmt nicht mit der Anzahl der Felder "
-                "\xFC" "berein.");
+  // Fewer values than fields, and more.
+  for (Value *wrong : {rt()->createStringValue("Schulz"),
+                       rt()->createRangeSeries(3, rt()->createNumberValue(2.0), rt()->createStringValue("Schulz"),
+                                               rt()->createStringValue("x"))}) {
+    expectFailure([&] { pairs->contains(wrong); }, EXCEPTION_ILLEGAL_ARGUMENT,
+                  "Fehler beim Materialzugriff: Anzahl der Werte stimmt nicht mit der Anzahl der Felder "
+                  "\xFC" "berein.");
+  }
+  EXPECT_EQ(2, access_.lastTupleSize);  // neither reached the host
 }
 
 TEST_F(MaterialTest, MissingAccessFailsWithTheMaterialsName) {
@@ -185,6 +192,10 @@ TEST_F(MaterialTest, MissingAccessFailsWithTheMaterialsName) {
   expectFailure([&] { delete names->asRange(); }, EXCEPTION_MATERIAL_ACCESS, "Kunden");
   expectFailure([&] { names->asString(); }, EXCEPTION_MATERIAL_ACCESS, "Kunden");
   expectFailure([&] { names->contains(rt()->createStringValue("x")); }, EXCEPTION_MATERIAL_ACCESS, "Kunden");
+  // A failure that is not about the value's shape is no answer of the
+  // type check: it reaches the caller.
+  expectFailure([&] { Functions::isTypeConform(rt(), names, FieldTypeText, nullptr); }, EXCEPTION_MATERIAL_ACCESS,
+                "Kunden");
   // A tuple of the wrong length is reported first.
   EXPECT_EQ(EXCEPTION_ILLEGAL_ARGUMENT,
             thrownBy([&] { names->contains(rt()->createRangeSeries(0)); }).getType());

@@ -94,6 +94,11 @@ TEST_F(VariablesTest, WritesFollowTheFieldTypeAndIgnoreNil) {
   EXPECT_TRUE(record_.isEmpty(root_.alter));
   root_.datum->set(rt(), rt()->createDateValue("2020-02-01", "JJJJ-MM-TT"));
   EXPECT_STREQ("01.02.2020", record_.getString(root_.datum));  // the field's own mask
+  // A field whose own mask is not the default one.
+  TypeDescriptor isoType(root_.getTypeDescriptor(), nullptr, "Iso", nullptr, FieldTypeDate, "JJJJ-MM-TT", 0);
+  Field iso(&isoType, &root_);
+  iso.set(rt(), rt()->createDateValue("03.04.2021", "TT.MM.JJJJ"));
+  EXPECT_STREQ("2021-04-03", record_.getString(&iso));
   root_.name->set(rt(), rt()->createNumberValue(1.5));
   EXPECT_STREQ("1,5", record_.getString(root_.name));
   // A value that cannot become the field's type leaves the record unchanged.

@@ -15,6 +15,7 @@
 #include "quorel/values/range_series.h"
 #include "quorel/values/sequence_range.h"
 #include "quorel/values/single_value_iterator.h"
+#include "quorel/values/value_keeper.h"
 #include "quorel/values/value_set.h"
 #include "test_support.h"
 
@@ -155,6 +156,26 @@ TEST(RangeWalkTest, NumbersOfAWalkBelongToTheRunThatWalks) {
   for (int i = 0; i < 50; ++i) rt->createNumberValue(1000.0);
   EXPECT_STREQ("1", first->asString());
   EXPECT_STREQ("2", walk->next()->asString());
+}
+
+TEST(RangeWalkTest, AChainGivesItsKeeperToIteratorsAddedLater) {
+  ValueKeeper keeper;
+  Value *last;
+  {
+    IteratorIterator chain;
+    chain.keepDeliveredIn(&keeper);
+    {
+      NumberValue first(1.0), second(2.0), third(3.0);
+      SequenceRange gone(&first, &second, &third);
+      chain.addIterator(gone.asRange());
+    }
+    chain.next();
+    chain.next();
+    last = chain.next();  // the walk, now empty, leaves the chain
+  }
+  TestRun later;
+  for (int i = 0; i < 50; ++i) later.runtime.createNumberValue(1000.0);
+  EXPECT_STREQ("3", last->asString());
 }
 
 TEST(RangeWalkTest, WalksInALoopKeepMemoryFlat) {

@@ -96,6 +96,13 @@ TEST(NumberValueTest, TruncatesAndIsTrueOnlyAtOne) {
   EXPECT_EQ(-2, NumberValue(-2.9).asInteger());
   EXPECT_EQ(INT64_MAX, NumberValue(1e300).asInteger());
   EXPECT_EQ(INT64_MIN, NumberValue(-1e300).asInteger());
+  // The edges themselves: 2^63 is the first double beyond the range, -2^63
+  // the last within it, and the doubles next to them stay exact.
+  EXPECT_EQ(INT64_MAX, NumberValue(9223372036854775808.0).asInteger());
+  EXPECT_EQ(9223372036854774784, NumberValue(9223372036854774784.0).asInteger());
+  EXPECT_EQ(INT64_MIN, NumberValue(-9223372036854775808.0).asInteger());
+  EXPECT_EQ(INT64_MIN, NumberValue(-9223372036854777856.0).asInteger());
+  EXPECT_EQ(-9223372036854774784, NumberValue(-9223372036854774784.0).asInteger());
   EXPECT_TRUE(NumberValue(1.0).asBool());
   EXPECT_FALSE(NumberValue(2.0).asBool());
   EXPECT_FALSE(NumberValue(0.5).asBool());
