@@ -42,20 +42,19 @@ std::int32_t NFANode::matchByte(const ByteSet &accepted, const char *input, Patt
   return follow(next, input, matcher, position + 1);
 }
 
-const char *NFANode::className() const {
-  thread_local std::string name;
+std::string NFANode::className() const {
   int status = 0;
   char *demangled = abi::__cxa_demangle(typeid(*this).name(), nullptr, nullptr, &status);
-  name = status == 0 && demangled != nullptr ? demangled : typeid(*this).name();
+  std::string name = status == 0 && demangled != nullptr ? demangled : typeid(*this).name();
   std::free(demangled);
-  return name.c_str();
+  return name;
 }
 
 void NFANode::printIndent(std::int32_t indent) { std::printf("%*c", static_cast<int>(indent * 2), ' '); }
 
 void NFANode::printLine(std::int32_t indent, const char *details, ...) const {
   printIndent(indent);
-  std::fputs(className(), stdout);
+  std::fputs(className().c_str(), stdout);
   if (details != nullptr) {
     va_list arguments;
     va_start(arguments, details);

@@ -17,6 +17,7 @@
 
 #include <cstdint>
 #include <map>
+#include <string>
 
 class ByteSet;
 class PatternMatcher;
@@ -62,7 +63,7 @@ class NFANode {
     if (next != nullptr) next->print(indent);
   }
   // The class name for the dump.
-  const char *className() const;
+  std::string className() const;
   // Writes "%*c" for indent: a blank in a field of twice the indent.
   static void printIndent(std::int32_t indent);
 };
