@@ -4,6 +4,8 @@
 // thread's object pool bypassed must give the same transcript. Meant for the
 // normal build (recycling on) and the ThreadSanitizer build alike.
 
+#include <malloc.h>
+
 #include <memory>
 #include <sstream>
 #include <string>
@@ -149,6 +151,14 @@ TEST(ConcurrentRunsTest, MixedLifetimesGiveWhatTheHeapAloneGives) {
   std::thread([&] { unpooled = mixedWork(true); }).join();
   EXPECT_EQ(unpooled, pooled);
   EXPECT_EQ(0u, pooled.find("0 1 2 3|20|1\n"));
+
+  // Memory stays flat when the same work is done again and again.
+  auto heapInUse = [] { return mallinfo2().uordblks; };
+  std::size_t before = heapInUse();
+  for (int i = 0; i < 5; ++i) {
+    std::thread([&] { EXPECT_EQ(pooled, mixedWork(false)); }).join();
+  }
+  EXPECT_LT(heapInUse(), before + 256 * 1024);
 }
 
 }  // namespace
