@@ -1,7 +1,10 @@
 #include "quorel/values/object_pool.h"
 
+#include <atomic>
 #include <cstdint>
 #include <new>
+
+#include "quorel/platform/thread_pointer.h"
 
 namespace quorel {
 
@@ -72,18 +75,62 @@ class FreeLists {
   std::uint32_t counts_[kClasses] = {};
 };
 
-// The lists of the calling thread, reached on every request. A plain pointer
-// is found at once, where the lists themselves (with a destructor) would
-// cost a call to a wrapper first. No initial-exec model: a library loaded by
-// dlopen after others used up the static TLS block must still load.
+// The lists of the calling thread. A plain pointer is found at once, where
+// the lists themselves (with a destructor) would cost a call to a wrapper
+// first. No initial-exec model: a library loaded by dlopen after others used
+// up the static TLS block must still load.
 thread_local FreeLists *currentLists = nullptr;
 // Set once the thread's lists are gone: what is released after that (objects
 // that static or thread-local objects hold) goes to the heap directly.
 thread_local bool listsClosed = false;
 
-FreeLists::~FreeLists() {
+// Every request needs the thread's lists, and thread-local storage that dlopen
+// may place anywhere costs a call to reach. So a thread that makes its lists
+// also claims a slot of this table, picked by its thread pointer, and finds
+// them there in a few instructions; a thread whose slot another holds uses
+// thread-local storage alone. Only the thread whose pointer a slot holds ever
+// reads that slot's lists, and no two living threads share a pointer, so the
+// table needs no lock; a thread frees its slot before its lists go.
+struct Slot {
+  std::atomic<std::uintptr_t> thread{0};
+  FreeLists *lists = nullptr;
+};
+constexpr int kSlotBits = 6;
+Slot slots[1 << kSlotBits];
+
+Slot &slotOf(std::uintptr_t thread) {
+  return slots[(thread * 0x9E3779B97F4A7C15u) >> (64 - kSlotBits)];
+}
+
+FreeLists *listsOfThisThread() {
+  std::uintptr_t thread = platform::threadPointer();
+  Slot &slot = slotOf(thread);
+  if (thread != 0 && slot.thread.load(std::memory_order_relaxed) == thread) return slot.lists;
+  return currentLists;
+}
+
+void claimSlot(FreeLists *lists) {
+  std::uintptr_t thread = platform::threadPointer();
+  if (thread == 0) return;
+  Slot &slot = slotOf(thread);
+  std::uintptr_t free = 0;
+  if (slot.thread.compare_exchange_strong(free, thread, std::memory_order_acquire)) slot.lists = lists;
+}
+
+// From now on the thread's requests and releases go to the heap.
+void closeLists() {
+  std::uintptr_t thread = platform::threadPointer();
+  Slot &slot = slotOf(thread);
+  if (thread != 0 && slot.thread.load(std::memory_order_relaxed) == thread) {
+    slot.lists = nullptr;
+    slot.thread.store(0, std::memory_order_release);
+  }
   currentLists = nullptr;
   listsClosed = true;
+}
+
+FreeLists::~FreeLists() {
+  closeLists();
   for (std::size_t c = 0; c < kClasses; ++c) {
     while (void *block = take(c)) ::operator delete(block);
   }
@@ -94,6 +141,7 @@ FreeLists *openLists() {
   if (currentLists == nullptr && !listsClosed) {
     thread_local FreeLists lists;
     currentLists = &lists;
+    claimSlot(&lists);
   }
   return currentLists;
 }
@@ -120,7 +168,7 @@ FreeLists *openLists() {
 }  // namespace
 
 void *ObjectPool::allocate(std::size_t size) {
-  FreeLists *lists = currentLists;
+  FreeLists *lists = listsOfThisThread();
   std::size_t sizeClass = listedClassOf(size);
   if (lists != nullptr && sizeClass < kClasses) {
     if (void *block = lists->take(sizeClass)) return block;
@@ -129,7 +177,7 @@ void *ObjectPool::allocate(std::size_t size) {
 }
 
 void ObjectPool::release(void *block, std::size_t size) noexcept {
-  FreeLists *lists = currentLists;
+  FreeLists *lists = listsOfThisThread();
   std::size_t sizeClass = listedClassOf(size);
   if (lists != nullptr && sizeClass < kClasses && block != nullptr && lists->keep(block, sizeClass)) return;
   releaseToHeap(block, size);
@@ -137,10 +185,7 @@ void ObjectPool::release(void *block, std::size_t size) noexcept {
 
 bool ObjectPool::isRecycling() { return true; }
 
-void ObjectPool::bypassOnThisThread() {
-  currentLists = nullptr;
-  listsClosed = true;
-}
+void ObjectPool::bypassOnThisThread() { closeLists(); }
 
 #endif
 

@@ -8,7 +8,10 @@
 // blocks and hands the rest back to the heap; a thread's lists are emptied
 // when the thread ends. A block may be released on another thread than the
 // one that got it, as when a host deletes a value that performFunction gave
-// it. Requests above 256 bytes go to the heap directly.
+// it. Requests above 256 bytes go to the heap directly. A thread finds its
+// lists through a small table keyed by its thread pointer, and through
+// thread-local storage where the table has no room for it: the library may
+// be loaded by dlopen, where thread-local storage costs a call to reach.
 //
 // A build with QUOREL_NO_RECYCLING (the AddressSanitizer build) sends every
 // request to the heap and every release back, so that the sanitizer sees
