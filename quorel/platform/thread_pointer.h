@@ -11,6 +11,12 @@
 namespace quorel {
 namespace platform {
 
+#if defined(__x86_64__) && defined(__linux__)
+constexpr bool kHasThreadPointer = true;
+#else
+constexpr bool kHasThreadPointer = false;
+#endif
+
 inline std::uintptr_t threadPointer() {
 #if defined(__x86_64__) && defined(__linux__)
   std::uintptr_t pointer;

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <initializer_list>
 #include <new>
 
 #include "quorel/platform/thread_pointer.h"
@@ -9,6 +10,7 @@
 namespace quorel {
 
 #ifdef QUOREL_NO_RECYCLING
+
 
 void *ObjectPool::allocate(std::size_t size) { return ::operator new(size); }
 
@@ -86,44 +88,64 @@ thread_local bool listsClosed = false;
 
 // Every request needs the thread's lists, and thread-local storage that dlopen
 // may place anywhere costs a call to reach. So a thread that makes its lists
-// also claims a slot of this table, picked by its thread pointer, and finds
-// them there in a few instructions; a thread whose slot another holds uses
-// thread-local storage alone. Only the thread whose pointer a slot holds ever
-// reads that slot's lists, and no two living threads share a pointer, so the
-// table needs no lock; a thread frees its slot before its lists go.
+// also claims a slot, found by its thread pointer, and finds them there in a
+// few instructions: the front slot, which the first such thread takes and
+// which is found without hashing, or else a slot of the table picked by a
+// hash of the pointer. A thread whose slots others hold uses thread-local
+// storage alone. Only the thread whose pointer a slot holds ever reads that
+// slot's lists, and no two living threads share a pointer, so the slots need
+// no lock; a thread frees its slot before its lists go.
 struct Slot {
   std::atomic<std::uintptr_t> thread{0};
   FreeLists *lists = nullptr;
-};
-constexpr int kSlotBits = 6;
-Slot slots[1 << kSlotBits];
 
-Slot &slotOf(std::uintptr_t thread) {
-  return slots[(thread * 0x9E3779B97F4A7C15u) >> (64 - kSlotBits)];
+  bool holds(std::uintptr_t pointer) const { return thread.load(std::memory_order_relaxed) == pointer; }
+};
+constexpr int kTableBits = 6;
+Slot frontSlot;
+Slot table[1 << kTableBits];
+
+Slot &tableSlotOf(std::uintptr_t thread) { return table[(thread * 0x9E3779B97F4A7C15u) >> (64 - kTableBits)]; }
+
+// The lists of a thread that does not hold the front slot. Out of line, so
+// that the requests which the front slot answers stay small enough to be
+// inlined where objects are made.
+[[gnu::noinline]] FreeLists *listsBeyondFrontSlot(std::uintptr_t thread) {
+  if (platform::kHasThreadPointer) {
+    Slot &slot = tableSlotOf(thread);
+    if (slot.holds(thread)) return slot.lists;
+  }
+  return currentLists;
 }
 
 FreeLists *listsOfThisThread() {
   std::uintptr_t thread = platform::threadPointer();
-  Slot &slot = slotOf(thread);
-  if (thread != 0 && slot.thread.load(std::memory_order_relaxed) == thread) return slot.lists;
-  return currentLists;
+  if (platform::kHasThreadPointer && frontSlot.holds(thread)) return frontSlot.lists;
+  return listsBeyondFrontSlot(thread);
 }
 
 void claimSlot(FreeLists *lists) {
+  if (!platform::kHasThreadPointer) return;
   std::uintptr_t thread = platform::threadPointer();
-  if (thread == 0) return;
-  Slot &slot = slotOf(thread);
-  std::uintptr_t free = 0;
-  if (slot.thread.compare_exchange_strong(free, thread, std::memory_order_acquire)) slot.lists = lists;
+  for (Slot *slot : {&frontSlot, &tableSlotOf(thread)}) {
+    std::uintptr_t free = 0;
+    if (slot->thread.compare_exchange_strong(free, thread, std::memory_order_acquire)) {
+      slot->lists = lists;
+      return;
+    }
+  }
 }
 
 // From now on the thread's requests and releases go to the heap.
 void closeLists() {
-  std::uintptr_t thread = platform::threadPointer();
-  Slot &slot = slotOf(thread);
-  if (thread != 0 && slot.thread.load(std::memory_order_relaxed) == thread) {
-    slot.lists = nullptr;
-    slot.thread.store(0, std::memory_order_release);
+  if (platform::kHasThreadPointer) {
+    std::uintptr_t thread = platform::threadPointer();
+    for (Slot *slot : {&frontSlot, &tableSlotOf(thread)}) {
+      if (slot->holds(thread)) {
+        slot->lists = nullptr;
+        slot->thread.store(0, std::memory_order_release);
+      }
+    }
   }
   currentLists = nullptr;
   listsClosed = true;
