@@ -11,28 +11,36 @@ They give one row per problem, indexed by the label of the input row, with
 the columns id, type, weight, short_text, long_text, field and sections of
 quorel.check_frame.
 
-First the two are run on the same 100 000 generated applications (fewer
+The same rules run once more as a plain Python loop over the CSV rows
+(csv.DictReader, datetime), as one writes them without pandas.
+
+First all three are run on the same 100 000 generated applications (fewer
 when RECORDS is smaller) and must report exactly the same problems, every
 column but accessed_fields (which fields a rule read); the run stops loudly
 when they do not. --check-only stops there. Then RECORDS applications
 (default 1 000 000) are timed, each the best of REPEAT runs (default 5):
   - pandas read_csv + check, and the check alone on a DataFrame in memory;
+  - the plain Python loop;
   - quorel.check_frame on the CSV path and on that DataFrame;
   - quorel-check --jobs 1, text and JSON Lines to /dev/null;
   - on 8 CSV files and a local cluster of two single-threaded workers,
     quorel.dask.check on the files beside the pandas rules over
     dask.dataframe.read_csv(...).map_partitions.
 Every check ends with all problems in a DataFrame of this process. The
-"ratio" lines give quorel's speed-up over pandas (above 1: quorel is faster).
+"ratio" lines give quorel's speed-up over pandas or the loop (above 1:
+quorel is faster).
 
-The pandas rules find what the module finds on any input but texts that no
-generated record holds: upper case of letters other than a-z and umlauts
-(str.upper maps more), dates beyond the year 2262 (pandas' timestamps end
-there), and a size or an income beside others that is not a number (quorel
-reports such a row as not checked).
+The pandas rules and the loop find what the module finds on any input but
+texts that no generated record holds: upper case of letters other than a-z
+and umlauts (str.upper maps more), a size or an income beside others that
+is not a number (quorel reports such a row as not checked), and in pandas
+dates beyond the year 2262, where its timestamps end.
 """
 import argparse
+import csv
+import datetime
 import functools
+import math
 import os
 import re
 import subprocess
@@ -84,6 +92,9 @@ FORMER = ["G", "W"]  # below "ehemals verheiratet" (E)
 # groups of three behind a digit other than 0, up to two decimals.
 AMOUNT = r"(?:[0-9]{1,6}|(?=[0-9]{0,2}[1-9])[0-9]{1,3}\.[0-9]{3})(?:,[0-9]{1,2})?"
 DATE = r"[0-9]{2}\.[0-9]{2}\.[0-9]{4}"
+NUMMER = r"[A-Z]{2}-[0-9]{6}"
+PLZ = r"[0-9]{5}"
+AMOUNT_FORM, DATE_FORM, NUMMER_FORM, PLZ_FORM = (re.compile(form) for form in (AMOUNT, DATE, NUMMER, PLZ))
 
 
 def read_records(path):
@@ -140,7 +151,10 @@ class Findings:
         self.codes = []
 
     def add(self, mask, problem_id, field):
-        rows = np.flatnonzero(np.asarray(mask, dtype=bool))
+        self.add_rows(np.flatnonzero(np.asarray(mask, dtype=bool)), problem_id, field)
+
+    def add_rows(self, rows, problem_id, field):
+        rows = np.asarray(rows, dtype=np.int64)
         self.positions.append(rows)
         self.codes.append(np.full(len(rows), len(self.kinds), dtype=np.int32))
         self.kinds.append((problem_id, field))
@@ -187,7 +201,7 @@ def check(df, known_places):
     found = Findings(df.index)
 
     nummer = _column(df, "Antrag.Antragsnummer")
-    found.add(nummer.notna() & ~nummer.str.fullmatch(r"[A-Z]{2}-[0-9]{6}", na=False), "ANT-01",
+    found.add(nummer.notna() & ~nummer.str.fullmatch(NUMMER, na=False), "ANT-01",
               "Antrag.Antragsnummer")
 
     name = _column(df, "Antrag.Antragsteller.Name")
@@ -205,7 +219,7 @@ def check(df, known_places):
 
     plz = _column(df, "Antrag.Adresse.PLZ")
     ort = _column(df, "Antrag.Adresse.Ort")
-    found.add(plz.notna() & ~plz.str.fullmatch(r"[0-9]{5}", na=False), "ADR-02", "Antrag.Adresse.PLZ")
+    found.add(plz.notna() & ~plz.str.fullmatch(PLZ, na=False), "ADR-02", "Antrag.Adresse.PLZ")
     asked = pd.DataFrame({"plz": plz, "ort": ort.str.upper()})
     matched = asked.merge(known_places, how="left", on=["plz", "ort"], indicator=True)["_merge"]
     found.add(plz.notna() & ort.notna() & (matched.to_numpy() == "left_only"), "ADR-03", "Antrag.Adresse.Ort")
@@ -239,6 +253,98 @@ def check_file(path, gemeinden_path):
     return check(read_records(path), places(read_records(gemeinden_path)))
 
 
+def _date_of(text):
+    """A date TT.MM.JJJJ from 1900 on, or None."""
+    if DATE_FORM.fullmatch(text) is None:
+        return None
+    try:
+        date = datetime.date(int(text[6:10]), int(text[3:5]), int(text[0:2]))
+    except ValueError:
+        return None
+    return date if date.year >= 1900 else None
+
+
+def _number_of(text):
+    """A German number (1.234,56), or None."""
+    try:
+        return float(text.replace(".", "").replace(",", "."))
+    except ValueError:
+        return None
+
+
+def _text(row, name):
+    """A cell of a csv.DictReader row, "" for a column that is not there."""
+    return row.get(name) or ""
+
+
+def _size_of(text):
+    try:
+        return int(text)
+    except ValueError:
+        return 0
+
+
+def check_rows(path, gemeinden_path):
+    """The same rules as a plain Python loop over the rows of a CSV file
+    (csv.DictReader, datetime, a set of the known places), ending in the
+    frame that check() gives."""
+    with open(gemeinden_path, encoding="cp1252", newline="") as source:
+        known = {(row["Gemeinden.PLZ"], row["Gemeinden.Ort"].upper())
+                 for row in csv.DictReader(source, delimiter=";") if row["Gemeinden.PLZ"] and row["Gemeinden.Ort"]}
+    found = {}  # (id, field): row numbers
+
+    def report(number, problem_id, field):
+        found.setdefault((problem_id, field), []).append(number)
+
+    number = -1
+    with open(path, encoding="cp1252", newline="") as source:
+        for number, row in enumerate(csv.DictReader(source, delimiter=";")):
+            text = functools.partial(_text, row)
+            nummer = text("Antrag.Antragsnummer")
+            if nummer and NUMMER_FORM.fullmatch(nummer) is None:
+                report(number, "ANT-01", "Antrag.Antragsnummer")
+            if len(text("Antrag.Antragsteller.Name")) < 2:
+                report(number, "PER-01", "Antrag.Antragsteller.Name")
+            born = _date_of(text("Antrag.Antragsteller.Geburtsdatum"))
+            applied = _date_of(text("Antrag.Antragsdatum"))
+            if born is None or applied is None:
+                report(number, "PER-02", "Antrag.Antragsteller.Geburtsdatum")
+            else:
+                day = 28 if (born.month, born.day) == (2, 29) else born.day
+                if applied.year - born.year - ((applied.month, applied.day) < (born.month, day)) < 18:
+                    report(number, "PER-03", "Antrag.Antragsteller.Geburtsdatum")
+            stand = text("Antrag.Antragsteller.Familienstand")
+            if stand not in FAMILIENSTAND:
+                report(number, "PER-04", "Antrag.Antragsteller.Familienstand")
+            elif stand in FORMER:
+                report(number, "PER-05", "Antrag.Antragsteller.Familienstand")
+            plz, ort = text("Antrag.Adresse.PLZ"), text("Antrag.Adresse.Ort")
+            if plz and PLZ_FORM.fullmatch(plz) is None:
+                report(number, "ADR-02", "Antrag.Adresse.PLZ")
+            if plz and ort and (plz, ort.upper()) not in known:
+                report(number, "ADR-03", "Antrag.Adresse.Ort")
+            for i in range(_size_of(text("Antrag.Kinder#"))):
+                child = "Antrag.Kinder[%d]." % i
+                geboren = _date_of(text(child + "Geburtsdatum"))
+                if geboren is not None and born is not None and geboren <= born:
+                    report(number, "KND-01", child + "Geburtsdatum")
+                if not text(child + "Vorname"):
+                    report(number, "KND-02", child + "Vorname")
+            betrag = text("Antrag.Betrag")
+            if betrag and AMOUNT_FORM.fullmatch(betrag) is None:
+                report(number, "BTR-01", "Antrag.Betrag")
+            elif betrag and not 0 < _number_of(betrag) <= 10000:
+                report(number, "BTR-02", "Antrag.Betrag")
+            incomes = [_number_of(text("Antrag.Einkommen[%d]" % i)) for i in range(_size_of(text("Antrag.Einkommen#")))]
+            incomes = [income for income in incomes if income is not None]
+            if incomes and math.floor(max(incomes) + 0.5) > 5000:
+                report(number, "EIN-01", "Antrag.Einkommen")
+    findings = Findings(pd.RangeIndex(number + 1))
+    for (problem_id, field), rows in found.items():
+        findings.add_rows(rows, problem_id, field)
+    return findings.frame()
+
+
 def _rows(frame, columns):
     """The problems of a frame as a sorted list of plain tuples."""
     values = [frame.index.to_list()] + [frame[name].astype(object).to_list() for name in columns]
@@ -246,21 +352,23 @@ def _rows(frame, columns):
 
 
 def check_identical(module, path, records):
-    """Stops the run unless pandas and quorel find exactly the same
-    problems in the file."""
+    """Stops the run unless pandas, the plain loop and quorel find exactly
+    the same problems in the file."""
     expected = quorel.check_frame(path, module, flow="Pruefung", materials={"Gemeinden": bench_support.GEMEINDEN})
     failed = expected["error"].notna()
     if failed.any():
         sys.exit("quorel could not check %d rows, first: %s" % (failed.sum(), expected["error"][failed].iloc[0]))
-    ours = _rows(check_file(path, bench_support.GEMEINDEN), COLUMNS)
     theirs = _rows(expected, COLUMNS)
-    if ours != theirs:
-        only_ours = sorted(set(ours) - set(theirs))
-        only_theirs = sorted(set(theirs) - set(ours))
-        sys.exit("pandas and quorel differ on %d records: %d problems only in pandas (first %s), "
-                 "%d only in quorel (first %s)" % (records, len(only_ours), only_ours[:1], len(only_theirs),
-                                                   only_theirs[:1]))
-    print("pandas and quorel find the same %d problems in %d records" % (len(ours), records), flush=True)
+    for what, check_path in (("pandas", check_file), ("the plain loop", check_rows)):
+        ours = _rows(check_path(path, bench_support.GEMEINDEN), COLUMNS)
+        if ours != theirs:
+            only_ours = sorted(set(ours) - set(theirs))
+            only_theirs = sorted(set(theirs) - set(ours))
+            sys.exit("%s and quorel differ on %d records: %d problems only in %s (first %s), %d only in quorel "
+                     "(first %s)" % (what, records, len(only_ours), what, only_ours[:1], len(only_theirs),
+                                     only_theirs[:1]))
+    print("pandas, a plain loop and quorel find the same %d problems in %d records" % (len(theirs), records),
+          flush=True)
 
 
 def ratio(what, quorel_rate, pandas_rate):
@@ -287,6 +395,7 @@ def measure(build, library, module, whole, folder, records, repeat):
 
     pandas_file = timed("pandas: read_csv + check", lambda: check_file(whole, gemeinden))
     pandas_alone = timed("pandas: check of a DataFrame", lambda: check(df, known))
+    loop = timed("a plain Python loop over the CSV rows", lambda: check_rows(whole, gemeinden))
     on_path = timed("quorel.check_frame(CSV path)", lambda: quorel.check_frame(whole, module, **options))
     on_frame = timed("quorel.check_frame(DataFrame)", lambda: quorel.check_frame(df, module, **options))
     text = timed("quorel-check --jobs 1, text to /dev/null", native())
@@ -307,6 +416,7 @@ def measure(build, library, module, whole, folder, records, repeat):
 
     ratio("check_frame(CSV path) / pandas read_csv + check", on_path, pandas_file)
     ratio("check_frame(DataFrame) / pandas check alone", on_frame, pandas_alone)
+    ratio("check_frame(CSV path) / a plain Python loop", on_path, loop)
     ratio("quorel-check --jobs 1 text / pandas read_csv + check", text, pandas_file)
     ratio("quorel-check --jobs 1 json / pandas read_csv + check", json, pandas_file)
     ratio("quorel.dask.check on files / pandas over dd.read_csv, 2 workers", on_files, pandas_dask)
