@@ -18,13 +18,12 @@ import sys
 import tempfile
 import time
 
+import bench_support
+
 
 class Checker:
     def __init__(self, build):
-        root = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-        self.root = root
-        self.command = [os.path.join(build, "apps/quorel-check"), "--material",
-                        "Gemeinden=" + os.path.join(root, "examples/data/gemeinden.csv"),
+        self.command = [os.path.join(build, "apps/quorel-check"), "--material", "Gemeinden=" + bench_support.GEMEINDEN,
                         os.path.join(build, "examples/rules/libquorel_antrag_rules.so"), "Antrag"]
 
     def start(self, jobs, records):
@@ -46,23 +45,17 @@ class Checker:
         return time.perf_counter() - begin, peaks
 
 
-def write_records(generator, count, path):
-    with open(path, "wb") as out:
-        subprocess.run([sys.executable, generator, str(count)], stdout=out, check=True)
-
-
 def main():
     build = sys.argv[1]
     records = int(sys.argv[2]) if len(sys.argv) > 2 else 1000000
     repeat = int(sys.argv[3]) if len(sys.argv) > 3 else 5
     checker = Checker(build)
-    generator = os.path.join(checker.root, "apps/generate_records.py")
     with tempfile.TemporaryDirectory() as folder:
         whole = os.path.join(folder, "all.csv")
         tenth = os.path.join(folder, "tenth.csv")
         halves = [os.path.join(folder, "half-%d.csv" % i) for i in range(2)]
-        write_records(generator, records, whole)
-        write_records(generator, records // 10, tenth)
+        bench_support.write_records(records, whole)
+        bench_support.write_records(records // 10, tenth)
         # Line by line: a child's peak memory counts this process's at the
         # fork, which must stay small.
         with open(whole, "rb") as source, open(halves[0], "wb") as first, open(halves[1], "wb") as second:

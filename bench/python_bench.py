@@ -13,68 +13,47 @@ PARTITIONS CSV files, then times, on the same records:
 Each check ends with all problems in a DataFrame of this process; each time
 is the best of REPEAT runs.
 """
-import glob
 import os
 import subprocess
 import sys
 import tempfile
-import time
 
 import dask.dataframe as dd
 import pandas as pd
 from distributed import Client, LocalCluster
 
+import bench_support
 import quorel
 import quorel.dask
 
 
-# Each measurement is the best of this many runs, which a busy machine
-# disturbs least.
+# Each measurement is the best of this many runs.
 REPEAT = 3
 
 
 def timed(what, records, run):
-    seconds = float("inf")
-    for _ in range(REPEAT):
-        start = time.perf_counter()
-        run()
-        seconds = min(seconds, time.perf_counter() - start)
-    print("%-40s %9d records %7.2f s %9.0f records/s" % (what, records, seconds, records / seconds), flush=True)
-    return records / seconds
+    return bench_support.timed(what, records, run, REPEAT)
 
 
 def main():
     build = sys.argv[1]
     records = int(sys.argv[2]) if len(sys.argv) > 2 else 1000000
     partitions = int(sys.argv[3]) if len(sys.argv) > 3 else 8
-    root = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
     library = os.path.join(build, "examples/rules/libquorel_antrag_rules.so")
     check = os.path.join(build, "apps/quorel-check")
-    gemeinden = os.path.join(root, "examples/data/gemeinden.csv")
+    gemeinden = bench_support.GEMEINDEN
     with tempfile.TemporaryDirectory() as folder:
         whole = os.path.join(folder, "all.csv")
-        with open(whole, "wb") as out:
-            subprocess.run([sys.executable, os.path.join(root, "apps/generate_records.py"), str(records)],
-                           stdout=out, check=True)
-        with open(whole, "rb") as source:
-            header = source.readline()
-            lines = source.readlines()
-        share = (len(lines) + partitions - 1) // partitions
-        for i in range(partitions):
-            with open(os.path.join(folder, "part-%03d.csv" % i), "wb") as out:
-                out.write(header)
-                out.writelines(lines[i * share:(i + 1) * share])
+        bench_support.write_records(records, whole)
+        files = bench_support.split_records(whole, folder, partitions)
         first = os.path.join(folder, "first.csv")
-        with open(first, "wb") as out:
-            out.write(header)
-            out.writelines(lines[:100000])
+        bench_support.write_records(min(records, 100000), first)
 
         def native(jobs, path):
             return lambda: subprocess.run([check, "--jobs", str(jobs), "--material", "Gemeinden=" + gemeinden,
                                            library, "Antrag", path], stdout=subprocess.DEVNULL)
 
         options = dict(flow="Pruefung", materials={"Gemeinden": gemeinden})
-        files = sorted(glob.glob(os.path.join(folder, "part-*.csv")))
         native2 = timed("quorel-check --jobs 2", records, native(2, whole))
         with LocalCluster(n_workers=2, threads_per_worker=1, host="127.0.0.1", processes=True) as cluster, \
                 Client(cluster) as client:
