@@ -27,8 +27,10 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,6 +42,7 @@
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/load_error.h"
+#include "quorel/host/material_check.h"
 #include "quorel/host/material_router.h"
 #include "quorel/host/ordered_slices.h"
 #include "quorel/host/problem_format.h"
@@ -56,7 +59,7 @@ namespace {
 
 struct Options {
   std::string library, module, records, output;
-  std::string flow = "Pruefung";
+  std::optional<std::string> flow;  // the module's default when not given
   std::int32_t weightLevel = 1;
   std::vector<std::pair<std::string, std::string>> inits, materials;
   std::string logFile;
@@ -90,8 +93,9 @@ bool parse(int argc, char **argv, Options *options) {
   app.add_option("RECORDS", options->records,
                  "CSV file of the records, or sqlite:FILE?table=T, postgresql://...?table=T (or ?query=SELECT...)")
       ->required();
-  app.add_option("--flow", options->flow, "flow to run for each record (refused when the module declares other flows)")
-      ->capture_default_str();
+  std::string flow;
+  CLI::Option *flowOption = app.add_option(
+      "--flow", flow, "flow to run for each record (default: the first flow the module declares)");
   app.add_option("--weight-level", options->weightLevel, "problem weight level handed to the rules")
       ->capture_default_str();
   std::vector<std::string> inits, materials;
@@ -126,6 +130,7 @@ bool parse(int argc, char **argv, Options *options) {
   }
   for (const std::string &init : inits) options->inits.push_back(split(init));
   for (const std::string &material : materials) options->materials.push_back(split(material));
+  if (flowOption->count() > 0) options->flow = flow;
   options->json = format == "json";
   return true;
 }
@@ -247,37 +252,58 @@ class alignas(64) Worker {
   quorel::host::Summary counts_;
 };
 
+// The materials of the run: CSV files in memory, database tables queried
+// where they lie, each routed by its name.
+class Materials {
+ public:
+  // Loads (or opens) the material; false with a message.
+  bool add(const std::string &name, const std::string &where, std::string *message) {
+    if (!quorel::host::SqlSource::names(where)) {
+      auto source = quorel::host::CsvRowSource::open(where, message);
+      if (source == nullptr || !tables_.load(name, source.get(), message)) return false;
+      router_.route(name, &tables_);
+      return true;
+    }
+#ifdef QUOREL_HOST_SQL
+    quorel::host::SqlSource source;
+    if (!quorel::host::SqlSource::parse(where, &source, message) || !databases_.addMaterial(name, source, message)) {
+      return false;
+    }
+    router_.route(name, &databases_);
+    useDatabases_ = true;
+    return true;
+#else
+    *message = kNoDatabases + where;
+    return false;
+#endif
+  }
+
+  quorel::MaterialAccess *access() { return &router_; }
+  // What a run's thread does once its run is over: database materials
+  // release the records they made.
+  std::function<void()> afterRun() {
+#ifdef QUOREL_HOST_SQL
+    if (useDatabases_) return [this] { databases_.releaseRecords(); };
+#endif
+    return nullptr;
+  }
+
+ private:
+  quorel::host::TableMaterialAccess tables_;
+  quorel::host::MaterialRouter router_;
+#ifdef QUOREL_HOST_SQL
+  quorel::host::SqlMaterialAccess databases_;
+  bool useDatabases_ = false;
+#endif
+};
+
 }  // namespace
 
 int main(int argc, char **argv) {
   Options options;
   if (!parse(argc, argv, &options)) return 2;
   std::string message;
-  quorel::host::TableMaterialAccess tables;
-  quorel::host::MaterialRouter materials;
-#ifdef QUOREL_HOST_SQL
-  quorel::host::SqlMaterialAccess databases;
-  bool useDatabases = false;
-#endif
-  for (const auto &material : options.materials) {
-    if (!quorel::host::SqlSource::names(material.second)) {
-      auto source = quorel::host::CsvRowSource::open(material.second, &message);
-      if (source == nullptr || !tables.load(material.first, source.get(), &message)) return fail(message);
-      materials.route(material.first, &tables);
-      continue;
-    }
-#ifdef QUOREL_HOST_SQL
-    quorel::host::SqlSource source;
-    if (!quorel::host::SqlSource::parse(material.second, &source, &message) ||
-        !databases.addMaterial(material.first, source, &message)) {
-      return fail(message);
-    }
-    materials.route(material.first, &databases);
-    useDatabases = true;
-#else
-    return fail(kNoDatabases + material.second);
-#endif
-  }
+  Materials materials;
   std::unique_ptr<quorel::host::RowSource> records;
   if (!options.output.empty() && !quorel::host::SqlSource::names(options.output)) {
     return fail("--output takes a table, sqlite:FILE?table=T or postgresql://...?table=T: " + options.output);
@@ -318,12 +344,9 @@ int main(int argc, char **argv) {
   settings.module = options.module;
   settings.flow = options.flow;
   settings.weightLevel = options.weightLevel;
-  settings.materials = &materials;
+  settings.materials = materials.access();
   settings.logger = logger.get();
   for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
-#ifdef QUOREL_HOST_SQL
-  if (useDatabases) settings.afterRun = [&databases] { databases.releaseRecords(); };
-#endif
 
   quorel::host::RecordLayout layout(records->columns());
   auto format = quorel::host::ProblemFormat::create(options.json ? "json" : "text");
@@ -332,8 +355,20 @@ int main(int argc, char **argv) {
     workers.push_back(std::make_unique<Worker>(settings, layout, *format, !options.output.empty()));
     if (!workers.back()->start(&message)) return fail(message);
   }
-  message = workers[0]->checker().checkFlow();
+  message = workers[0]->checker().checkFlow("--flow NAME");
   if (!message.empty()) return fail(quorel::host::toUtf8(message.c_str()));
+  std::vector<std::string> given;
+  for (const auto &material : options.materials) given.push_back(material.first);
+  quorel::host::MaterialFindings findings = quorel::host::checkMaterials(
+      workers[0]->checker().plausi(), options.module, given, "--material NAME=FILE", options.strict);
+  for (const std::string &warning : findings.warnings) std::cerr << "quorel-check: warning: " << warning << "\n";
+  for (const std::string &error : findings.errors) std::cerr << "quorel-check: " << error << "\n";
+  if (!findings.errors.empty()) return 2;
+  for (const auto &material : options.materials) {
+    if (!materials.add(material.first, material.second, &message)) return fail(message);
+  }
+  // Set only now that the materials are known.
+  settings.afterRun = materials.afterRun();
   // Cells of a column that names no field would be lost without a word.
   std::vector<std::string> columnFaults = layout.checkColumns(workers[0]->checker().plausi());
   for (const std::string &fault : columnFaults) {
