@@ -22,10 +22,11 @@ bool CsvRowSource::next(Row *row) {
   do {
     if (!reader_.next(&row->cells)) return false;
   } while (row->cells.size() == 1 && row->cells[0].empty());  // a blank line
-  row->position = reader_.line();
+  row->place = {++records_, reader_.line()};
   row->error = reader_.error();
   if (row->error.empty() && row->cells.size() != columns_.size()) {
-    row->error = "Anzahl der Spalten passt nicht zur Kopfzeile";
+    row->error = "the row has " + std::to_string(row->cells.size()) + " cells, the header " +
+                 std::to_string(columns_.size());
   }
   return true;
 }

@@ -32,6 +32,7 @@ class CsvRowSource : public RowSource {
   std::ifstream in_;
   CsvReader reader_;
   std::vector<std::string> columns_;
+  std::int64_t records_ = 0;
 };
 
 }  // namespace host

@@ -34,8 +34,7 @@ std::string RecordLayout::arrayOf(const std::string &column) {
 bool RecordLayout::setSize(const std::string &array, std::int64_t size, const std::string &text,
                            SimpleDataRecord *record, std::string *error) {
   if (size < 0 || size > kMaxArraySize) {
-    *error = "Arraygr\xF6\xDF" "e von " + array + " ist keine ganze Zahl von 0 bis " +
-             std::to_string(kMaxArraySize) + ": " + text;
+    *error = "the size " + array + "# is not a whole number from 0 to " + std::to_string(kMaxArraySize) + ": " + text;
     return false;
   }
   record->setSize(array.c_str(), static_cast<std::int32_t>(size));

@@ -91,7 +91,9 @@ bool TableMaterialAccess::load(const std::string &material, RowSource *source, s
       rows.push_back(std::move(record));
       continue;
     }
-    *message = source->name() + ":" + std::to_string(row.position) + ": " + toUtf8(error.c_str());
+    const Place &at = row.place;
+    *message = source->name() + (at.line > 0 ? ":" + std::to_string(at.line) : " record " + std::to_string(at.record)) +
+               ": " + toUtf8(error.c_str());
     return false;
   }
   add(material, std::move(rows));

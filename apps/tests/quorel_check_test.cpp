@@ -102,7 +102,7 @@ TEST(MaterialTest, GivenMaterialsAreCheckedAgainstTheModulesOnceAtStartUp) {
   Ran unused = check(flow + both + kFaults + records);
   EXPECT_EQ(1, unused.status) << unused.err;
   EXPECT_EQ(1u, count(unused.err, "warning: material Kreise is given, but module Stoerung"));
-  EXPECT_EQ(1u, count(unused.out, "STO-02"));
+  EXPECT_EQ(1u, count(unused.out, ": error STO-02"));
   Ran strict = check(flow + "--strict " + both + kFaults + records);
   EXPECT_EQ(2, strict.status);
   EXPECT_EQ("", strict.out);
