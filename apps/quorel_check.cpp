@@ -312,9 +312,10 @@ class Progress {
 class Materials {
  public:
   // Loads (or opens) the material; false with a message.
-  bool add(const std::string &name, const std::string &where, std::string *message) {
+  bool add(const std::string &name, const std::string &where, quorel::host::FileEncoding encoding,
+           std::string *message) {
     if (!quorel::host::SqlSource::names(where)) {
-      auto source = quorel::host::CsvRowSource::open(where, message);
+      auto source = quorel::host::CsvRowSource::open(where, message, encoding);
       if (source == nullptr || !tables_.load(name, source.get(), message)) return false;
       router_.route(name, &tables_);
       return true;
@@ -385,7 +386,9 @@ int main(int argc, char **argv) {
     }
   }
 #endif
-  if (records == nullptr) records = quorel::host::CsvRowSource::open(options.records, &message);
+  quorel::host::FileEncoding encoding = quorel::host::FileEncoding::kWindows1252;
+  quorel::host::parseEncoding(options.encoding, &encoding);  // one of the names --encoding takes
+  if (records == nullptr) records = quorel::host::CsvRowSource::open(options.records, &message, encoding);
   if (records == nullptr) return fail(message);
 
   std::unique_ptr<quorel::Logger> logger;
@@ -404,6 +407,12 @@ int main(int argc, char **argv) {
   for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
 
   quorel::host::RecordLayout layout(records->columns());
+  // A record keeps one cell per name: the others would be lost.
+  std::vector<std::string> repeated = layout.repeatedColumns();
+  for (const std::string &column : repeated) {
+    std::cerr << "quorel-check: " << records->name() << ": " << quorel::host::toUtf8(column.c_str()) << "\n";
+  }
+  if (!repeated.empty()) return 2;
   auto format = quorel::host::ProblemFormat::create(options.json ? "json" : "text");
   std::vector<std::unique_ptr<Worker>> workers;
   for (int i = 0; i < options.jobs; ++i) {
@@ -425,7 +434,7 @@ int main(int argc, char **argv) {
   for (const std::string &error : findings.errors) std::cerr << "quorel-check: " << error << "\n";
   if (!findings.errors.empty()) return 2;
   for (const auto &material : options.materials) {
-    if (!materials.add(material.first, material.second, &message)) return fail(message);
+    if (!materials.add(material.first, material.second, encoding, &message)) return fail(message);
   }
   // Set only now that the materials are known.
   settings.afterRun = materials.afterRun();
@@ -497,6 +506,10 @@ int main(int argc, char **argv) {
 #endif
   if (!ran) return fail(message);
   progress.finish();
+  // The failure is the last record's row too; said here, it is not missed.
+  if (records->failed()) {
+    std::cerr << "quorel-check: " << records->name() << " could not be read to its end; the last record reported says why\n";
+  }
   quorel::host::Summary summary;
   for (const auto &worker : workers) summary.merge(worker->counts());
   std::string last;

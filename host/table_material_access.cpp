@@ -82,6 +82,11 @@ TableMaterialAccess::~TableMaterialAccess() = default;
 
 bool TableMaterialAccess::load(const std::string &material, RowSource *source, std::string *message) {
   RecordLayout layout(source->columns());
+  std::vector<std::string> repeated = layout.repeatedColumns();
+  if (!repeated.empty()) {
+    *message = source->name() + ": " + toUtf8(repeated[0].c_str());
+    return false;
+  }
   Rows rows;
   Row row;
   while (source->next(&row)) {
