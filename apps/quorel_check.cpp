@@ -26,7 +26,10 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <cstring>
+#include <fstream>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
@@ -42,6 +45,7 @@
 #include "quorel/host/checker.h"
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
+#include "quorel/host/file_error.h"
 #include "quorel/host/load_error.h"
 #include "quorel/host/material_check.h"
 #include "quorel/host/material_router.h"
@@ -140,7 +144,7 @@ bool parse(int argc, char **argv, Options *options) {
     std::cout << app.help();
     std::exit(0);
   } catch (const CLI::ParseError &e) {
-    std::cerr << "quorel-check: " << e.what() << "\n" << app.help();
+    std::cerr << "quorel-check: " << quorel::host::withoutPasswords(e.what()) << "\n" << app.help();
     return false;
   }
   for (const std::string &init : inits) options->inits.push_back(split(init));
@@ -153,8 +157,9 @@ bool parse(int argc, char **argv, Options *options) {
 
 const std::string kNoDatabases = "built without databases (libsqlite3-dev): ";
 
+// Messages may quote a connection string: its password stays out.
 int fail(const std::string &message) {
-  std::cerr << "quorel-check: " << message << "\n";
+  std::cerr << "quorel-check: " << quorel::host::withoutPasswords(message) << "\n";
   return 2;
 }
 
@@ -278,17 +283,18 @@ class alignas(64) Worker {
 // at most a few times a second; nothing when the stream is no terminal.
 class Progress {
  public:
-  explicit Progress(bool shown) : shown_(shown), start_(Clock::now()), drawn_(start_) {}
+  explicit Progress(bool shown) : shown_(shown), start_(Clock::now()), drawn_(start_ - kEvery) {}
 
   void add(std::int64_t records, std::int64_t problems) {
     records_ += records;
     problems_ += problems;
     if (!shown_) return;
     Clock::time_point now = Clock::now();
-    if (now - drawn_ < std::chrono::milliseconds(250)) return;
+    if (now - drawn_ < kEvery) return;
     drawn_ = now;
     double seconds = std::chrono::duration<double>(now - start_).count();
-    std::cerr << "\r" << records_ << " records, " << static_cast<std::int64_t>(records_ / seconds)
+    std::cerr << "\r" << records_ << " records, "
+              << static_cast<std::int64_t>(seconds > 0.001 ? static_cast<double>(records_) / seconds : 0.0)
               << " records/s, " << problems_ << " problems so far" << std::flush;
     drawnOnce_ = true;
   }
@@ -301,6 +307,7 @@ class Progress {
 
  private:
   using Clock = std::chrono::steady_clock;
+  static constexpr std::chrono::milliseconds kEvery{250};
   bool shown_;
   bool drawnOnce_ = false;
   Clock::time_point start_, drawn_;
@@ -381,7 +388,8 @@ int main(int argc, char **argv) {
   if (!options.output.empty()) {
     quorel::host::SqlSource target;
     if (!quorel::host::SqlSource::parse(options.output, &target, &message) ||
-        (problemTable = quorel::host::SqlProblemTable::open(target, options.replace, &message)) == nullptr) {
+        (problemTable = quorel::host::SqlProblemTable::open(target, options.replace, &message)) == nullptr ||
+        (records != nullptr && !problemTable->readableAlongside(recordTable, &message))) {
       return fail(message);
     }
   }
@@ -395,6 +403,11 @@ int main(int argc, char **argv) {
   if (!options.logFile.empty()) {
     // One log for all threads would mix their lines.
     if (options.jobs > 1) return fail("--log works with --jobs 1 only");
+    // The logger would write nowhere without a word.
+    errno = 0;
+    if (!std::ofstream(options.logFile, std::ios::app)) {
+      return fail(quorel::host::fileError("write the log", options.logFile, std::strerror(errno)));
+    }
     logger = std::make_unique<quorel::Logger>(options.logFile.c_str(), static_cast<quorel::LogLevel>(options.logLevel));
   }
   quorel::host::CheckSettings settings;

@@ -1,25 +1,12 @@
 #include "quorel/host/csv_row_source.h"
 
-#include <unistd.h>
-
 #include <cerrno>
-#include <climits>
 #include <cstring>
+
+#include "quorel/host/file_error.h"
 
 namespace quorel {
 namespace host {
-
-namespace {
-
-// The file as the system looks for it: a relative name under the current
-// folder.
-std::string fullPath(const std::string &file) {
-  if (!file.empty() && file[0] == '/') return file;
-  char folder[PATH_MAX];
-  return getcwd(folder, sizeof folder) != nullptr ? std::string(folder) + "/" + file : file;
-}
-
-}  // namespace
 
 CsvRowSource::CsvRowSource(const std::string &file) : file_(file), reader_(in_) {}
 
@@ -29,13 +16,12 @@ std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::s
   errno = 0;
   source->in_.open(file, std::ios::binary);
   if (!source->in_) {
-    *message = "cannot open " + file + " (" + fullPath(file) + "): " + std::strerror(errno);
+    *message = fileError("open", file, std::strerror(errno));
     return nullptr;
   }
   std::string error;
   if (!source->reader_.next(&source->columns_)) {
-    *message = source->reader_.failed() ? "cannot read " + file + " (" + fullPath(file) + "): " + source->reader_.failure()
-                                        : file + " has no header row";
+    *message = source->reader_.failed() ? fileError("read", file, source->reader_.failure()) : file + " has no header row";
     return nullptr;
   }
   source->encoding_ = source->reader_.byteOrderMark() ? FileEncoding::kUtf8 : encoding;

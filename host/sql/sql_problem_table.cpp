@@ -1,5 +1,7 @@
 #include "quorel/host/sql/sql_problem_table.h"
 
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <ctime>
 #include <random>
@@ -67,6 +69,7 @@ std::unique_ptr<SqlProblemTable> SqlProblemTable::open(const SqlSource &source, 
     return nullptr;
   }
   std::unique_ptr<SqlProblemTable> table(new SqlProblemTable());
+  table->source_ = source;
   table->where_ = source.where() + "?table=" + source.table;
   table->table_ = quoteIdentifier(source.table);
   table->replace_ = replace;
@@ -111,6 +114,25 @@ void SqlProblemTable::appendFailure(const Place &place, const std::string &messa
   if (place.line > 0) row[3] = SqlParam::ofInteger(place.line);
   row[kColumnCount - 1] = SqlParam::ofText(toUtf8(message.c_str()));
   rows->push_back(std::move(row));
+}
+
+bool SqlProblemTable::readableAlongside(const SqlSource &source, std::string *message) {
+  struct stat read {}, written {};
+  if (source.kind != SqlSource::kSqlite || source_.kind != SqlSource::kSqlite ||
+      stat(source.database.c_str(), &read) != 0 || stat(source_.database.c_str(), &written) != 0 ||
+      read.st_dev != written.st_dev || read.st_ino != written.st_ino) {
+    return true;
+  }
+  std::string error;
+  std::unique_ptr<SqlStatement> mode = connection_->prepare("PRAGMA journal_mode", &error);
+  if (mode != nullptr && mode->run({}, &error) && mode->next(&error) && mode->text(0) == "wal") {
+    mode->finish();
+    return true;
+  }
+  *message = "the records are read from " + source_.where() + ", where the problems are to be written: write them "
+             "to another file, or put the database into WAL mode (PRAGMA journal_mode=WAL), in which reading does "
+             "not hold writing back";
+  return false;
 }
 
 bool SqlProblemTable::write(const std::vector<const Rows *> &pieces, std::string *message) {

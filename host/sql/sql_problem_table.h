@@ -50,6 +50,11 @@ class SqlProblemTable {
   // a message when it failed and was rolled back.
   bool write(const std::vector<const Rows *> &pieces, std::string *message);
 
+  // Whether the records of source can be read while problems are written
+  // here. Not when both are one SQLite file outside WAL mode: the open read
+  // would hold every write back. False with a message saying what to do.
+  bool readableAlongside(const SqlSource &source, std::string *message);
+
   // The run's id, as its rows carry it, and where they go, for messages.
   const std::string &run() const { return run_; }
   const std::string &where() const { return where_; }
@@ -59,6 +64,7 @@ class SqlProblemTable {
 
   std::unique_ptr<SqlConnection> connection_;
   std::unique_ptr<SqlStatement> insert_;
+  SqlSource source_;
   std::string where_;
   std::string table_;
   std::string run_, runTime_;
