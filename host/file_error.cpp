@@ -7,11 +7,14 @@
 namespace quorel {
 namespace host {
 
-std::string fileError(const std::string &what, const std::string &file, const std::string &reason) {
-  std::string full = file;
+std::string absolutePath(const std::string &file) {
   char folder[PATH_MAX];
-  if ((file.empty() || file[0] != '/') && getcwd(folder, sizeof folder) != nullptr) full = std::string(folder) + "/" + file;
-  return "cannot " + what + " " + file + " (" + full + "): " + reason;
+  if ((file.empty() || file[0] != '/') && getcwd(folder, sizeof folder) != nullptr) return std::string(folder) + "/" + file;
+  return file;
+}
+
+std::string fileError(const std::string &what, const std::string &file, const std::string &reason) {
+  return "cannot " + what + " " + file + " (" + absolutePath(file) + "): " + reason;
 }
 
 }  // namespace host

@@ -15,6 +15,10 @@ namespace host {
 // what: "open", "read", "write"; reason: the system's words for the error.
 std::string fileError(const std::string &what, const std::string &file, const std::string &reason);
 
+// The file as the system looks for it: a relative name under the current
+// folder.
+std::string absolutePath(const std::string &file);
+
 }  // namespace host
 }  // namespace quorel
 
