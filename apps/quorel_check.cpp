@@ -14,10 +14,18 @@
 // field. Cells are separated by ';' or ','. Each record is checked with its
 // own PlausiContext.
 //
-// A column that names no field of the module (a misspelt name, an index
-// beyond a size the module declares) is reported once on the standard error
-// stream as a warning; with --strict it is an input error. A flow that a
-// module declaring its flows does not know is refused.
+// Mistakes of the user's are named once, before any record is checked. A
+// column whose cells would never be read (a misspelt name, an index beyond a
+// size the module declares, an element without its array's size column) and
+// a material given that the module does not query are warnings on the
+// standard error stream; with --strict they are input errors. A column given
+// twice, a material the module queries that is not given or one given twice,
+// and a flow the module does not run are refused; without --flow the module's
+// first declared flow runs.
+//
+// Every record is checked or reported as not checked with its place and the
+// reason; the text output ends with the problems per id and the counts. On a
+// terminal the standard error stream shows the progress of the run.
 //
 // Exit status: 0 when every record is ok, 1 when some record has an error
 // (a problem of type 1), 2 for usage, load or input errors (a record that
@@ -137,7 +145,8 @@ bool parse(int argc, char **argv, Options *options) {
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
   app.add_flag("--strict", options->strict,
-               "a column that names no field of the module is an input error, not a warning");
+               "a column whose cells would never be read, or a material the module does not query, is an input "
+               "error, not a warning");
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {
