@@ -1,6 +1,7 @@
 #include "quorel/host/problem_format.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdio>
 
@@ -112,29 +113,19 @@ class JsonLinesFormat : public ProblemFormat {
 
   void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *out) const override {
     for (const Problem &p : problems) {
-      Json line = start(place);
-      line[kProblemColumns[2]] = text(p.id);
-      line[kProblemColumns[3]] = static_cast<int>(p.type);
-      line[kProblemColumns[4]] = p.weight;
-      line[kProblemColumns[5]] = text(p.text);
-      line[kProblemColumns[6]] = text(p.details);
-      line[kProblemColumns[7]] = p.field.empty() ? Json() : Json(toUtf8(p.field.c_str()));
-      line[kProblemColumns[8]] = p.fieldIndices;
-      line[kProblemColumns[9]] = texts(p.accessed);
-      line[kProblemColumns[10]] = texts(p.sections);
-      line[kProblemColumns[11]] = Json();
-      append(line, out);
+      appendRow({place.record, line(place), text(p.id), static_cast<int>(p.type), p.weight, text(p.text),
+                 text(p.details), p.field.empty() ? Json() : Json(toUtf8(p.field.c_str())), p.fieldIndices,
+                 texts(p.accessed), texts(p.sections), Json()},
+                out);
     }
   }
 
   void appendFailure(const Place &place, const std::string &message, std::string *out) const override {
-    Json line = start(place);
-    for (int column = 2; column < kProblemColumnCount - 1; ++column) {
-      bool list = column >= 8;  // field_indices, accessed, sections
-      line[kProblemColumns[column]] = list ? Json::array() : Json();
-    }
-    line[kProblemColumns[11]] = toUtf8(message.c_str());
-    append(line, out);
+    Json none;
+    Json empty = Json::array();
+    appendRow({place.record, line(place), none, none, none, none, none, none, empty, empty, empty,
+               toUtf8(message.c_str())},
+              out);
   }
 
   void appendSummary(const Summary &summary, std::string *out) const override {
@@ -147,11 +138,12 @@ class JsonLinesFormat : public ProblemFormat {
   }
 
  private:
-  static Json start(const Place &place) {
-    Json line;
-    line[kProblemColumns[0]] = place.record;
-    line[kProblemColumns[1]] = place.line > 0 ? Json(place.line) : Json();
-    return line;
+  static Json line(const Place &place) { return place.line > 0 ? Json(place.line) : Json(); }
+  // One object with the values of kProblemColumns, in their order.
+  static void appendRow(const std::array<Json, kProblemColumnCount> &values, std::string *out) {
+    Json row;
+    for (int i = 0; i < kProblemColumnCount; ++i) row[kProblemColumns[i]] = values[static_cast<std::size_t>(i)];
+    append(row, out);
   }
   static Json text(const std::optional<std::string> &text) { return text ? Json(toUtf8(text->c_str())) : Json(); }
   static Json texts(const std::vector<std::string> &texts) {
