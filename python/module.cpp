@@ -319,7 +319,7 @@ class Checker {
       settings.logger = logger_.get();
     }
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
-    std::string unknownFlow = pool_->forThisThread()->checkFlow();
+    std::string unknownFlow = pool_->forThisThread()->checkFlow("flow=NAME");
     if (!unknownFlow.empty()) throw py::value_error(host::toUtf8(unknownFlow.c_str()));
   }
 

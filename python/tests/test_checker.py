@@ -50,7 +50,7 @@ def test_a_csv_path_gives_what_its_dataframe_gives(module, gemeinden, data_dir, 
     broken = checker.check_frame(os.path.join(data_dir, "kaputt.csv"))
     errors = broken[broken["error"].notna()]
     assert list(errors.index) == [1, 2]
-    assert errors["error"].iloc[0].startswith("Arraygr\u00f6\u00dfe von Antrag.Kinder")
+    assert errors["error"].iloc[0].startswith("the size Antrag.Kinder#")
     assert errors[["id", "type", "weight", "short_text", "field"]].isna().all().all()
     assert errors["sections"].tolist() == [(), ()]
     assert broken.attrs["summary"] == {"records": 3, "problems": len(broken) - 2, "errors": 0, "failed": 2}
@@ -127,7 +127,7 @@ def test_errors_and_bad_input(module, antrag_library, antraege, gemeinden, tmp_p
     errors = problems[problems["error"].notna()]
     assert list(errors.index) == [1, 2]
     assert "Antrag.Antragsteller.Name" in errors["error"].iloc[0]
-    assert "Antrag.Kinder " in errors["error"].iloc[1] and "zwei" in errors["error"].iloc[1]
+    assert "Antrag.Kinder#" in errors["error"].iloc[1] and "zwei" in errors["error"].iloc[1]
     assert set(problems.index) == {1, 2}
     assert problems.attrs["summary"]["failed"] == 2
     module.close()

@@ -169,4 +169,4 @@ def test_sources_that_cannot_be_read_raise(db, module, antraege, tmp_path):
         checker.check(record)
     assert error.value.type == 6 and "ohne_ort" in error.value.message
     frame = checker.check_frame(pd.DataFrame([record]))
-    assert frame["error"].iloc[0].startswith("Ausnahme 6")
+    assert frame["error"].iloc[0].startswith("exception 6")
