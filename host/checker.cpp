@@ -7,7 +7,11 @@ namespace host {
 
 namespace {
 
-Plausi *load(PlausiLoader *loader, const CheckSettings &settings) {
+Plausi *load(PlausiLoader *loader, const CheckSettings &settings, std::unique_ptr<Plausi> *ruleFile) {
+  if (settings.rules != nullptr) {
+    *ruleFile = settings.rules->createPlausi();
+    return ruleFile->get();
+  }
   try {
     return loader->loadPlausi(settings.library.c_str(), settings.module.c_str());
   } catch (const PlausiException &e) {
@@ -17,12 +21,14 @@ Plausi *load(PlausiLoader *loader, const CheckSettings &settings) {
 
 }  // namespace
 
-Checker::Checker(const CheckSettings &settings) : settings_(settings), plausi_(load(&loader_, settings)) {
+Checker::Checker(const CheckSettings &settings)
+    : settings_(settings), plausi_(load(&loader_, settings, &ruleFile_)) {
   for (const auto &init : settings.inits) inits_.set(init.first.c_str(), init.second->copy());
 }
 
 Checker::~Checker() {
   inits_.clear();
+  if (ruleFile_ != nullptr) return;
   try {
     loader_.unloadPlausi(plausi_, settings_.module.c_str());
   } catch (const PlausiException &) {
@@ -67,6 +73,17 @@ void Checker::check(DataRecord *record, Outcome *outcome) {
     outcome->errors = context.getNumOfProblems(PROBLEM_ERROR);
   }
   if (settings_.afterRun) settings_.afterRun();
+}
+
+bool isRuleFile(const std::string &path) {
+  return path.size() > 3 && path.compare(path.size() - 3, 3, ".qr") == 0;
+}
+
+std::shared_ptr<const lang::RuleSet> readRules(const std::string &path, std::string *message) {
+  lang::Diagnostics diagnostics;
+  std::shared_ptr<const lang::RuleSet> rules = lang::readRuleFile(path, &diagnostics);
+  if (rules == nullptr) *message = diagnostics.format();
+  return rules;
 }
 
 }  // namespace host
