@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "quorel/functions/functions.h"
+#include "quorel/lang/encoding.h"
 
 namespace quorel {
 namespace lang {
@@ -109,7 +110,7 @@ std::string builtinReference() {
     out += std::string("| `") + b->name + "` | " + (b->arguments[0] != '\0' ? b->arguments : "none") + " | " +
            b->result + " | " + b->faults + " |\n";
   }
-  return out;
+  return windows1252ToUtf8(out);
 }
 
 }  // namespace lang

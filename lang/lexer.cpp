@@ -79,7 +79,7 @@ class Lexer {
     return at_ - start;
   }
 
-  // 12, 12,5 or a date 1.2.2024 / 01.02.2024.
+  // 12, 12,5 or a date 01.02.2024.
   Token number(Position pos) {
     std::size_t start = at_;
     std::size_t first = digits();
@@ -99,13 +99,13 @@ class Lexer {
       if (peekIs(0, '.') && at_ + 1 < text_.size() && isDigit(text_[at_ + 1])) {
         advance();
         third = digits();
-        date = first <= 2 && second <= 2 && third == 4;
+        date = first == 2 && second == 2 && third == 4;
       }
       std::string written = text_.substr(start, at_ - start);
       if (!date) {
         diagnostics_->error(pos, "'" + written +
                                      "' is neither a number nor a date: numbers take a decimal comma (12,5), "
-                                     "dates are written TT.MM.JJJJ");
+                                     "dates are written TT.MM.JJJJ (31.01.2024)");
       }
       return {kTokDate, pos, written};
     }
