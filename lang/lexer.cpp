@@ -102,12 +102,11 @@ class Lexer {
         date = first == 2 && second == 2 && third == 4;
       }
       std::string written = text_.substr(start, at_ - start);
-      if (!date) {
-        diagnostics_->error(pos, "'" + written +
-                                     "' is neither a number nor a date: numbers take a decimal comma (12,5), "
-                                     "dates are written TT.MM.JJJJ (31.01.2024)");
-      }
-      return {kTokDate, pos, written};
+      if (date) return {kTokDate, pos, written};
+      diagnostics_->error(pos, "'" + written +
+                                   "' is neither a number nor a date: numbers take a decimal comma (12,5), "
+                                   "dates are written TT.MM.JJJJ (31.01.2024)");
+      return {kTokNumber, pos, written, 0.0};
     }
     std::string written = text_.substr(start, at_ - start);
     return {kTokNumber, pos, written, std::strtod(written.c_str(), nullptr)};

@@ -137,8 +137,9 @@ class Parser {
   std::string name(const std::string &what) {
     const Token &token = peek();
     if (token.kind != kTokWord) expected(what);
+    next();  // taken either way, so that the parser goes on behind it
     if (isKeyword(token.text)) fail(token, "'" + token.text + "' is a reserved word and cannot be " + what);
-    return next().text;
+    return token.text;
   }
 
   std::string text(const std::string &what) {
