@@ -72,6 +72,8 @@ namespace {
 
 struct Options {
   std::string library, module, records, output;
+  std::string rules;  // a rule file in place of library and module
+  bool checkRulesOnly = false;
   std::optional<std::string> flow;  // the module's default when not given
   std::int32_t weightLevel = 1;
   std::vector<std::pair<std::string, std::string>> inits, materials;
@@ -103,11 +105,14 @@ bool parse(int argc, char **argv, Options *options) {
   CLI::App app("Checks the records of a CSV file or database table with a rule module.\n"
                "Exit status: 0 all records ok, 1 some record has an error, 2 usage, load or input error.",
                "quorel-check");
-  app.add_option("LIBRARY", options->library, "shared library of the rule module")->required();
-  app.add_option("MODULE", options->module, "name of the rule module")->required();
-  app.add_option("RECORDS", options->records,
-                 "CSV file of the records, or sqlite:FILE?table=T, postgresql://...?table=T (or ?query=SELECT...)")
-      ->required();
+  std::vector<std::string> arguments;
+  app.add_option("ARGUMENTS", arguments,
+                 "LIBRARY MODULE RECORDS: a shared library, the name of its rule module, the records; or\n"
+                 "RULES.qr RECORDS: a rule file and the records. RECORDS is a CSV file, or\n"
+                 "sqlite:FILE?table=T, postgresql://...?table=T (or ?query=SELECT...)");
+  std::string checkRules;
+  app.add_option("--check-rules", checkRules,
+                 "only read and check the rule file RULES.qr: exit status 0 when it holds no mistake, else 2");
   std::string flow;
   CLI::Option *flowOption = app.add_option(
       "--flow", flow, "flow to run for each record (default: the first flow the module declares)");
@@ -154,6 +159,26 @@ bool parse(int argc, char **argv, Options *options) {
     std::exit(0);
   } catch (const CLI::ParseError &e) {
     std::cerr << "quorel-check: " << quorel::host::withoutPasswords(e.what()) << "\n" << app.help();
+    return false;
+  }
+  std::string usage;
+  if (!checkRules.empty()) {
+    options->rules = checkRules;
+    options->checkRulesOnly = true;
+    if (!arguments.empty()) usage = "--check-rules takes no further arguments";
+  } else if (!arguments.empty() && quorel::host::isRuleFile(arguments[0])) {
+    if (arguments.size() != 2) usage = "a rule file is followed by the records alone: RULES.qr RECORDS";
+    options->rules = arguments[0];
+    options->records = arguments.back();
+  } else if (arguments.size() == 3) {
+    options->library = arguments[0];
+    options->module = arguments[1];
+    options->records = arguments[2];
+  } else {
+    usage = "expected LIBRARY MODULE RECORDS, or RULES.qr RECORDS";
+  }
+  if (!usage.empty()) {
+    std::cerr << "quorel-check: " << usage << "\n" << app.help();
     return false;
   }
   for (const std::string &init : inits) options->inits.push_back(split(init));
@@ -375,6 +400,16 @@ int main(int argc, char **argv) {
   Options options;
   if (!parse(argc, argv, &options)) return 2;
   std::string message;
+  std::shared_ptr<const quorel::lang::RuleSet> rules;
+  if (!options.rules.empty()) {
+    // Every mistake of the file, before any record is read.
+    rules = quorel::host::readRules(options.rules, &message);
+    if (rules == nullptr) {
+      std::cerr << message;
+      return 2;
+    }
+    if (options.checkRulesOnly) return 0;
+  }
   Materials materials;
   std::unique_ptr<quorel::host::RowSource> records;
   if (!options.output.empty() && !quorel::host::SqlSource::names(options.output)) {
@@ -421,7 +456,8 @@ int main(int argc, char **argv) {
   }
   quorel::host::CheckSettings settings;
   settings.library = options.library;
-  settings.module = options.module;
+  settings.module = rules != nullptr ? rules->name() : options.module;
+  settings.rules = rules;
   settings.flow = options.flow;
   settings.weightLevel = options.weightLevel;
   settings.materials = materials.access();
@@ -451,7 +487,7 @@ int main(int argc, char **argv) {
   std::vector<std::string> given;
   for (const auto &material : options.materials) given.push_back(material.first);
   quorel::host::MaterialFindings findings = quorel::host::checkMaterials(
-      workers[0]->checker().plausi(), options.module, given, "--material NAME=FILE", options.strict);
+      workers[0]->checker().plausi(), settings.module, given, "--material NAME=FILE", options.strict);
   for (const std::string &warning : findings.warnings) std::cerr << "quorel-check: warning: " << warning << "\n";
   for (const std::string &error : findings.errors) std::cerr << "quorel-check: " << error << "\n";
   if (!findings.errors.empty()) return 2;

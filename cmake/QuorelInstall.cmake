@@ -17,6 +17,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/quorelConfigVersion.cmak
   COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/quorelConfig.cmake"
               "${PROJECT_BINARY_DIR}/quorelConfigVersion.cmake"
+              "${PROJECT_SOURCE_DIR}/cmake/QuorelRuleModule.cmake"
         DESTINATION "${QUOREL_CMAKE_DIR}")
 
 configure_file(cmake/quorel.pc.in "${PROJECT_BINARY_DIR}/quorel.pc" @ONLY)

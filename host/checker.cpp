@@ -13,7 +13,11 @@ namespace host {
 
 namespace {
 
-Plausi *load(PlausiLoader *loader, const CheckSettings &settings) {
+Plausi *load(PlausiLoader *loader, const CheckSettings &settings, std::unique_ptr<Plausi> *ruleFile) {
+  if (settings.rules != nullptr) {
+    *ruleFile = settings.rules->createPlausi();
+    return ruleFile->get();
+  }
   try {
     return loader->loadPlausi(settings.library.c_str(), settings.module.c_str());
   } catch (const PlausiException &e) {
@@ -37,7 +41,7 @@ std::string Outcome::failure() const {
 }
 
 Checker::Checker(const CheckSettings &settings)
-    : settings_(settings), plausi_(load(&loader_, settings)), flow_(settings.flow) {
+    : settings_(settings), plausi_(load(&loader_, settings, &ruleFile_)), flow_(settings.flow) {
   const char *const *declared = plausi_->getFlows();
   if (!flow_ && declared != nullptr && declared[0] != nullptr) flow_ = declared[0];
   for (const auto &init : settings.inits) inits_.set(init.first.c_str(), init.second->copy());
@@ -45,6 +49,7 @@ Checker::Checker(const CheckSettings &settings)
 
 Checker::~Checker() {
   inits_.clear();
+  if (ruleFile_ != nullptr) return;
   try {
     loader_.unloadPlausi(plausi_, settings_.module.c_str());
   } catch (const PlausiException &) {
@@ -107,6 +112,17 @@ void Checker::check(DataRecord *record, Outcome *outcome) {
     outcome->errors = context.getNumOfProblems(PROBLEM_ERROR);
   }
   if (settings_.afterRun) settings_.afterRun();
+}
+
+bool isRuleFile(const std::string &path) {
+  return path.size() > 3 && path.compare(path.size() - 3, 3, ".qr") == 0;
+}
+
+std::shared_ptr<const lang::RuleSet> readRules(const std::string &path, std::string *message) {
+  lang::Diagnostics diagnostics;
+  std::shared_ptr<const lang::RuleSet> rules = lang::readRuleFile(path, &diagnostics);
+  if (rules == nullptr) *message = diagnostics.format();
+  return rules;
 }
 
 }  // namespace host

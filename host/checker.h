@@ -20,13 +20,17 @@
 #include <quorel/quorel.h>
 
 #include "quorel/host/problem.h"
+#include "quorel/lang/rule_set.h"
 
 namespace quorel {
 namespace host {
 
 struct CheckSettings {
+  // The rule module: a shared library and the module's name in it, or a
+  // rule file read beforehand (readRules), whose name is then the module's.
   std::string library;
   std::string module;
+  std::shared_ptr<const lang::RuleSet> rules;
   // The flow to run; none runs the module's default, the first flow it
   // declares.
   std::optional<std::string> flow;
@@ -63,8 +67,8 @@ struct Outcome {
 
 class Checker {
  public:
-  // Loads the module; a LoadError (a PlausiException) when it cannot be
-  // loaded.
+  // Loads the module, or makes the rule file's Plausi; a LoadError (a
+  // PlausiException) when a module cannot be loaded.
   explicit Checker(const CheckSettings &settings);
   // Unloads the module.
   ~Checker();
@@ -94,9 +98,17 @@ class Checker {
   const CheckSettings &settings_;
   InitParams inits_;
   PlausiLoader loader_;
+  std::unique_ptr<Plausi> ruleFile_;  // the Plausi of a rule file, else null
   Plausi *plausi_;
   std::optional<std::string> flow_;
 };
+
+// Whether path names a rule file (it ends in ".qr") rather than a library.
+bool isRuleFile(const std::string &path);
+
+// Reads and checks a rule file; null, with every mistake of the file in
+// *message (FILE:LINE:COLUMN: error: ... lines, UTF-8), when it holds any.
+std::shared_ptr<const lang::RuleSet> readRules(const std::string &path, std::string *message);
 
 }  // namespace host
 }  // namespace quorel

@@ -1,0 +1,789 @@
+#include "quorel/lang/parser.h"
+
+#include <set>
+#include <string>
+#include <utility>
+
+#include "quorel/lang/encoding.h"
+#include "quorel/material/filter_condition.h"
+#include "quorel/values/interval_range.h"
+
+namespace quorel {
+namespace lang {
+
+namespace {
+
+const std::set<std::string> &keywords() {
+  static const std::set<std::string> kWords = {
+      "MODUL",     "SATZ",          "GRUPPE",     "FELD",        "MASKE",      "MATERIAL",   "DATENBESTAND",
+      "KODELISTE", "MIT",           "ENDE",       "EXTERN",      "ABLAUF",     "REGEL",      "FUNKTION",
+      "FELDPRUEFUNG", "ALS",        "ABSCHNITT",  "WENN",        "DANN",       "SONST",      "SEI",
+      "SETZE",     "FUER",          "JEDES",      "IN",          "VON",        "BIS",        "ABBRECHEN",
+      "MELDE",     "FEHLER",        "HINWEIS",    "TYP",         "GEWICHT",    "TEXT",       "DETAILS",
+      "KORREKTUR", "THEMA",         "AUSNAHME",   "FELDNAME",    "FELDMASKE",  "WERTEBEREICH", "FELDLAENGE",
+      "INFOTYP",   "INDIZES",       "PRUEFE",     "VERSUCHE",    "BEI",        "ERGEBNIS",   "UND",
+      "ODER",      "NICHT",         "WAHR",       "FALSCH",      "NICHTS",     "UNGUELTIG",  "UNUMWANDELBAR",
+      "LIES",      "AUS",           "WO",         "EXISTIERT",   "WAHRHEITSWERT", "GANZZAHL", "KOMMAZAHL",
+      "DATUM",     "FREI"};
+  return kWords;
+}
+
+// Words that begin a declaration at the top of a file.
+bool startsDeclaration(const std::string &word) {
+  static const std::set<std::string> kStarts = {"SATZ",     "MATERIAL", "KODELISTE",   "EXTERN",
+                                                "ABLAUF",   "REGEL",    "FUNKTION", "FELDPRUEFUNG"};
+  return kStarts.count(word) != 0;
+}
+
+bool startsStatement(const std::string &word) {
+  static const std::set<std::string> kStarts = {"WENN",   "SEI",    "SETZE",    "ABSCHNITT", "FUER",
+                                                "ABBRECHEN", "MELDE", "PRUEFE", "VERSUCHE",  "ERGEBNIS"};
+  return kStarts.count(word) != 0;
+}
+
+// Nesting beyond this is refused instead of running the stack out.
+constexpr int kMaxDepth = 100;
+
+struct SyntaxError {};
+
+// A type keyword's FieldType, or -1.
+std::int32_t fieldTypeOf(const std::string &word) {
+  if (word == "TEXT") return FieldTypeText;
+  if (word == "WAHRHEITSWERT") return FieldTypeBool;
+  if (word == "GANZZAHL") return FieldTypeInteger;
+  if (word == "KOMMAZAHL") return FieldTypeReal;
+  if (word == "DATUM") return FieldTypeDate;
+  if (word == "FREI") return FieldTypeFree;
+  return -1;
+}
+
+std::string shown(const Token &token) {
+  switch (token.kind) {
+    case kTokEnd: return "the end of the file";
+    case kTokText: return "a text";
+    case kTokNumber: return "the number " + token.text;
+    case kTokDate: return "the date " + token.text;
+    default: return "'" + windows1252ToUtf8(token.text) + "'";
+  }
+}
+
+class Parser {
+ public:
+  Parser(const std::vector<Token> &tokens, Diagnostics *diagnostics)
+      : tokens_(tokens), diagnostics_(diagnostics) {}
+
+  Module run() {
+    Module module;
+    module.file = diagnostics_->file();
+    try {
+      module.pos = peek().pos;
+      expectWord("MODUL");
+      module.name = name("the module's name");
+    } catch (const SyntaxError &) {
+      skipToDeclaration();
+    }
+    while (peek().kind != kTokEnd) {
+      try {
+        declaration(&module);
+      } catch (const SyntaxError &) {
+        skipToDeclaration();
+      }
+    }
+    return module;
+  }
+
+ private:
+  // --- tokens
+
+  const Token &peek(std::size_t ahead = 0) const {
+    std::size_t at = std::min(at_ + ahead, tokens_.size() - 1);
+    return tokens_[at];
+  }
+  const Token &next() {
+    const Token &token = tokens_[at_];
+    if (at_ + 1 < tokens_.size()) ++at_;
+    return token;
+  }
+  bool isWord(const char *word, std::size_t ahead = 0) const {
+    return peek(ahead).kind == kTokWord && peek(ahead).text == word;
+  }
+  bool isSymbol(const char *symbol, std::size_t ahead = 0) const {
+    return peek(ahead).kind == kTokSymbol && peek(ahead).text == symbol;
+  }
+  bool acceptWord(const char *word) {
+    if (!isWord(word)) return false;
+    next();
+    return true;
+  }
+  bool acceptSymbol(const char *symbol) {
+    if (!isSymbol(symbol)) return false;
+    next();
+    return true;
+  }
+
+  [[noreturn]] void fail(const Token &at, const std::string &message) {
+    diagnostics_->error(at.pos, message);
+    throw SyntaxError();
+  }
+  [[noreturn]] void expected(const std::string &what) { fail(peek(), "expected " + what + ", found " + shown(peek())); }
+
+  void expectWord(const char *word) {
+    if (!acceptWord(word)) expected(std::string("'") + word + "'");
+  }
+  void expectSymbol(const char *symbol) {
+    if (!acceptSymbol(symbol)) expected(std::string("'") + symbol + "'");
+  }
+
+  std::string name(const std::string &what) {
+    const Token &token = peek();
+    if (token.kind != kTokWord) expected(what);
+    next();  // taken either way, so that the parser goes on behind it
+    if (isKeyword(token.text)) fail(token, "'" + token.text + "' is a reserved word and cannot be " + what);
+    return token.text;
+  }
+
+  std::string text(const std::string &what) {
+    if (peek().kind != kTokText) expected(what);
+    return next().text;
+  }
+
+  std::int32_t wholeNumber(const std::string &what) {
+    const Token &token = peek();
+    bool negative = isSymbol("-") && peek(1).kind == kTokNumber;
+    const Token &number = negative ? peek(1) : token;
+    if (number.kind != kTokNumber || number.text.find(',') != std::string::npos || number.number > 2147483647.0) {
+      expected(what);
+    }
+    if (negative) next();
+    next();
+    return static_cast<std::int32_t>(negative ? -number.number : number.number);
+  }
+
+  void skipToDeclaration() {
+    while (peek().kind != kTokEnd && !(peek().kind == kTokWord && startsDeclaration(peek().text))) next();
+  }
+
+  // After a broken statement: on to the next statement, or the word that
+  // ends its block.
+  void skipToStatement() {
+    while (peek().kind != kTokEnd) {
+      const Token &token = peek();
+      if (token.kind == kTokWord &&
+          (startsStatement(token.text) || startsDeclaration(token.text) || token.text == "ENDE" ||
+           token.text == "SONST" || token.text == "BEI")) {
+        return;
+      }
+      next();
+    }
+  }
+
+  struct Deeper {
+    Deeper(Parser *parser, const Token &at) : parser_(parser) {
+      if (++parser_->depth_ > kMaxDepth) {
+        --parser_->depth_;
+        parser_->fail(at, "nested too deeply (more than " + std::to_string(kMaxDepth) + " levels)");
+      }
+    }
+    ~Deeper() { --parser_->depth_; }
+    Parser *parser_;
+  };
+
+  // --- declarations
+
+  void declaration(Module *module) {
+    const Token &start = peek();
+    if (start.kind != kTokWord || !startsDeclaration(start.text)) {
+      expected("a declaration (SATZ, MATERIAL, KODELISTE, EXTERN, ABLAUF, REGEL, FUNKTION or FELDPRUEFUNG)");
+    }
+    next();
+    const std::string &word = start.text;
+    if (word == "SATZ") {
+      if (module->record != nullptr) diagnostics_->error(start.pos, "a second SATZ: a module has one record type");
+      auto record = group(start);
+      if (module->record == nullptr) module->record = std::move(record);
+    } else if (word == "MATERIAL") {
+      MaterialDecl material;
+      material.root = std::make_unique<FieldDecl>();
+      material.root->pos = peek().pos;
+      material.root->type = FieldTypeTopic;
+      material.root->name = name("the material's name");
+      material.root->display = peek().kind == kTokText ? next().text : material.root->name;
+      if (acceptWord("DATENBESTAND")) {
+        material.dataset = text("the data stock's name");
+        material.hasDataset = true;
+      }
+      fields(material.root.get(), start);
+      module->materials.push_back(std::move(material));
+    } else if (word == "KODELISTE") {
+      codes(&module->codes, start);
+    } else if (word == "EXTERN") {
+      ExternalDecl external;
+      external.pos = peek().pos;
+      external.name = name("the external function's name");
+      expectSymbol("(");
+      external.arity = wholeNumber("the number of its arguments");
+      expectSymbol(")");
+      module->externals.push_back(external);
+    } else if (word == "ABLAUF") {
+      FlowDecl flow;
+      flow.pos = peek().pos;
+      flow.name = name("the flow's name");
+      expectSymbol(":");
+      do {
+        flow.rulePos.push_back(peek().pos);
+        flow.rules.push_back(name("a rule's name"));
+      } while (acceptSymbol(","));
+      module->flows.push_back(std::move(flow));
+    } else if (word == "REGEL") {
+      RuleDecl rule;
+      rule.pos = peek().pos;
+      rule.name = name("the rule's name");
+      rule.section = acceptWord("ABSCHNITT") ? text("the section's name") : rule.name;
+      rule.body = block();
+      expectEnd(start);
+      module->rules.push_back(std::move(rule));
+    } else if (word == "FUNKTION") {
+      auto function = std::make_unique<FunctionDecl>();
+      function->pos = peek().pos;
+      function->name = name("the function's name");
+      if (acceptSymbol("(")) {
+        if (!isSymbol(")")) {
+          do {
+            function->params.push_back(name("a parameter's name"));
+          } while (acceptSymbol(";"));
+        }
+        expectSymbol(")");
+      }
+      function->body = block();
+      expectEnd(start);
+      module->functions.push_back(std::move(function));
+    } else {  // FELDPRUEFUNG
+      FieldCheckDecl check;
+      check.pos = peek().pos;
+      check.field = path();
+      expectWord("ALS");
+      check.bound = name("the name of the checked field");
+      check.section = acceptWord("ABSCHNITT") ? text("the section's name") : check.bound;
+      check.body = block();
+      expectEnd(start);
+      module->fieldChecks.push_back(std::move(check));
+    }
+  }
+
+  void expectEnd(const Token &opener) {
+    if (acceptWord("ENDE")) return;
+    fail(peek(), "expected 'ENDE' to close the " + opener.text + " of line " + std::to_string(opener.pos.line) +
+                     ", found " + shown(peek()));
+  }
+
+  // SATZ/GRUPPE Name[dims] ["display"] fields ENDE
+  std::unique_ptr<FieldDecl> group(const Token &opener) {
+    Deeper deeper(this, opener);
+    auto decl = std::make_unique<FieldDecl>();
+    decl->pos = peek().pos;
+    decl->type = FieldTypeTopic;
+    decl->name = name("the group's name");
+    dimensions(decl.get());
+    decl->display = peek().kind == kTokText ? next().text : decl->name;
+    fields(decl.get(), opener);
+    return decl;
+  }
+
+  void dimensions(FieldDecl *decl) {
+    while (acceptSymbol("[")) {
+      std::int32_t size = wholeNumber("an array size (a whole number, 0 for a size per record)");
+      if (size < 0) diagnostics_->error(decl->pos, "an array size cannot be negative");
+      decl->dims.push_back(size < 0 ? 0 : size);
+      expectSymbol("]");
+    }
+  }
+
+  void fields(FieldDecl *parent, const Token &opener) {
+    while (!isWord("ENDE")) {
+      if (peek().kind == kTokEnd || (peek().kind == kTokWord && startsDeclaration(peek().text))) break;
+      try {
+        const Token &start = peek();
+        if (acceptWord("GRUPPE")) {
+          parent->children.push_back(group(start));
+        } else if (acceptWord("FELD")) {
+          auto decl = std::make_unique<FieldDecl>();
+          decl->pos = peek().pos;
+          decl->name = name("the field's name");
+          dimensions(decl.get());
+          decl->display = peek().kind == kTokText ? next().text : decl->name;
+          std::int32_t type = peek().kind == kTokWord ? fieldTypeOf(peek().text) : -1;
+          if (type < 0) expected("the field's type (TEXT, WAHRHEITSWERT, GANZZAHL, KOMMAZAHL, DATUM or FREI)");
+          next();
+          decl->type = static_cast<FieldType>(type);
+          if (acceptWord("MASKE")) {
+            decl->mask = text("the mask");
+            decl->hasMask = true;
+          }
+          parent->children.push_back(std::move(decl));
+        } else {
+          expected("FELD, GRUPPE or ENDE");
+        }
+      } catch (const SyntaxError &) {
+        while (peek().kind != kTokEnd && !isWord("FELD") && !isWord("GRUPPE") && !isWord("ENDE") &&
+               !(peek().kind == kTokWord && startsDeclaration(peek().text))) {
+          next();
+        }
+      }
+    }
+    expectEnd(opener);
+  }
+
+  // "code" = "text" [MIT ... ENDE] ... ENDE
+  void codes(std::vector<std::unique_ptr<CodeDecl>> *into, const Token &opener) {
+    Deeper deeper(this, opener);
+    while (!isWord("ENDE")) {
+      if (peek().kind == kTokEnd || (peek().kind == kTokWord && startsDeclaration(peek().text))) break;
+      auto code = std::make_unique<CodeDecl>();
+      code->pos = peek().pos;
+      code->code = text("a code (a text)");
+      expectSymbol("=");
+      code->text = text("the code's text");
+      const Token &with = peek();
+      if (acceptWord("MIT")) codes(&code->children, with);
+      into->push_back(std::move(code));
+    }
+    expectEnd(opener);
+  }
+
+  // --- statements
+
+  Block block() {
+    Block body;
+    while (peek().kind == kTokWord && startsStatement(peek().text)) {
+      try {
+        body.push_back(statement());
+      } catch (const SyntaxError &) {
+        skipToStatement();
+      }
+    }
+    if (peek().kind != kTokEnd && !isWord("ENDE") && !isWord("SONST") && !isWord("BEI") &&
+        !(peek().kind == kTokWord && startsDeclaration(peek().text))) {
+      diagnostics_->error(peek().pos, "expected a statement, found " + shown(peek()));
+      next();
+      skipToStatement();
+      Block rest = block();
+      for (auto &stmt : rest) body.push_back(std::move(stmt));
+    }
+    return body;
+  }
+
+  StmtPtr statement() {
+    const Token &start = next();
+    Deeper deeper(this, start);
+    const std::string &word = start.text;
+    if (word == "WENN") {
+      auto stmt = std::make_unique<Stmt>(kIf, start.pos);
+      stmt->exprs.push_back(expression());
+      expectWord("DANN");
+      stmt->blocks.push_back(block());
+      while (isWord("SONST")) {
+        next();
+        if (acceptWord("WENN")) {
+          stmt->exprs.push_back(expression());
+          expectWord("DANN");
+          stmt->blocks.push_back(block());
+        } else {
+          stmt->blocks.push_back(block());
+          break;
+        }
+      }
+      expectEnd(start);
+      return stmt;
+    }
+    if (word == "SEI" || word == "SETZE") {
+      auto stmt = std::make_unique<Stmt>(word == "SEI" ? kLet : kAssign, start.pos);
+      stmt->name = name("a variable's name");
+      expectSymbol("=");
+      stmt->exprs.push_back(expression());
+      return stmt;
+    }
+    if (word == "ABSCHNITT") {
+      auto stmt = std::make_unique<Stmt>(kSection, start.pos);
+      stmt->section = text("the section's name");
+      stmt->hasSection = true;
+      stmt->blocks.push_back(block());
+      expectEnd(start);
+      return stmt;
+    }
+    if (word == "FUER") {
+      bool each = acceptWord("JEDES");
+      auto stmt = std::make_unique<Stmt>(each ? kForEach : kForRange, start.pos);
+      stmt->name = name("the loop variable's name");
+      if (each) {
+        expectWord("IN");
+        stmt->exprs.push_back(expression());
+      } else {
+        expectWord("VON");
+        stmt->exprs.push_back(expression());
+        expectWord("BIS");
+        stmt->exprs.push_back(expression());
+      }
+      if (acceptWord("ABSCHNITT")) {
+        stmt->hasSection = true;
+        stmt->section = text("the section's name");
+      }
+      stmt->blocks.push_back(block());
+      expectEnd(start);
+      return stmt;
+    }
+    if (word == "ABBRECHEN") return std::make_unique<Stmt>(kBreak, start.pos);
+    if (word == "MELDE") return report(start);
+    if (word == "PRUEFE") {
+      auto stmt = std::make_unique<Stmt>(kCheck, start.pos);
+      stmt->path = path();
+      return stmt;
+    }
+    if (word == "VERSUCHE") {
+      auto stmt = std::make_unique<Stmt>(kTry, start.pos);
+      stmt->blocks.push_back(block());
+      expectWord("BEI");
+      expectWord("FEHLER");
+      stmt->name = name("the name of the error's message");
+      stmt->blocks.push_back(block());
+      expectEnd(start);
+      return stmt;
+    }
+    auto stmt = std::make_unique<Stmt>(kReturn, start.pos);  // ERGEBNIS
+    stmt->exprs.push_back(expression());
+    return stmt;
+  }
+
+  StmtPtr report(const Token &start) {
+    auto stmt = std::make_unique<Stmt>(kReport, start.pos);
+    stmt->report = std::make_unique<Report>();
+    Report *report = stmt->report.get();
+    if (acceptWord("FEHLER")) {
+      report->type = 1;
+    } else if (acceptWord("HINWEIS")) {
+      report->type = 2;
+    } else if (acceptWord("TYP")) {
+      report->type = wholeNumber("the problem's type (a whole number)");
+    } else {
+      expected("FEHLER, HINWEIS or TYP n");
+    }
+    report->id = expression();
+    expectWord("GEWICHT");
+    report->weight = wholeNumber("the problem's weight (a whole number)");
+    if (acceptWord("FELD")) report->field = path();
+    static const std::pair<const char *, ReportClause> kClauses[] = {
+        {"TEXT", kClauseText},           {"DETAILS", kClauseDetails},       {"KORREKTUR", kClauseCorrection},
+        {"THEMA", kClauseTopic},         {"AUSNAHME", kClauseException},    {"FELDNAME", kClauseDisplay},
+        {"FELDMASKE", kClauseMask},      {"WERTEBEREICH", kClauseValueSpace}, {"FELDLAENGE", kClauseLength},
+        {"INFOTYP", kClauseInfoType},    {"INDIZES", kClauseIndices}};
+    for (;;) {
+      const Clause *found = nullptr;
+      for (const auto &clause : kClauses) {
+        if (!isWord(clause.first)) continue;
+        Clause parsed{clause.second, next().pos, {}};
+        parsed.values.push_back(expression());
+        while (clause.second == kClauseIndices && acceptSymbol(";")) parsed.values.push_back(expression());
+        report->clauses.push_back(std::move(parsed));
+        found = &report->clauses.back();
+        break;
+      }
+      if (found == nullptr) break;
+    }
+    return stmt;
+  }
+
+  // --- expressions
+
+  ExprPtr expression() {
+    Deeper deeper(this, peek());
+    return disjunction();
+  }
+
+  ExprPtr binary(ExprKind kind, Position pos, ExprPtr left, ExprPtr right) {
+    auto expr = std::make_unique<Expr>(kind, pos);
+    expr->args.push_back(std::move(left));
+    expr->args.push_back(std::move(right));
+    return expr;
+  }
+
+  ExprPtr disjunction() {
+    ExprPtr left = conjunction();
+    while (isWord("ODER")) {
+      Position pos = next().pos;
+      left = binary(kOr, pos, std::move(left), conjunction());
+    }
+    return left;
+  }
+
+  ExprPtr conjunction() {
+    ExprPtr left = negation();
+    while (isWord("UND")) {
+      Position pos = next().pos;
+      left = binary(kAnd, pos, std::move(left), negation());
+    }
+    return left;
+  }
+
+  ExprPtr negation() {
+    if (isWord("NICHT")) {
+      Deeper deeper(this, peek());
+      auto expr = std::make_unique<Expr>(kNot, next().pos);
+      expr->args.push_back(negation());
+      return expr;
+    }
+    return comparison();
+  }
+
+  ExprPtr comparison() {
+    ExprPtr left = concatenation();
+    static const std::pair<const char *, BinaryOp> kOps[] = {{"=", kEq}, {"<>", kNe}, {">", kGt},
+                                                             {">=", kGe}, {"<", kLt}, {"<=", kLe}};
+    for (const auto &op : kOps) {
+      if (!isSymbol(op.first)) continue;
+      Position pos = next().pos;
+      ExprPtr expr = binary(kBinary, pos, std::move(left), concatenation());
+      expr->op = op.second;
+      return expr;
+    }
+    if (isWord("IN")) {
+      Position pos = next().pos;
+      return binary(kIn, pos, std::move(left), concatenation());
+    }
+    return left;
+  }
+
+  ExprPtr concatenation() {
+    ExprPtr left = sum();
+    while (isSymbol("&")) {
+      Position pos = next().pos;
+      left = binary(kBinary, pos, std::move(left), sum());
+      left->op = kConcat;
+    }
+    return left;
+  }
+
+  ExprPtr sum() {
+    ExprPtr left = product();
+    while (isSymbol("+") || isSymbol("-")) {
+      BinaryOp op = peek().text == "+" ? kPlus : kMinus;
+      Position pos = next().pos;
+      left = binary(kBinary, pos, std::move(left), product());
+      left->op = op;
+    }
+    return left;
+  }
+
+  ExprPtr product() {
+    ExprPtr left = unary();
+    while (isSymbol("*") || isSymbol("/")) {
+      BinaryOp op = peek().text == "*" ? kMult : kDiv;
+      Position pos = next().pos;
+      left = binary(kBinary, pos, std::move(left), unary());
+      left->op = op;
+    }
+    return left;
+  }
+
+  ExprPtr unary() {
+    if (isSymbol("-")) {
+      Deeper deeper(this, peek());
+      auto expr = std::make_unique<Expr>(kNeg, next().pos);
+      expr->args.push_back(unary());
+      return expr;
+    }
+    return primary();
+  }
+
+  ExprPtr primary() {
+    const Token &token = peek();
+    switch (token.kind) {
+      case kTokNumber: {
+        auto expr = std::make_unique<Expr>(kNumber, token.pos);
+        expr->number = token.number;
+        expr->text = token.text;
+        next();
+        return expr;
+      }
+      case kTokText: {
+        auto expr = std::make_unique<Expr>(kText, token.pos);
+        expr->text = next().text;
+        return expr;
+      }
+      case kTokDate: {
+        auto expr = std::make_unique<Expr>(kDate, token.pos);
+        expr->text = next().text;
+        return expr;
+      }
+      case kTokSymbol: return bracketed();
+      case kTokWord: break;
+      case kTokEnd: expected("a value");
+    }
+    const std::string &word = token.text;
+    if (word == "WAHR" || word == "FALSCH") {
+      auto expr = std::make_unique<Expr>(kTruth, next().pos);
+      expr->truth = word == "WAHR";
+      return expr;
+    }
+    if (word == "NICHTS") return std::make_unique<Expr>(kNil, next().pos);
+    if (word == "UNGUELTIG") return std::make_unique<Expr>(kInvalid, next().pos);
+    if (word == "UNUMWANDELBAR") {
+      auto expr = std::make_unique<Expr>(kInconvertible, next().pos);
+      expectSymbol("(");
+      expr->text = text("the message (a text)");
+      expectSymbol(")");
+      return expr;
+    }
+    if (word == "LIES" || word == "EXISTIERT") return query();
+    if (isKeyword(word)) expected("a value");
+    if (isSymbol("(", 1)) return call();
+    auto expr = std::make_unique<Expr>(kPath, token.pos);
+    expr->path = path();
+    return expr;
+  }
+
+  // Name(arg; arg...): a built-in, a function of the file or of the host.
+  ExprPtr call() {
+    auto expr = std::make_unique<Expr>(kCall, peek().pos);
+    expr->text = next().text;
+    expectSymbol("(");
+    if (!isSymbol(")")) {
+      do {
+        if (expr->text == "PASST" && expr->args.size() == 1) {
+          // The type argument of PASST is a type word.
+          std::int32_t type = peek().kind == kTokWord ? fieldTypeOf(peek().text) : -1;
+          if (type < 0) expected("a type (TEXT, WAHRHEITSWERT, GANZZAHL, KOMMAZAHL, DATUM or FREI)");
+          auto typeExpr = std::make_unique<Expr>(kText, next().pos);
+          typeExpr->fieldType = static_cast<FieldType>(type);
+          typeExpr->text = std::to_string(type);
+          typeExpr->truth = true;  // marks the type word
+          expr->args.push_back(std::move(typeExpr));
+          continue;
+        }
+        expr->args.push_back(expression());
+      } while (acceptSymbol(";"));
+    }
+    expectSymbol(")");
+    return expr;
+  }
+
+  // ( expr ) | (a .. b) | (a .. b] | [a .. b] | [a .. b) | [a; b .. c] | {a; b; ...}
+  ExprPtr bracketed() {
+    const Token &open = peek();
+    Deeper deeper(this, open);
+    if (acceptSymbol("{")) {
+      auto expr = std::make_unique<Expr>(kSeries, open.pos);
+      if (!isSymbol("}")) {
+        do {
+          expr->args.push_back(expression());
+        } while (acceptSymbol(";"));
+      }
+      expectSymbol("}");
+      return expr;
+    }
+    bool square = open.text == "[";
+    if (!square && open.text != "(") expected("a value");
+    next();
+    ExprPtr first = expression();
+    if (!square && acceptSymbol(")")) return first;
+    if (square && acceptSymbol(";")) {
+      auto expr = std::make_unique<Expr>(kSequence, open.pos);
+      expr->args.push_back(std::move(first));
+      expr->args.push_back(expression());
+      expectSymbol("..");
+      expr->args.push_back(expression());
+      expectSymbol("]");
+      return expr;
+    }
+    if (!acceptSymbol("..")) expected(square ? "'..' or ';'" : "')' or '..'");
+    auto expr = std::make_unique<Expr>(kInterval, open.pos);
+    expr->args.push_back(std::move(first));
+    expr->args.push_back(expression());
+    bool closedLast = isSymbol("]");
+    if (!closedLast && !isSymbol(")")) expected("']' or ')' to end the interval");
+    next();
+    expr->intervalType = square ? (closedLast ? INCLUDE_BOTH : INCLUDE_FIRST) : (closedLast ? INCLUDE_LAST : INCLUDE_NONE);
+    return expr;
+  }
+
+  // LIES f, g AUS M [WO cond UND cond...] | EXISTIERT M [WO ...]
+  ExprPtr query() {
+    const Token &start = next();
+    bool exists = start.text == "EXISTIERT";
+    auto expr = std::make_unique<Expr>(exists ? kExists : kQuery, start.pos);
+    expr->query = std::make_unique<Query>();
+    Query *query = expr->query.get();
+    if (!exists) {
+      do {
+        query->fieldPos.push_back(peek().pos);
+        query->fields.push_back(name("a field of the material"));
+      } while (acceptSymbol(","));
+      expectWord("AUS");
+    }
+    query->materialPos = peek().pos;
+    query->material = name("the material's name");
+    if (acceptWord("WO")) {
+      do {
+        Condition condition;
+        condition.pos = peek().pos;
+        condition.field = name("a field of the material");
+        static const std::pair<const char *, OperatorType> kOps[] = {
+            {"=", OPERATOR_EQUAL}, {"<>", OPERATOR_NOT_EQUAL}, {">", OPERATOR_GREATER},
+            {">=", OPERATOR_GREATER_EQUAL}, {"<", OPERATOR_LESS}, {"<=", OPERATOR_LESS_EQUAL}};
+        bool found = false;
+        for (const auto &op : kOps) {
+          if (acceptSymbol(op.first)) {
+            condition.op = op.second;
+            found = true;
+            break;
+          }
+        }
+        if (!found) expected("a comparison (=, <>, >, >=, <, <=)");
+        condition.value = concatenation();
+        query->conditions.push_back(std::move(condition));
+      } while (acceptWord("UND"));
+    }
+    return expr;
+  }
+
+  // Name (.Name | [expr]...)*
+  std::unique_ptr<Path> path() {
+    auto result = std::make_unique<Path>();
+    result->pos = peek().pos;
+    result->head = name("a name");
+    auto indices = [&](PathStep *step) {
+      while (isSymbol("[")) {
+        next();
+        step->indices.push_back(expression());
+        expectSymbol("]");
+      }
+    };
+    PathStep head;
+    head.pos = result->pos;
+    indices(&head);
+    if (!head.indices.empty()) result->steps.push_back(std::move(head));
+    while (isSymbol(".")) {
+      next();
+      PathStep step;
+      step.pos = peek().pos;
+      step.name = name("a field's name");
+      indices(&step);
+      result->steps.push_back(std::move(step));
+    }
+    return result;
+  }
+
+  const std::vector<Token> &tokens_;
+  Diagnostics *diagnostics_;
+  std::size_t at_ = 0;
+  int depth_ = 0;
+};
+
+}  // namespace
+
+bool isKeyword(const std::string &word) { return keywords().count(word) != 0; }
+
+Module parse(const std::vector<Token> &tokens, Diagnostics *diagnostics) {
+  return Parser(tokens, diagnostics).run();
+}
+
+}  // namespace lang
+}  // namespace quorel

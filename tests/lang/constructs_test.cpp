@@ -1,0 +1,412 @@
+// The constructs of the rule language, run: each test reads a small rule
+// file over one record type and checks what the runs report.
+
+#include <cstdarg>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <quorel/quorel.h>
+
+#include "lang_test_support.h"
+#include "quorel/host/table_material_access.h"
+
+namespace quorel {
+namespace lang {
+namespace {
+
+using testing::Cells;
+using testing::readOk;
+using testing::run;
+using testing::runText;
+
+const std::string kRecord = R"(
+MODUL Test
+SATZ R
+  FELD Name TEXT
+  FELD Zahl GANZZAHL
+  FELD Betrag "Betrag in Euro" KOMMAZAHL MASKE "####.##0"
+  FELD Datum DATUM MASKE "TT.MM.JJJJ"
+  FELD Ja WAHRHEITSWERT
+  GRUPPE Adresse "Anschrift"
+    FELD Ort TEXT
+  ENDE
+  GRUPPE Kinder[0]
+    FELD Vorname TEXT
+  ENDE
+  FELD Werte[3] GANZZAHL
+  FELD Tabelle[2][0] GANZZAHL
+ENDE
+)";
+
+// A rule file of the record type and one rule "T" with body.
+std::string rule(const std::string &body, const std::string &more = "") {
+  return kRecord + more + "REGEL T ABSCHNITT \"Regel T\"\n" + body + "\nENDE\n";
+}
+
+// MELDE of a problem with the id and text, on no field.
+std::string say(const std::string &id, const std::string &text = "\"x\"") {
+  return "MELDE HINWEIS \"" + id + "\" GEWICHT 1 TEXT " + text + "\n";
+}
+
+TEST(RecordTypeTest, DeclaresFieldsGroupsAndArraysAsTheLibraryDescribesThem) {
+  auto rules = readOk(kRecord);
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  Topic *root = plausi->getRootTopic();
+  ASSERT_NE(root, nullptr);
+  EXPECT_EQ(root->getHierarchyText(), "R");
+  TypeDescriptor *betrag = root->getField(nullptr, "Betrag")->getTypeDescriptor();
+  EXPECT_STREQ(betrag->getFieldNameDisplay(), "Betrag in Euro");
+  EXPECT_EQ(betrag->getFieldType(), FieldTypeReal);
+  EXPECT_STREQ(betrag->getMask(), "####.##0");
+  EXPECT_EQ(root->getField(nullptr, "Name")->getTypeDescriptor()->getMask(), nullptr);
+  EXPECT_STREQ(root->getField(nullptr, "Adresse")->getTypeDescriptor()->getFieldNameDisplay(), "Anschrift");
+  EXPECT_EQ(root->getField(nullptr, "Adresse.Ort")->getHierarchyText(), "R.Adresse.Ort");
+  EXPECT_EQ(root->getField(nullptr, "Kinder[1].Vorname")->getHierarchyText(), "R.Kinder[1].Vorname");
+  std::int32_t *dims = root->getField(nullptr, "Tabelle")->getTypeDescriptor()->getDimension();
+  ASSERT_NE(dims, nullptr);
+  EXPECT_EQ(dims[0], 2);
+  EXPECT_EQ(dims[1], 0);
+  EXPECT_LT(dims[2], 0);
+  EXPECT_EQ(plausi->getFlows(), nullptr);  // no ABLAUF: every flow runs every rule
+  EXPECT_TRUE(plausi->isKnownFlow("Irgendwas"));
+}
+
+TEST(FlowTest, RunsTheRulesOfTheFlowInItsOrderAndRefusesOthers) {
+  std::string text = kRecord + R"(
+ABLAUF Voll: B, A
+ABLAUF Kurz: A
+REGEL A
+  MELDE HINWEIS "A" GEWICHT 1
+ENDE
+REGEL B ABSCHNITT "Regel B"
+  MELDE HINWEIS "B" GEWICHT 1
+ENDE
+)";
+  auto rules = readOk(text);
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  EXPECT_TRUE(plausi->isKnownFlow("Kurz"));
+  EXPECT_FALSE(plausi->isKnownFlow("Pruefung"));
+  EXPECT_STREQ(plausi->getFlows()[0], "Voll");
+  EXPECT_EQ(run(plausi.get(), {}, "Voll"), "B 2 1: - | - | - | read | trail Regel B < Plausi\n"
+                                            "A 2 1: - | - | - | read | trail A < Plausi\n");
+  EXPECT_EQ(run(plausi.get(), {}, "Kurz"), "A 2 1: - | - | - | read | trail A < Plausi\n");
+  EXPECT_EQ(run(plausi.get(), {}, "Anders"), "");
+}
+
+TEST(ConditionTest, BranchesAndShortCircuitsAsWrittenAndReadsOnlyWhatItEvaluates) {
+  std::string body = R"(
+WENN R.Zahl < 0 DANN
+  )" + say("negativ") + R"(
+SONST WENN R.Zahl = 0 ODER R.Name = "null" DANN
+  )" + say("null") + R"(
+SONST WENN NICHT (R.Zahl > 10 UND R.Ja) DANN
+  )" + say("klein") + R"(
+SONST
+  )" + say("sonst") + R"(
+ENDE)";
+  std::string text = rule(body);
+  EXPECT_EQ(runText(text, {{"R.Zahl", "-1"}}), "negativ 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  // ODER stops at its first true operand: R.Name is not read.
+  EXPECT_EQ(runText(text, {{"R.Zahl", "0"}}), "null 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  EXPECT_EQ(runText(text, {{"R.Zahl", "5"}, {"R.Name", "null"}}),
+            "null 2 1: x | - | - | read R.Zahl, R.Name | trail Regel T < Plausi\n");
+  // UND stops at its first false operand: R.Ja is not read.
+  EXPECT_EQ(runText(text, {{"R.Zahl", "5"}}), "klein 2 1: x | - | - | read R.Zahl, R.Name | trail Regel T < Plausi\n");
+  EXPECT_EQ(runText(text, {{"R.Zahl", "11"}, {"R.Ja", "wahr"}}),
+            "sonst 2 1: x | - | - | read R.Zahl, R.Name, R.Ja | trail Regel T < Plausi\n");
+}
+
+TEST(ValueTest, LiteralsOperatorsAndRangesAnswerAsTheLibrary) {
+  std::string body = R"(
+SEI a = 12,5
+WENN a * 2 = 25 UND a - 0,5 = 12 UND -a < 0 UND 10 / 4 = 2,5 DANN )" + say("rechnen") + R"( ENDE
+WENN "ab" & 1 & WAHR & 2,5 & 31.12.2024 = "ab1WAHR2,531.12.2024" DANN )" + say("text") + R"( ENDE
+WENN 31.12.2024 > 01.01.2024 UND DATUM_VERSCHIEBEN(31.01.2024; 1; "M") = 29.02.2024 DANN )" + say("datum") + R"( ENDE
+WENN 10 IN [0 .. 10] UND NICHT 10 IN [0 .. 10) UND NICHT 0 IN (0 .. 10] UND 5 IN (0 .. 10) DANN )" + say("intervall") + R"( ENDE
+WENN 7 IN [1; 3 .. 9] UND NICHT 4 IN [1; 3 .. 9] DANN )" + say("folge") + R"( ENDE
+WENN "B" IN {"A"; "B"} UND 15 IN {1; [10 .. 20]} UND NICHT 5 IN {1; [10 .. 20]} DANN )" + say("reihe") + R"( ENDE
+SEI z = R.Zahl
+WENN z + 1 = 1 UND NICHT GUELTIG(z * 2) UND GESETZT(z) UND NICHT BRAUCHBAR(z) DANN )" + say("leer") + R"( ENDE
+WENN NICHT GESETZT(NICHTS) UND NICHT GUELTIG(UNGUELTIG) DANN )" + say("nichts") + R"( ENDE)";
+  EXPECT_EQ(runText(rule(body), {}),
+            "rechnen 2 1: x | - | - | read | trail Regel T < Plausi\n"
+            "text 2 1: x | - | - | read | trail Regel T < Plausi\n"
+            "datum 2 1: x | - | - | read | trail Regel T < Plausi\n"
+            "intervall 2 1: x | - | - | read | trail Regel T < Plausi\n"
+            "folge 2 1: x | - | - | read | trail Regel T < Plausi\n"
+            "reihe 2 1: x | - | - | read | trail Regel T < Plausi\n"
+            "leer 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n"
+            "nichts 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  // An inconvertible value fails when it is used, with its message.
+  EXPECT_EQ(runText(rule("SEI u = UNUMWANDELBAR(\"kaputt\")\nSEI v = WERTLAENGE(u)"), {}),
+            "Ausnahme 8: Dieser Wert ist nicht verf\xFC" "gbar: kaputt\n");
+  EXPECT_EQ(runText(rule("SEI v = 1 / R.Zahl"), {}), "Ausnahme 11: Division durch 0.\n");
+}
+
+TEST(VariableTest, KeepsValuesMadeInInnerSectionsAndLoops) {
+  std::string body = R"(
+SEI letzter = "keiner"
+SEI summe = 0
+FUER i VON 0 BIS 2 ABSCHNITT "Runde"
+  SETZE summe = summe + R.Werte[i]
+  SETZE letzter = "Wert " & R.Werte[i]
+ENDE
+ABSCHNITT "Innen"
+  SETZE summe = summe * 2
+ENDE
+MELDE HINWEIS "V" GEWICHT 1 TEXT letzter & " Summe " & summe)";
+  EXPECT_EQ(runText(rule(body), {{"R.Werte[0]", "1"}, {"R.Werte[1]", "2"}, {"R.Werte[2]", "4"}}),
+            "V 2 1: Wert 4 Summe 14 | - | - | read | trail Regel T < Plausi\n");
+}
+
+TEST(LoopTest, WalksArraysRangesAndCountsAndBreaks) {
+  std::string body = R"(
+FUER JEDES kind IN R.Kinder ABSCHNITT "Kind"
+  WENN NICHT GUELTIG(kind.Vorname) DANN
+    MELDE HINWEIS "K" GEWICHT 1 FELD kind.Vorname TEXT "fehlt" INDIZES ANZAHL(R.Kinder)
+  ENDE
+ENDE
+FUER JEDES wert IN R.Werte
+  WENN wert > 1 DANN
+    MELDE HINWEIS "W" GEWICHT 1 FELD wert TEXT "gross " & wert
+    ABBRECHEN
+  ENDE
+ENDE
+FUER JEDES n IN {3; 4}
+  FUER z VON 0 BIS ANZAHL(R.Tabelle; 1) - 1
+    WENN R.Tabelle[1][z] = n DANN )" + say("T", "\"Tabelle \" & n & \" bei \" & z") + R"( ENDE
+  ENDE
+ENDE)";
+  Cells cells = {{"R.Kinder#", "3"},   {"R.Kinder[0].Vorname", "Anna"}, {"R.Werte[0]", "1"}, {"R.Werte[1]", "2"},
+                 {"R.Werte[2]", "3"},  {"R.Tabelle[1]#", "2"},          {"R.Tabelle[1][1]", "4"}};
+  EXPECT_EQ(runText(rule(body), cells),
+            "K 2 1: fehlt | - | R.Kinder[1].Vorname | read R.Kinder[1].Vorname | trail Kind < Regel T < Plausi\n"
+            "K 2 1: fehlt | - | R.Kinder[2].Vorname | read R.Kinder[2].Vorname | trail Kind < Regel T < Plausi\n"
+            "W 2 1: gross 2 | - | R.Werte[1] | read R.Werte[0], R.Werte[1] | trail Regel T < Plausi\n"
+            "T 2 1: Tabelle 4 bei 1 | - | - | read R.Werte[0], R.Werte[1], R.Tabelle[1][0], R.Tabelle[1][1] | "
+            "trail Regel T < Plausi\n");
+}
+
+TEST(ProblemTest, FillsEveryPartAndKeepsBelowTheWeightLevelSilent) {
+  std::string body = R"(
+MELDE TYP 7 "P-" & 1 GEWICHT 3 FELD R.Betrag
+  TEXT "kurz" DETAILS "lang" KORREKTUR "so" THEMA "Thema" AUSNAHME "Grund"
+  FELDNAME "Anderer Name" WERTEBEREICH "0-9" FELDLAENGE 12 INFOTYP 4 INDIZES 1; 2
+MELDE FEHLER "Q" GEWICHT 2 FELD R.Adresse.Ort TEXT R.Name)";
+  auto rules = readOk(rule(body));
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  SimpleDataRecord record;
+  PlausiContext context(&record);
+  context.setFlow("Pruefung");
+  plausi->perform(&context);
+  ASSERT_EQ(context.getNumOfProblems(), 2);
+  PlausiProblem *p = context.getProblem(0);
+  EXPECT_EQ(p->getType(), 7);
+  EXPECT_STREQ(p->getId(), "P-1");
+  EXPECT_STREQ(p->getCorrectionInfo(), "so");
+  EXPECT_STREQ(p->getReferenceTopic(), "Thema");
+  EXPECT_STREQ(p->getException(), "Grund");
+  EXPECT_STREQ(p->getFieldDisplayName(), "Anderer Name");
+  EXPECT_STREQ(p->getFieldMask(), "####.##0");
+  EXPECT_EQ(p->getFieldType(), FieldTypeReal);
+  EXPECT_STREQ(p->getFieldValueSpace(), "0-9");
+  EXPECT_EQ(p->getFieldLength(), 12);
+  EXPECT_EQ(p->getInfoType(), 4);
+  ASSERT_NE(p->getReferenceFieldIndices(), nullptr);
+  EXPECT_EQ(p->getReferenceFieldIndices()[1], 2);
+  EXPECT_TRUE(context.isOk() == false);
+  EXPECT_STREQ(context.getProblem(1)->getFieldDisplayName(), "Ort");
+  // Below the level nothing is reported, and the texts are not even read.
+  SimpleDataRecord other;
+  EXPECT_EQ(run(plausi.get(), {}, "Pruefung", nullptr, 4), "");
+}
+
+TEST(FunctionTest, CallsWithParametersReturnsFromSectionsAndServesTheHost) {
+  std::string more = R"(
+FUNKTION Doppelt(x)
+  ABSCHNITT "Rechnen"
+    ERGEBNIS x * 2
+  ENDE
+ENDE
+FUNKTION Summe
+  ERGEBNIS Doppelt(R.Zahl) + 1
+ENDE
+FUNKTION Leer
+ENDE
+)";
+  auto rules = readOk(rule(say("F", "\"\" & Summe()"), more));
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  EXPECT_EQ(run(plausi.get(), {{"R.Zahl", "20"}}), "F 2 1: 41 | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  SimpleDataRecord record;
+  record.setValue("R.Zahl", "4");
+  PlausiContext context(&record);
+  std::unique_ptr<Value> summe(plausi->performFunction("Summe", &context));
+  EXPECT_EQ(summe->asInteger(), 9);
+  std::unique_ptr<Value> leer(plausi->performFunction("Leer", &context));
+  EXPECT_FALSE(leer->isValid());
+  std::unique_ptr<Value> unbekannt(plausi->performFunction("Doppelt", &context));  // takes a parameter
+  EXPECT_FALSE(unbekannt->isValid());
+}
+
+TEST(FieldCheckTest, RunsForEachElementFromTheHostAndFromRules) {
+  std::string more = R"(
+FELDPRUEFUNG R.Werte ALS wert ABSCHNITT "Pruefung Wert"
+  WENN wert < 0 DANN
+    MELDE FEHLER "FP" GEWICHT 1 FELD wert TEXT "negativ"
+  ENDE
+ENDE
+)";
+  auto rules = readOk(rule("PRUEFE R.Werte[2]", more));
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  EXPECT_EQ(run(plausi.get(), {{"R.Werte[2]", "-1"}}),
+            "FP 1 1: negativ | - | R.Werte[2] | read R.Werte[2] | trail Pruefung Wert < Regel T < Plausi\n");
+  SimpleDataRecord record;
+  record.setValue("R.Werte[1]", "-5");
+  PlausiContext context(&record);
+  plausi->performFieldCheck("Werte[1]", &context);
+  EXPECT_EQ(testing::describe(context),
+            "FP 1 1: negativ | - | R.Werte[1] | read R.Werte[1] | trail Pruefung Wert < Plausi\n");
+}
+
+TEST(TryTest, CatchesTheLibrarysFaultAndLeavesTheSectionsOpenedInside) {
+  std::string body = R"(
+VERSUCHE
+  ABSCHNITT "Innen"
+    SEI b = ZAHL_NACH_MASKE(R.Betrag; "####.##0")
+    )" + say("gelesen", "\"\" & b") + R"(
+  ENDE
+BEI FEHLER grund
+  MELDE FEHLER "M" GEWICHT 1 FELD R.Betrag TEXT "kein Betrag" DETAILS grund
+ENDE)";
+  std::string text = rule(body);
+  EXPECT_EQ(runText(text, {{"R.Betrag", "1.234,50"}}),
+            "gelesen 2 1: 1234,5 | - | - | read R.Betrag | trail Innen < Regel T < Plausi\n");
+  EXPECT_EQ(runText(text, {{"R.Betrag", "12,3456"}}),
+            "M 1 1: kein Betrag | Die maximale Anzahl der Nachkommastellen wurde \xFC"
+            "berschritten. | R.Betrag | read | trail Regel T < Plausi\n");
+}
+
+TEST(CodeListTest, FindsEntriesByCodeAndTextWithTheirChildren) {
+  std::string more = R"(
+KODELISTE
+  "L" = "ledig"
+  "E" = "ehemals verheiratet" MIT
+    "G" = "geschieden"
+  ENDE
+ENDE
+)";
+  std::string body = R"(
+WENN R.Name IN KODE("E") DANN )" + say("E") + R"( ENDE
+WENN NICHT GUELTIG(KODE(R.Name)) DANN )" + say("unbekannt") + R"( ENDE
+WENN KODE_ZU_TEXT("ledig") = KODE("L") DANN )" + say("L") + R"( ENDE)";
+  std::string text = rule(body, more);
+  EXPECT_EQ(runText(text, {{"R.Name", "G"}}), "E 2 1: x | - | - | read R.Name | trail Regel T < Plausi\n"
+                                               "L 2 1: x | - | - | read R.Name | trail Regel T < Plausi\n");
+  EXPECT_EQ(runText(text, {{"R.Name", "X"}}), "unbekannt 2 1: x | - | - | read R.Name | trail Regel T < Plausi\n"
+                                               "L 2 1: x | - | - | read R.Name | trail Regel T < Plausi\n");
+}
+
+TEST(MaterialTest, QueriesWithEveryOperatorTestsExistenceAndContainment) {
+  std::string more = R"(
+MATERIAL Orte DATENBESTAND "ORTE"
+  FELD PLZ TEXT
+  FELD Name TEXT
+  FELD Einwohner GANZZAHL
+ENDE
+)";
+  std::string body = R"(
+SEI namen = ""
+FUER JEDES n IN LIES Name AUS Orte WO Einwohner >= 100 UND Einwohner < 1000 UND PLZ <> "2"
+  SETZE namen = namen & n & " "
+ENDE
+FUER JEDES n IN LIES Name, Einwohner AUS Orte WO Einwohner > 500 UND Einwohner <= 5000 UND PLZ = "3"
+  SETZE namen = namen & n & " "
+ENDE
+WENN EXISTIERT Orte WO PLZ = R.Name DANN )" + say("da") + R"( ENDE
+WENN "Kleinstadt" IN (LIES Name AUS Orte) UND NICHT EXISTIERT Orte WO Name = "Nirgends" DANN )" + say("drin") + R"( ENDE
+MELDE HINWEIS "N" GEWICHT 1 TEXT namen)";
+  auto rules = readOk(rule(body, more));
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  host::TableMaterialAccess access;
+  std::vector<std::unique_ptr<SimpleDataRecord>> rows;
+  auto row = [&](const char *plz, const char *name, std::int32_t einwohner) {
+    rows.push_back(std::make_unique<SimpleDataRecord>());
+    rows.back()->setValue("Orte.PLZ", plz);
+    rows.back()->setValue("Orte.Name", name);
+    rows.back()->setValue("Orte.Einwohner", einwohner);
+  };
+  row("1", "Dorf", 50);
+  row("2", "Weiler", 200);
+  row("3", "Kleinstadt", 800);
+  row("3", "Stadt", 4000);
+  access.add("Orte", std::move(rows));
+  EXPECT_EQ(run(plausi.get(), {{"R.Name", "3"}}, "Pruefung", &access),
+            "da 2 1: x | - | - | read R.Name | trail Regel T < Plausi\n"
+            "drin 2 1: x | - | - | read R.Name | trail Regel T < Plausi\n"
+            "N 2 1: Kleinstadt Kleinstadt 800 Stadt 4000  | - | - | read R.Name | trail Regel T < Plausi\n");
+  // Without the host's material the query fails as the library says.
+  EXPECT_EQ(run(plausi.get(), {}, "Pruefung").substr(0, 11), "Ausnahme 6:");
+}
+
+Value *scaled(RuntimeContext *runtime, ...) {
+  va_list args;
+  va_start(args, runtime);
+  int count = va_arg(args, int);
+  Value *a = va_arg(args, Value *);
+  Value *b = va_arg(args, Value *);
+  va_end(args);
+  return count == 2 ? runtime->createNumberValue(a->asReal() * b->asReal()) : nullptr;
+}
+
+TEST(HostTest, ReadsInitParamsAndCallsExternalFunctions) {
+  std::string more = "EXTERN Mal(2)\n";
+  std::string body = R"(
+SEI grenze = PARAMETER("Grenze")
+WENN NICHT GESETZT(PARAMETER("Fehlt")) DANN )" + say("ohne") + R"( ENDE
+MELDE HINWEIS "H" GEWICHT 1 TEXT "" & Mal(grenze; 3))";
+  auto rules = readOk(rule(body, more));
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  SimpleDataRecord record;
+  PlausiContext context(&record);
+  context.setFlow("Pruefung");
+  NumberValue grenze(7.0);
+  context.setInitParam("Grenze", &grenze);
+  EXPECT_THROW(plausi->perform(&context), PlausiException);  // Mal is not registered yet
+  PlausiContext registered(&record);
+  registered.setFlow("Pruefung");
+  registered.setInitParam("Grenze", &grenze);
+  registered.setExternalFunction("Mal", scaled);
+  plausi->perform(&registered);
+  EXPECT_EQ(testing::describe(registered), "ohne 2 1: x | - | - | read | trail Regel T < Plausi\n"
+                                           "H 2 1: 21 | - | - | read | trail Regel T < Plausi\n");
+}
+
+TEST(InterpreterTest, PlausisOfOneRuleSetRunOnThreadsOfTheirOwn) {
+  auto rules = readOk(rule("WENN R.Zahl > 3 DANN " + say("gross") + " ENDE"));
+  ASSERT_NE(rules, nullptr);
+  std::vector<std::thread> threads;
+  std::vector<std::string> outputs(4);
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&rules, &outputs, t] {
+      std::unique_ptr<Plausi> plausi = rules->createPlausi();
+      for (int i = 0; i < 200; ++i) outputs[static_cast<std::size_t>(t)] = run(plausi.get(), {{"R.Zahl", "5"}});
+    });
+  }
+  for (std::thread &thread : threads) thread.join();
+  for (const std::string &output : outputs) EXPECT_EQ(output, outputs[0]);
+  EXPECT_EQ(outputs[0], "gross 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+}
+
+}  // namespace
+}  // namespace lang
+}  // namespace quorel
