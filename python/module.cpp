@@ -8,11 +8,17 @@
 // database layer when the module is built with it.
 //
 // The GIL is held while Python objects are read or made and released while
-// rules run and databases are read. The library needs a Plausi per thread,
-// so a Checker keeps one host::Checker per thread that calls it.
+// rules run, modules load, and files and databases are opened and read. The
+// library needs a Plausi per thread, so a Checker keeps one host::Checker
+// per thread that calls it.
+
+#include <cxxabi.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <ctime>
+#include <exception>
+#include <typeinfo>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -38,6 +44,7 @@
 #include "quorel/host/sql/sql_source.h"
 #include "quorel/host/table_material_access.h"
 #include "cells.h"
+#include "imported.h"
 #include "problem_columns.h"
 #ifdef QUOREL_HOST_SQL
 #include "quorel/host/sql/sql_material_access.h"
@@ -54,6 +61,8 @@ py::object recordErrorType;
 py::object plausiErrorType;
 py::object columnWarningType;
 py::object databaseErrorType;
+py::object ruleErrorType;
+py::object materialWarningType;
 
 // detail: what a LoadError adds, in the system's encoding.
 [[noreturn]] void raisePlausiError(const PlausiException &e, const std::string &detail = std::string()) {
@@ -76,6 +85,27 @@ py::object databaseErrorType;
 // message: UTF-8.
 [[noreturn]] void raiseDatabaseError(const std::string &message) {
   PyErr_SetString(databaseErrorType.ptr(), message.c_str());
+  throw py::error_already_set();
+}
+
+// Within a catch block: what the rules threw other than a PlausiException,
+// its C++ type and text (UTF-8; the text is the rule code's, taken as it is).
+std::string thrownByRules() {
+  try {
+    throw;
+  } catch (const std::exception &e) {
+    const char *mangled = typeid(e).name();
+    int status = 0;
+    std::unique_ptr<char, void (*)(void *)> name(abi::__cxa_demangle(mangled, nullptr, nullptr, &status), std::free);
+    return "the rules threw " + std::string(status == 0 ? name.get() : mangled) + ": " + e.what();
+  } catch (...) {
+    return "the rules threw an exception that is no std::exception";
+  }
+}
+
+// message: UTF-8.
+[[noreturn]] void raiseRuleError(const std::string &message) {
+  PyErr_SetString(ruleErrorType.ptr(), message.c_str());
   throw py::error_already_set();
 }
 
@@ -129,8 +159,8 @@ std::string columnName(const py::handle &name) {
 // A record from a mapping of hierarchy texts to values; the texts (Windows-1252)
 // into *fields when that is given.
 std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping, std::vector<std::string> *fields = nullptr) {
-  static py::handle mappingType = py::object(py::module_::import("collections.abc").attr("Mapping")).release();
-  if (!py::isinstance(mapping, mappingType)) {
+  static Imported mappingType("collections.abc", "Mapping");
+  if (!py::isinstance(mapping, mappingType.get())) {
     throw py::type_error("a record must be a mapping of field names to values, not " +
                          py::str(py::type::of(mapping).attr("__name__")).cast<std::string>());
   }
@@ -184,35 +214,44 @@ std::shared_ptr<Value> initValueOf(const std::string &name, const py::handle &va
   throw py::type_error("init value " + name + " must be bool, int, float or str");
 }
 
-// One host::Checker per calling thread over shared settings.
+// One host::Checker per calling thread over shared settings. A caller holds
+// its checker while it uses it, so close() on one thread never pulls a
+// module from under a run on another: the last holder unloads it.
 class CheckerPool {
  public:
   explicit CheckerPool(host::CheckSettings settings) : settings_(std::move(settings)) {}
 
   // Loads the module for the calling thread on first use; raises PlausiError
-  // with the loader's detail when it cannot be loaded. Callable with or
-  // without the GIL.
-  host::Checker *forThisThread() {
+  // with the loader's detail when it cannot be loaded, ValueError once the
+  // pool is closed. Callable with or without the GIL.
+  std::shared_ptr<host::Checker> forThisThread() {
     try {
       std::lock_guard<std::mutex> lock(mutex_);
-      std::unique_ptr<host::Checker> &checker = checkers_[std::this_thread::get_id()];
-      if (checker == nullptr) checker = std::make_unique<host::Checker>(settings_);
-      return checker.get();
+      if (closed_) throw py::value_error("the rule module is closed");
+      std::shared_ptr<host::Checker> &checker = checkers_[std::this_thread::get_id()];
+      if (checker == nullptr) checker = std::make_shared<host::Checker>(settings_);
+      return checker;
     } catch (const host::LoadError &e) {
       py::gil_scoped_acquire acquire;
       raisePlausiError(e, e.detail());
     }
   }
   void close() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    checkers_.clear();
+    std::unordered_map<std::thread::id, std::shared_ptr<host::Checker>> checkers;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      closed_ = true;
+      checkers.swap(checkers_);
+    }
+    // Unloaded here, without the lock, unless another thread still runs one.
   }
   host::CheckSettings &settings() { return settings_; }
 
  private:
   host::CheckSettings settings_;
   std::mutex mutex_;
-  std::unordered_map<std::thread::id, std::unique_ptr<host::Checker>> checkers_;
+  bool closed_ = false;
+  std::unordered_map<std::thread::id, std::shared_ptr<host::Checker>> checkers_;
 };
 
 // quorel.RuleModule: a rule module by library and name.
@@ -223,25 +262,32 @@ class RuleModule {
     settings.library = std::move(library);
     settings.module = std::move(module);
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
-    checker();  // fails now for a bad path or name
+    py::gil_scoped_release release;
+    pool_->forThisThread();  // fails now for a bad path or name
   }
 
   const std::string &library() const { return pool_->settings().library; }
   const std::string &name() const { return pool_->settings().module; }
 
+  // The flow that runs when none is named: the first the module declares.
+  // Raises ValueError for a module that declares none.
+  std::string defaultFlow() {
+    const char *const *flows = pool_->forThisThread()->plausi()->getFlows();
+    if (flows == nullptr || *flows == nullptr) {
+      throw py::value_error("module " + host::toUtf8(name().c_str()) +
+                            " declares no flows, so none runs by default: name the flow to run with "
+                            "flow=\"NAME\"");
+    }
+    return flows[0];
+  }
+
   py::object performFunction(const std::string &name, const py::handle &mapping) {
     auto record = recordOfChecked(mapping);
     std::string function = encodeName(name);
     std::unique_ptr<Value> result;
-    try {
-      py::gil_scoped_release release;
-      host::Checker *runner = checker();
-      PlausiContext context(record.get());
-      runner->configure(&context);
-      result.reset(runner->plausi()->performFunction(function.c_str(), &context));
-    } catch (const PlausiException &e) {
-      raisePlausiError(e);
-    }
+    runOn(record.get(), [&](Plausi *plausi, PlausiContext *context) {
+      result.reset(plausi->performFunction(function.c_str(), context));
+    });
     return toPython(result.get());
   }
 
@@ -250,29 +296,41 @@ class RuleModule {
     auto record = recordOfChecked(mapping);
     std::string field = encodeName(name);
     std::vector<host::Problem> problems;
-    try {
-      py::gil_scoped_release release;
-      host::Checker *runner = checker();
-      PlausiContext context(record.get());
-      runner->configure(&context);
-      runner->plausi()->performFieldCheck(field.c_str(), &context);
-      host::collectProblems(context, &problems);
-    } catch (const PlausiException &e) {
-      raisePlausiError(e);
-    }
+    runOn(record.get(), [&](Plausi *plausi, PlausiContext *context) {
+      plausi->performFieldCheck(field.c_str(), context);
+      host::collectProblems(*context, &problems);
+    });
     return problems;
   }
 
-  void close() {
-    if (pool_ != nullptr) pool_->close();
-    closed_ = true;
-  }
+  // Unloads the module; a run on another thread finishes first.
+  void close() { pool_->close(); }
 
  private:
-  host::Checker *checker() {
-    if (closed_) throw py::value_error("the rule module is closed");
-    return pool_->forThisThread();
+  // Calls work(plausi, context) without the GIL, on a context of the record
+  // set up as the module's checks are; raises PlausiError or RuleError for
+  // what the rules threw.
+  template <typename Work>
+  void runOn(SimpleDataRecord *record, Work work) {
+    std::string thrown;
+    try {
+      py::gil_scoped_release release;
+      std::shared_ptr<host::Checker> runner = pool_->forThisThread();
+      PlausiContext context(record);
+      runner->configure(&context);
+      try {
+        work(runner->plausi(), &context);
+      } catch (const PlausiException &) {
+        throw;
+      } catch (...) {
+        thrown = thrownByRules();
+      }
+    } catch (const PlausiException &e) {
+      raisePlausiError(e);
+    }
+    if (!thrown.empty()) raiseRuleError(thrown);
   }
+
   static std::unique_ptr<SimpleDataRecord> recordOfChecked(const py::handle &mapping) {
     try {
       return recordOf(mapping);
@@ -283,7 +341,6 @@ class RuleModule {
   static std::string encodeName(const std::string &name) { return columnName(py::str(name)); }
 
   std::unique_ptr<CheckerPool> pool_;
-  bool closed_ = false;
 };
 
 // The problems of one record, or why it was not checked.
@@ -295,14 +352,14 @@ struct Result {
 // quorel.Checker's engine: settings, materials and the per-thread checkers.
 class Checker {
  public:
-  Checker(const RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
+  Checker(RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
           const py::dict &materials, const py::dict &init, std::optional<std::string> log, int logLevel,
           bool strict)
       : strict_(strict) {
     host::CheckSettings settings;
     settings.library = module.library();
     settings.module = module.name();
-    if (flow) settings.flow = columnName(py::str(*flow));
+    settings.flow = flow ? columnName(py::str(*flow)) : module.defaultFlow();
     settings.weightLevel = weightLevel;
     for (const auto &item : materials) addMaterial(item.first, item.second);
     settings.materials = &router_;
@@ -319,8 +376,14 @@ class Checker {
       settings.logger = logger_.get();
     }
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
-    std::string unknownFlow = pool_->forThisThread()->checkFlow();
+    std::shared_ptr<host::Checker> checker;
+    {
+      py::gil_scoped_release release;
+      checker = pool_->forThisThread();
+    }
+    std::string unknownFlow = checker->checkFlow();
     if (!unknownFlow.empty()) throw py::value_error(host::toUtf8(unknownFlow.c_str()));
+    for (const auto &item : materials) reportUnqueried(checker->plausi(), columnName(item.first));
   }
 
   Result check(const py::handle &mapping) {
@@ -333,10 +396,12 @@ class Checker {
     }
     reportColumns(fields);
     host::Outcome outcome;
+    std::string thrown;
     {
       py::gil_scoped_release release;
-      run(record.get(), &outcome);
+      thrown = run(record.get(), &outcome);
     }
+    if (!thrown.empty()) raiseRuleError(thrown);
     if (outcome.failed) {
       raisePlausiError(PlausiException(static_cast<ExceptionType>(outcome.exceptionType), outcome.message.c_str()));
     }
@@ -437,14 +502,49 @@ class Checker {
     return frame.finish();
   }
 
+  // For each column, whether it names a field whose value the record holds
+  // as text: a text, date or free field, or a number under a mask. A number
+  // column would lose the form of such texts (leading zeros, the mask's
+  // separators).
+  std::vector<bool> textFields(const py::list &names) {
+    std::shared_ptr<host::Checker> checker = pool_->forThisThread();
+    Plausi *plausi = checker->plausi();
+    Topic *root = plausi->getRootTopic();
+    PlausiContext context(nullptr);
+    RuntimeContext runtime(&context, plausi);
+    std::vector<bool> out;
+    for (const auto &name : names) {
+      std::string column = columnName(name);
+      std::size_t dot = column.find('.');
+      FieldDescriptor *field = nullptr;
+      if (root != nullptr && dot != std::string::npos && column.back() != '#' &&
+          column.compare(0, dot, root->getTypeDescriptor()->getFieldNameTopic()) == 0) {
+        try {
+          field = root->getField(&runtime, column.c_str() + dot + 1);
+        } catch (const PlausiException &) {
+          // names no field; ColumnCheck says so
+        }
+      }
+      TypeDescriptor *type = field != nullptr ? field->getTypeDescriptor() : nullptr;
+      FieldType kind = type != nullptr ? type->getFieldType() : FieldTypeTopic;
+      out.push_back(kind == FieldTypeText || kind == FieldTypeDate || kind == FieldTypeFree ||
+                    (type != nullptr && kind != FieldTypeTopic && type->getMask() != nullptr));
+    }
+    return out;
+  }
+
  private:
   // Rows of a DataFrame are read from Python in chunks of this many.
   static constexpr std::size_t kChunk = 1024;
 
   // Checks a record into the frame; without the GIL.
   void checkRecord(std::int64_t label, SimpleDataRecord *record, host::Outcome *outcome, ProblemColumns *frame) {
-    run(record, outcome);
-    frame->addOutcome(label, *outcome);
+    std::string thrown = run(record, outcome);
+    if (thrown.empty()) {
+      frame->addOutcome(label, *outcome);
+    } else {
+      frame->addFailure(label, thrown);
+    }
   }
 
   // Opens rows [offset, offset + limit) of a database source; raises
@@ -492,41 +592,67 @@ class Checker {
     if (!faults.empty()) raiseRecordError(faults);
   }
 
-  // Runs without the GIL; a log is written by one thread at a time.
-  void run(SimpleDataRecord *record, host::Outcome *outcome) {
-    host::Checker *checker = pool_->forThisThread();
-    if (logger_ == nullptr) return checker->check(record, outcome);
-    std::lock_guard<std::mutex> lock(logMutex_);
-    checker->check(record, outcome);
+  // A material that the module never queries: a MaterialWarning, or
+  // ValueError when strict.
+  void reportUnqueried(Plausi *plausi, const std::string &material) {
+    if (plausi->getMaterial(material.c_str()) != nullptr) return;
+    std::string message = "material " + host::toUtf8(material.c_str()) + ": module " +
+                          host::toUtf8(pool_->settings().module.c_str()) +
+                          " queries no material of that name, so it is never read";
+    if (strict_) throw py::value_error(message);
+    if (PyErr_WarnEx(materialWarningType.ptr(), message.c_str(), 2) != 0) throw py::error_already_set();
+  }
+
+  // Runs without the GIL; a log is written by one thread at a time. Gives
+  // "", or what the rules threw beside a PlausiException (which the outcome
+  // holds), as thrownByRules gives it.
+  std::string run(SimpleDataRecord *record, host::Outcome *outcome) {
+    std::shared_ptr<host::Checker> checker = pool_->forThisThread();
+    try {
+      std::unique_lock<std::mutex> lock(logMutex_, std::defer_lock);
+      if (logger_ != nullptr) lock.lock();
+      checker->check(record, outcome);
+    } catch (...) {
+      return thrownByRules();
+    }
+    return std::string();
   }
 
   // A material from a DataFrame, a CSV file or a database table.
   void addMaterial(const py::handle &key, const py::handle &material) {
     std::string name = columnName(key);
     std::string shown = "material " + host::toUtf8(name.c_str()) + ": ";
-    static py::handle frameType = py::object(py::module_::import("pandas").attr("DataFrame")).release();
-    static py::handle pathType = py::object(py::module_::import("os").attr("PathLike")).release();
+    static Imported frameType("pandas", "DataFrame");
+    static Imported pathType("os", "PathLike");
     if (py::isinstance<py::str>(material) && host::SqlSource::names(material.cast<std::string>())) {
       host::SqlSource source = sourceOf(material.cast<std::string>(), shown);
 #ifdef QUOREL_HOST_SQL
       std::string message;
-      if (!databases_.addMaterial(name, source, &message)) raiseDatabaseError(message);  // names the material
+      bool added;
+      {
+        py::gil_scoped_release release;  // connects
+        added = databases_.addMaterial(name, source, &message);
+      }
+      if (!added) raiseDatabaseError(message);  // names the material
       router_.route(name, &databases_);
       usesDatabases_ = true;
 #endif
       return;
     }
     router_.route(name, &tables_);
-    if (py::isinstance<py::str>(material) || py::isinstance(material, pathType)) {
+    if (py::isinstance<py::str>(material) || py::isinstance(material, pathType.get())) {
       std::string file = py::str(py::module_::import("os").attr("fspath")(material)).cast<std::string>();
       std::string message;
-      auto source = host::CsvRowSource::open(file, &message);
-      if (source == nullptr || !tables_.load(name, source.get(), &message)) {
-        throw py::value_error(shown + message);
+      bool loaded;
+      {
+        py::gil_scoped_release release;
+        auto source = host::CsvRowSource::open(file, &message);
+        loaded = source != nullptr && tables_.load(name, source.get(), &message);
       }
+      if (!loaded) throw py::value_error(shown + message);
       return;
     }
-    if (!py::isinstance(material, frameType)) {
+    if (!py::isinstance(material, frameType.get())) {
       throw py::type_error(shown + "must be a DataFrame, a CSV path or a connection string");
     }
     std::vector<Column> fields;
@@ -578,6 +704,8 @@ PYBIND11_MODULE(_quorel, m) {
   recordErrorType = errors.attr("RecordError");
   columnWarningType = errors.attr("ColumnWarning");
   databaseErrorType = errors.attr("DatabaseError");
+  ruleErrorType = errors.attr("RuleError");
+  materialWarningType = errors.attr("MaterialWarning");
 
   py::class_<quorel::host::Problem>(m, "Problem", "One finding of a run.")
       .def_property_readonly("id", [](const quorel::host::Problem &p) { return decode(p.id); })
@@ -624,12 +752,13 @@ PYBIND11_MODULE(_quorel, m) {
       .def("close", &RuleModule::close);
 
   py::class_<Checker>(m, "Checker")
-      .def(py::init<const RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
+      .def(py::init<RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
                     std::optional<std::string>, int, bool>(),
            py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
            py::arg("log"), py::arg("log_level"), py::arg("strict"))
       .def("check", &Checker::check, py::arg("record"))
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"))
+      .def("_text_fields", &Checker::textFields, py::arg("names"))
       .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"));
   m.def("_count_rows", &countRows, py::arg("source"));
   // Whether a text is a connection string rather than a file's path.
