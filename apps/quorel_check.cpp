@@ -26,9 +26,15 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <fstream>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,7 +45,9 @@
 #include "quorel/host/checker.h"
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
+#include "quorel/host/file_error.h"
 #include "quorel/host/load_error.h"
+#include "quorel/host/material_check.h"
 #include "quorel/host/material_router.h"
 #include "quorel/host/ordered_slices.h"
 #include "quorel/host/problem_format.h"
@@ -56,7 +64,7 @@ namespace {
 
 struct Options {
   std::string library, module, records, output;
-  std::string flow = "Pruefung";
+  std::optional<std::string> flow;  // the module's default when not given
   std::int32_t weightLevel = 1;
   std::vector<std::pair<std::string, std::string>> inits, materials;
   std::string logFile;
@@ -64,6 +72,8 @@ struct Options {
   bool json = false;
   int jobs = 1;
   bool strict = false;
+  bool replace = false;  // --output-mode replace
+  std::string encoding = "windows-1252";
 };
 
 // NAME=VALUE with a name.
@@ -90,8 +100,9 @@ bool parse(int argc, char **argv, Options *options) {
   app.add_option("RECORDS", options->records,
                  "CSV file of the records, or sqlite:FILE?table=T, postgresql://...?table=T (or ?query=SELECT...)")
       ->required();
-  app.add_option("--flow", options->flow, "flow to run for each record (refused when the module declares other flows)")
-      ->capture_default_str();
+  std::string flow;
+  CLI::Option *flowOption = app.add_option(
+      "--flow", flow, "flow to run for each record (default: the first flow the module declares)");
   app.add_option("--weight-level", options->weightLevel, "problem weight level handed to the rules")
       ->capture_default_str();
   std::vector<std::string> inits, materials;
@@ -103,13 +114,25 @@ bool parse(int argc, char **argv, Options *options) {
       ->check(kNameValue)
       ->allow_extra_args(false);
   app.add_option("--log", options->logFile, "write the log of the runs to FILE");
-  app.add_option("--log-level", options->logLevel, "0 off ... 5 trace, 6 debug")->capture_default_str();
+  app.add_option("--log-level", options->logLevel, "0 off, 1 fatal, 2 error, 3 warn, 4 info, 5 trace, 6 debug")
+      ->check(CLI::Range(0, 6))
+      ->capture_default_str();
   std::string format = "text";
   app.add_option("--format", format, "readable text or JSON Lines; both UTF-8")
       ->check(CLI::IsMember({"text", "json"}))
       ->capture_default_str();
   app.add_option("--output", options->output,
                  "write the problems into a table, sqlite:FILE?table=T or postgresql://...?table=T");
+  std::string mode = "append";
+  app.add_option("--output-mode", mode,
+                 "append: add this run's rows to the table's; replace: the rows of earlier runs go (each row "
+                 "carries its run's id and start time)")
+      ->check(CLI::IsMember({"append", "replace"}))
+      ->capture_default_str();
+  app.add_option("--encoding", options->encoding,
+                 "encoding of CSV files without a byte-order mark (one with a UTF-8 mark is read as UTF-8)")
+      ->check(CLI::IsMember({"windows-1252", "utf-8"}))
+      ->capture_default_str();
   app.add_option("--jobs", options->jobs, "check records on N threads, output in input order")
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
@@ -121,19 +144,22 @@ bool parse(int argc, char **argv, Options *options) {
     std::cout << app.help();
     std::exit(0);
   } catch (const CLI::ParseError &e) {
-    std::cerr << "quorel-check: " << e.what() << "\n" << app.help();
+    std::cerr << "quorel-check: " << quorel::host::withoutPasswords(e.what()) << "\n" << app.help();
     return false;
   }
   for (const std::string &init : inits) options->inits.push_back(split(init));
   for (const std::string &material : materials) options->materials.push_back(split(material));
+  if (flowOption->count() > 0) options->flow = flow;
   options->json = format == "json";
+  options->replace = mode == "replace";
   return true;
 }
 
 const std::string kNoDatabases = "built without databases (libsqlite3-dev): ";
 
+// Messages may quote a connection string: its password stays out.
 int fail(const std::string &message) {
-  std::cerr << "quorel-check: " << message << "\n";
+  std::cerr << "quorel-check: " << quorel::host::withoutPasswords(message) << "\n";
   return 2;
 }
 
@@ -169,19 +195,27 @@ struct alignas(64) Slot {
   std::vector<quorel::host::Row> rows = std::vector<quorel::host::Row>(kSlice);
   std::size_t size = 0;  // rows read into it
   std::string text;
+  std::int64_t problems = 0;  // found in its rows
 #ifdef QUOREL_HOST_SQL
   quorel::host::SqlProblemTable::Rows tableRows;
 #endif
 };
 
+#ifdef QUOREL_HOST_SQL
+using ProblemTable = quorel::host::SqlProblemTable;
+#else
+struct ProblemTable;  // never made without databases
+#endif
+
 // Checks rows on its own thread, with a checker of its own, and counts what
 // it found. Apart from its neighbours, as it counts per record.
 class alignas(64) Worker {
  public:
-  // Problems are formatted, or gathered as rows of a table when toTable.
+  // Problems are formatted, or gathered as rows of the table when there is
+  // one.
   Worker(const quorel::host::CheckSettings &settings, const quorel::host::RecordLayout &layout,
-         const quorel::host::ProblemFormat &format, bool toTable)
-      : settings_(settings), layout_(layout), format_(format), toTable_(toTable) {}
+         const quorel::host::ProblemFormat &format, const ProblemTable *table)
+      : settings_(settings), layout_(layout), format_(format), table_(table) {}
 
   // Loads the module; the message of the failure otherwise.
   bool start(std::string *message) {
@@ -203,48 +237,127 @@ class alignas(64) Worker {
 #ifdef QUOREL_HOST_SQL
     slot->tableRows.clear();
 #endif
+    std::int64_t before = counts_.problems;
     for (std::size_t i = 0; i < slot->size; ++i) check(slot->rows[i], slot);
+    slot->problems = counts_.problems - before;
   }
 
   const quorel::host::Summary &counts() const { return counts_; }
 
  private:
   void check(const quorel::host::Row &row, Slot *slot) {
-    ++counts_.records;
     quorel::SimpleDataRecord record;
     std::string error;
     if (!layout_.fill(row, &record, &error)) {
-      ++counts_.failed;
-      failure(row.position, error, slot);
+      counts_.add({}, 0, false);
+      failure(row.place, error, slot);
       return;
     }
     checker_->check(&record, &outcome_);
-    if (outcome_.failed) {
-      ++counts_.failed;
-      failure(row.position, outcome_.failure(), slot);
-    }
+    if (outcome_.failed) failure(row.place, outcome_.failure(), slot);
 #ifdef QUOREL_HOST_SQL
-    if (toTable_) quorel::host::SqlProblemTable::appendRecord(row.position, outcome_.problems, &slot->tableRows);
+    if (table_ != nullptr) table_->appendRecord(row.place, outcome_.problems, &slot->tableRows);
 #endif
-    if (!toTable_) format_.appendRecord(row.position, outcome_.problems, &slot->text);
-    counts_.problems += static_cast<std::int64_t>(outcome_.problems.size());
-    counts_.errors += outcome_.errors;
+    if (table_ == nullptr) format_.appendRecord(row.place, outcome_.problems, &slot->text);
+    counts_.add(outcome_.problems, outcome_.errors, !outcome_.failed);
   }
 
-  void failure(std::int64_t position, const std::string &message, Slot *slot) {
+  void failure(const quorel::host::Place &place, const std::string &message, Slot *slot) {
 #ifdef QUOREL_HOST_SQL
-    if (toTable_) return quorel::host::SqlProblemTable::appendFailure(position, message, &slot->tableRows);
+    if (table_ != nullptr) return table_->appendFailure(place, message, &slot->tableRows);
 #endif
-    format_.appendFailure(position, message, &slot->text);
+    format_.appendFailure(place, message, &slot->text);
   }
 
   const quorel::host::CheckSettings &settings_;
   const quorel::host::RecordLayout &layout_;
   const quorel::host::ProblemFormat &format_;
-  bool toTable_;
+  const ProblemTable *table_;
   std::unique_ptr<quorel::host::Checker> checker_;
   quorel::host::Outcome outcome_;
   quorel::host::Summary counts_;
+};
+
+// The progress of a long run on a terminal, on one line of the standard
+// error stream: records done, records per second, problems so far. Redrawn
+// at most a few times a second; nothing when the stream is no terminal.
+class Progress {
+ public:
+  explicit Progress(bool shown) : shown_(shown), start_(Clock::now()), drawn_(start_ - kEvery) {}
+
+  void add(std::int64_t records, std::int64_t problems) {
+    records_ += records;
+    problems_ += problems;
+    if (!shown_) return;
+    Clock::time_point now = Clock::now();
+    if (now - drawn_ < kEvery) return;
+    drawn_ = now;
+    double seconds = std::chrono::duration<double>(now - start_).count();
+    std::cerr << "\r" << records_ << " records, "
+              << static_cast<std::int64_t>(seconds > 0.001 ? static_cast<double>(records_) / seconds : 0.0)
+              << " records/s, " << problems_ << " problems so far" << std::flush;
+    drawnOnce_ = true;
+  }
+
+  // Clears the line, so that what follows starts on a clean one.
+  void finish() {
+    if (drawnOnce_) std::cerr << "\r\033[K" << std::flush;
+    drawnOnce_ = false;
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  static constexpr std::chrono::milliseconds kEvery{250};
+  bool shown_;
+  bool drawnOnce_ = false;
+  Clock::time_point start_, drawn_;
+  std::int64_t records_ = 0, problems_ = 0;
+};
+
+// The materials of the run: CSV files in memory, database tables queried
+// where they lie, each routed by its name.
+class Materials {
+ public:
+  // Loads (or opens) the material; false with a message.
+  bool add(const std::string &name, const std::string &where, quorel::host::FileEncoding encoding,
+           std::string *message) {
+    if (!quorel::host::SqlSource::names(where)) {
+      auto source = quorel::host::CsvRowSource::open(where, message, encoding);
+      if (source == nullptr || !tables_.load(name, source.get(), message)) return false;
+      router_.route(name, &tables_);
+      return true;
+    }
+#ifdef QUOREL_HOST_SQL
+    quorel::host::SqlSource source;
+    if (!quorel::host::SqlSource::parse(where, &source, message) || !databases_.addMaterial(name, source, message)) {
+      return false;
+    }
+    router_.route(name, &databases_);
+    useDatabases_ = true;
+    return true;
+#else
+    *message = kNoDatabases + where;
+    return false;
+#endif
+  }
+
+  quorel::MaterialAccess *access() { return &router_; }
+  // What a run's thread does once its run is over: database materials
+  // release the records they made.
+  std::function<void()> afterRun() {
+#ifdef QUOREL_HOST_SQL
+    if (useDatabases_) return [this] { databases_.releaseRecords(); };
+#endif
+    return nullptr;
+  }
+
+ private:
+  quorel::host::TableMaterialAccess tables_;
+  quorel::host::MaterialRouter router_;
+#ifdef QUOREL_HOST_SQL
+  quorel::host::SqlMaterialAccess databases_;
+  bool useDatabases_ = false;
+#endif
 };
 
 }  // namespace
@@ -253,31 +366,7 @@ int main(int argc, char **argv) {
   Options options;
   if (!parse(argc, argv, &options)) return 2;
   std::string message;
-  quorel::host::TableMaterialAccess tables;
-  quorel::host::MaterialRouter materials;
-#ifdef QUOREL_HOST_SQL
-  quorel::host::SqlMaterialAccess databases;
-  bool useDatabases = false;
-#endif
-  for (const auto &material : options.materials) {
-    if (!quorel::host::SqlSource::names(material.second)) {
-      auto source = quorel::host::CsvRowSource::open(material.second, &message);
-      if (source == nullptr || !tables.load(material.first, source.get(), &message)) return fail(message);
-      materials.route(material.first, &tables);
-      continue;
-    }
-#ifdef QUOREL_HOST_SQL
-    quorel::host::SqlSource source;
-    if (!quorel::host::SqlSource::parse(material.second, &source, &message) ||
-        !databases.addMaterial(material.first, source, &message)) {
-      return fail(message);
-    }
-    materials.route(material.first, &databases);
-    useDatabases = true;
-#else
-    return fail(kNoDatabases + material.second);
-#endif
-  }
+  Materials materials;
   std::unique_ptr<quorel::host::RowSource> records;
   if (!options.output.empty() && !quorel::host::SqlSource::names(options.output)) {
     return fail("--output takes a table, sqlite:FILE?table=T or postgresql://...?table=T: " + options.output);
@@ -299,18 +388,26 @@ int main(int argc, char **argv) {
   if (!options.output.empty()) {
     quorel::host::SqlSource target;
     if (!quorel::host::SqlSource::parse(options.output, &target, &message) ||
-        (problemTable = quorel::host::SqlProblemTable::open(target, &message)) == nullptr) {
+        (problemTable = quorel::host::SqlProblemTable::open(target, options.replace, &message)) == nullptr ||
+        (records != nullptr && !problemTable->readableAlongside(recordTable, &message))) {
       return fail(message);
     }
   }
 #endif
-  if (records == nullptr) records = quorel::host::CsvRowSource::open(options.records, &message);
+  quorel::host::FileEncoding encoding = quorel::host::FileEncoding::kWindows1252;
+  quorel::host::parseEncoding(options.encoding, &encoding);  // one of the names --encoding takes
+  if (records == nullptr) records = quorel::host::CsvRowSource::open(options.records, &message, encoding);
   if (records == nullptr) return fail(message);
 
   std::unique_ptr<quorel::Logger> logger;
   if (!options.logFile.empty()) {
     // One log for all threads would mix their lines.
     if (options.jobs > 1) return fail("--log works with --jobs 1 only");
+    // The logger would write nowhere without a word.
+    errno = 0;
+    if (!std::ofstream(options.logFile, std::ios::app)) {
+      return fail(quorel::host::fileError("write the log", options.logFile, std::strerror(errno)));
+    }
     logger = std::make_unique<quorel::Logger>(options.logFile.c_str(), static_cast<quorel::LogLevel>(options.logLevel));
   }
   quorel::host::CheckSettings settings;
@@ -318,22 +415,42 @@ int main(int argc, char **argv) {
   settings.module = options.module;
   settings.flow = options.flow;
   settings.weightLevel = options.weightLevel;
-  settings.materials = &materials;
+  settings.materials = materials.access();
   settings.logger = logger.get();
   for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
-#ifdef QUOREL_HOST_SQL
-  if (useDatabases) settings.afterRun = [&databases] { databases.releaseRecords(); };
-#endif
 
   quorel::host::RecordLayout layout(records->columns());
+  // A record keeps one cell per name: the others would be lost.
+  std::vector<std::string> repeated = layout.repeatedColumns();
+  for (const std::string &column : repeated) {
+    std::cerr << "quorel-check: " << records->name() << ": " << quorel::host::toUtf8(column.c_str()) << "\n";
+  }
+  if (!repeated.empty()) return 2;
   auto format = quorel::host::ProblemFormat::create(options.json ? "json" : "text");
   std::vector<std::unique_ptr<Worker>> workers;
   for (int i = 0; i < options.jobs; ++i) {
-    workers.push_back(std::make_unique<Worker>(settings, layout, *format, !options.output.empty()));
+#ifdef QUOREL_HOST_SQL
+    const ProblemTable *table = problemTable.get();
+#else
+    const ProblemTable *table = nullptr;
+#endif
+    workers.push_back(std::make_unique<Worker>(settings, layout, *format, table));
     if (!workers.back()->start(&message)) return fail(message);
   }
-  message = workers[0]->checker().checkFlow();
+  message = workers[0]->checker().checkFlow("--flow NAME");
   if (!message.empty()) return fail(quorel::host::toUtf8(message.c_str()));
+  std::vector<std::string> given;
+  for (const auto &material : options.materials) given.push_back(material.first);
+  quorel::host::MaterialFindings findings = quorel::host::checkMaterials(
+      workers[0]->checker().plausi(), options.module, given, "--material NAME=FILE", options.strict);
+  for (const std::string &warning : findings.warnings) std::cerr << "quorel-check: warning: " << warning << "\n";
+  for (const std::string &error : findings.errors) std::cerr << "quorel-check: " << error << "\n";
+  if (!findings.errors.empty()) return 2;
+  for (const auto &material : options.materials) {
+    if (!materials.add(material.first, material.second, encoding, &message)) return fail(message);
+  }
+  // Set only now that the materials are known.
+  settings.afterRun = materials.afterRun();
   // Cells of a column that names no field would be lost without a word.
   std::vector<std::string> columnFaults = layout.checkColumns(workers[0]->checker().plausi());
   for (const std::string &fault : columnFaults) {
@@ -343,8 +460,9 @@ int main(int argc, char **argv) {
   if (options.strict && !columnFaults.empty()) return 2;
 
   quorel::host::BufferedWriter out(STDOUT_FILENO);
-  bool progress = options.jobs > 1 && isatty(STDERR_FILENO);
-  std::int64_t checked = 0;
+  // Problems on the same terminal would break into the progress line.
+  bool toTable = !options.output.empty();
+  Progress progress(isatty(STDERR_FILENO) != 0 && (toTable || isatty(STDOUT_FILENO) == 0));
   // A few slices per worker are under way, so that none waits for a slot
   // while a slower slice is still due to be written.
   constexpr std::size_t kSlotsPerWorker = 4;
@@ -352,13 +470,26 @@ int main(int argc, char **argv) {
 #ifdef QUOREL_HOST_SQL
   std::vector<quorel::host::SqlProblemTable::Rows> pending;
   std::size_t pendingRecords = 0;
+  quorel::host::Place lastPending, lastCommitted;
   auto writeTable = [&] {
     std::vector<const quorel::host::SqlProblemTable::Rows *> parts;
     for (const auto &part : pending) parts.push_back(&part);
     bool written = problemTable->write(parts, &message);
     pending.clear();
     pendingRecords = 0;
+    if (written) lastCommitted = lastPending;
     return written;
+  };
+  // A run that fails midway says what of it the table holds.
+  auto failTable = [&] {
+    progress.finish();
+    std::string committed =
+        lastCommitted.record == 0
+            ? "none of its problems are"
+            : "the problems of records 1 to " + std::to_string(lastCommitted.record) +
+                  (lastCommitted.line > 0 ? " (to line " + std::to_string(lastCommitted.line) + ")" : "") + " are";
+    return fail(message + "\n  run " + problemTable->run() + ": " + committed + " in " + problemTable->where() +
+                ", those of later records are not");
   };
 #endif
   quorel::host::OrderedSlices::Steps steps;
@@ -374,32 +505,32 @@ int main(int argc, char **argv) {
     if (problemTable != nullptr) {
       pending.push_back(std::move(slot.tableRows));
       pendingRecords += slot.size;
+      if (slot.size > 0) lastPending = slot.rows[slot.size - 1].place;
       if (pendingRecords >= kBatch && !writeTable()) return false;
     }
 #endif
     out.write(slot.text);
-    checked += static_cast<std::int64_t>(slot.size);
-    if (progress && checked % kBatch == 0) std::cerr << "\r" << checked << " records checked" << std::flush;
+    progress.add(static_cast<std::int64_t>(slot.size), slot.problems);
     return true;
   };
-  if (!quorel::host::OrderedSlices::run(workers.size(), kSlotsPerWorker, steps)) return fail(message);
+  bool ran = quorel::host::OrderedSlices::run(workers.size(), kSlotsPerWorker, steps);
 #ifdef QUOREL_HOST_SQL
-  if (problemTable != nullptr && !writeTable()) return fail(message);
+  if (problemTable != nullptr && (!ran || !writeTable())) return failTable();
 #endif
-  if (progress) std::cerr << "\r" << checked << " records checked\n";
-  quorel::host::Summary summary;
-  for (const auto &worker : workers) {
-    summary.records += worker->counts().records;
-    summary.failed += worker->counts().failed;
-    summary.problems += worker->counts().problems;
-    summary.errors += worker->counts().errors;
+  if (!ran) return fail(message);
+  progress.finish();
+  // The failure is the last record's row too; said here, it is not missed.
+  if (records->failed()) {
+    std::cerr << "quorel-check: " << records->name() << " could not be read to its end; the last record reported says why\n";
   }
+  quorel::host::Summary summary;
+  for (const auto &worker : workers) summary.merge(worker->counts());
   std::string last;
   format->appendSummary(summary, &last);
   out.write(last);
   workers.clear();
   logger.reset();
   if (!out.flush()) return fail("cannot write the output");
-  if (summary.failed > 0) return 2;
+  if (summary.notChecked > 0) return 2;
   return summary.errors > 0 ? 1 : 0;
 }

@@ -1,5 +1,11 @@
 #include "quorel/host/checker.h"
 
+#include <cxxabi.h>
+
+#include <cstdlib>
+#include <exception>
+#include <typeinfo>
+
 #include "quorel/host/load_error.h"
 
 namespace quorel {
@@ -15,9 +21,25 @@ Plausi *load(PlausiLoader *loader, const CheckSettings &settings) {
   }
 }
 
+// The class name of the exception, as the source spells it.
+std::string classOf(const std::type_info &type) {
+  int status = 0;
+  char *name = abi::__cxa_demangle(type.name(), nullptr, nullptr, &status);
+  std::string text = status == 0 && name != nullptr ? name : type.name();
+  std::free(name);
+  return text;
+}
+
 }  // namespace
 
-Checker::Checker(const CheckSettings &settings) : settings_(settings), plausi_(load(&loader_, settings)) {
+std::string Outcome::failure() const {
+  return "exception " + (cppType.empty() ? std::to_string(exceptionType) : cppType) + ": " + message;
+}
+
+Checker::Checker(const CheckSettings &settings)
+    : settings_(settings), plausi_(load(&loader_, settings)), flow_(settings.flow) {
+  const char *const *declared = plausi_->getFlows();
+  if (!flow_ && declared != nullptr && declared[0] != nullptr) flow_ = declared[0];
   for (const auto &init : settings.inits) inits_.set(init.first.c_str(), init.second->copy());
 }
 
@@ -30,18 +52,22 @@ Checker::~Checker() {
   }
 }
 
-std::string Checker::checkFlow() const {
-  if (!settings_.flow || plausi_->isKnownFlow(settings_.flow->c_str())) return std::string();
+std::string Checker::checkFlow(const std::string &howToName) const {
+  if (!flow_) {
+    return "module " + settings_.module + " declares no flows, so it has no default flow: name the flow to run with " +
+           howToName;
+  }
+  if (plausi_->isKnownFlow(flow_->c_str())) return std::string();
   std::string known;
   for (const char *const *flow = plausi_->getFlows(); *flow != nullptr; ++flow) {
     known += (known.empty() ? "" : ", ") + std::string(*flow);
   }
-  return "module " + settings_.module + " has no flow " + *settings_.flow + " (its flows: " +
-         (known.empty() ? "none" : known) + ")";
+  return "module " + settings_.module + " has no flow " + *flow_ + " (its flows: " + (known.empty() ? "none" : known) +
+         ")";
 }
 
 void Checker::configure(PlausiContext *context) {
-  if (settings_.flow) context->setFlow(settings_.flow->c_str());
+  if (flow_) context->setFlow(flow_->c_str());
   context->setProblemWeightLevel(settings_.weightLevel);
   context->setMaterialAccess(settings_.materials);
   if (settings_.logger != nullptr) context->setLogger(settings_.logger);
@@ -52,6 +78,8 @@ void Checker::configure(PlausiContext *context) {
 
 void Checker::check(DataRecord *record, Outcome *outcome) {
   outcome->failed = false;
+  outcome->exceptionType = 0;
+  outcome->cppType.clear();
   outcome->message.clear();
   {
     PlausiContext context(record);
@@ -62,6 +90,18 @@ void Checker::check(DataRecord *record, Outcome *outcome) {
       outcome->failed = true;
       outcome->exceptionType = e.getType();
       outcome->message = e.getMessage();
+    } catch (abi::__forced_unwind &) {
+      throw;  // a thread being cancelled must go on unwinding
+    } catch (const std::exception &e) {
+      // Rule code is C++ and may throw what C++ throws: that fails this
+      // record, not the run of all the others.
+      outcome->failed = true;
+      outcome->cppType = classOf(typeid(e));
+      outcome->message = e.what();
+    } catch (...) {
+      outcome->failed = true;
+      outcome->cppType = "of an unknown type";
+      outcome->message = "not derived from std::exception";
     }
     collectProblems(context, &outcome->problems);
     outcome->errors = context.getNumOfProblems(PROBLEM_ERROR);

@@ -27,7 +27,8 @@ namespace host {
 struct CheckSettings {
   std::string library;
   std::string module;
-  // The flow to run; none leaves the context's flow unset.
+  // The flow to run; none runs the module's default, the first flow it
+  // declares.
   std::optional<std::string> flow;
   std::int32_t weightLevel = 1;
   MaterialAccess *materials = nullptr;
@@ -45,14 +46,19 @@ struct CheckSettings {
 struct Outcome {
   std::vector<Problem> problems;
   std::int32_t errors = 0;  // problems of type PROBLEM_ERROR
-  // A PlausiException ended the run: its type and message (Windows-1252).
-  // The problems reported before it are kept.
+  // An exception ended the run; the problems reported before it are kept.
+  // A PlausiException gives its type and message (Windows-1252); any other
+  // exception out of rule code (std::invalid_argument from std::stoi,
+  // std::bad_alloc) its class name in cppType, its what() in message, and
+  // exceptionType 0. Either way only this record failed.
   bool failed = false;
   std::int32_t exceptionType = 0;
+  std::string cppType;
   std::string message;
 
-  // Why the run failed, as hosts report it: "Ausnahme TYPE: MESSAGE".
-  std::string failure() const { return "Ausnahme " + std::to_string(exceptionType) + ": " + message; }
+  // Why the run failed, as hosts report it: "exception TYPE: MESSAGE", TYPE
+  // the PlausiException's number or the C++ class name.
+  std::string failure() const;
 };
 
 class Checker {
@@ -66,23 +72,30 @@ class Checker {
   Checker(const Checker &) = delete;
   Checker &operator=(const Checker &) = delete;
 
-  // Runs the flow on the record into *outcome, which is reset first.
+  // Runs the flow on the record into *outcome, which is reset first. No
+  // exception of the rules leaves it.
   void check(DataRecord *record, Outcome *outcome);
   // Hands the settings to a context of this checker's module.
   void configure(PlausiContext *context);
 
   Plausi *plausi() const { return plausi_; }
+  // The flow that runs: the settings' flow, or the module's default. Null
+  // when neither exists; checkFlow() then refuses the settings.
+  const std::string *flow() const { return flow_ ? &*flow_ : nullptr; }
 
-  // "" when the module runs the settings' flow, or when none is set;
-  // otherwise a message (Windows-1252) naming the flow and the flows the
-  // module declares. A module that declares no flows runs any.
-  std::string checkFlow() const;
+  // "" when the module runs the flow; otherwise a message (Windows-1252)
+  // naming the flow and the flows the module declares. A module that
+  // declares no flows runs any named flow, but has no default: without a
+  // flow in the settings the message says so and how to name one, as
+  // howToName (the front end's own words, "--flow NAME").
+  std::string checkFlow(const std::string &howToName) const;
 
  private:
   const CheckSettings &settings_;
   InitParams inits_;
   PlausiLoader loader_;
   Plausi *plausi_;
+  std::optional<std::string> flow_;
 };
 
 }  // namespace host

@@ -73,7 +73,7 @@ FieldDescriptor *ColumnCheck::lookUp(Topic *topic, const std::string &name) {
   return field != nullptr && name == field->getTypeDescriptor()->getFieldNameTopic() ? field : nullptr;
 }
 
-std::string ColumnCheck::check(const std::string &column) {
+std::string ColumnCheck::check(const std::string &column, std::vector<std::string> *sizes) {
   if (root_ == nullptr) return std::string();
   const std::string array = RecordLayout::arrayOf(column);
   const bool size = !array.empty();
@@ -91,24 +91,28 @@ std::string ColumnCheck::check(const std::string &column) {
     FieldDescriptor *field = lookUp(topic, segment.name);
     if (field == nullptr) return noField + walked + " has no field " + segment.name;
     walked += "." + segment.name;
-    const std::int32_t *sizes = field->getDimension();
-    const std::size_t dimensions = static_cast<std::size_t>(Util::getSizeOf(sizes));
+    const std::int32_t *declared = field->getDimension();
+    const std::size_t dimensions = static_cast<std::size_t>(Util::getSizeOf(declared));
     const std::size_t given = segment.indices.size();
     if (dimensions == 0 && (given > 0 || (size && last))) return noField + walked + " is no array";
     if (size && last) {
       // A size stands for the dimension after the indices given.
       if (given >= dimensions) return noField + walked + " has " + count(dimensions, "dimension", "dimensions");
-      if (sizes[given] != 0) {
+      if (declared[given] != 0) {
         return "column " + column + ": the module fixes this size of " + walked + " at " +
-               std::to_string(sizes[given]) + ", so the column is never read";
+               std::to_string(declared[given]) + ", so the column is never read";
       }
     } else if (given != dimensions) {
       return noField + walked + " takes " + count(dimensions, "index", "indices");
     }
     for (std::size_t d = 0; d < given; ++d) {
-      if (sizes[d] != 0 && segment.indices[d] >= sizes[d]) {
+      if (declared[d] != 0 && segment.indices[d] >= declared[d]) {
         return "column " + column + ": index " + std::to_string(segment.indices[d]) + " is beyond the size " +
-               std::to_string(sizes[d]) + " that the module declares for " + walked;
+               std::to_string(declared[d]) + " that the module declares for " + walked;
+      }
+      if (declared[d] == 0 && sizes != nullptr) {
+        std::vector<std::int32_t> outer(segment.indices.begin(), segment.indices.begin() + static_cast<long>(d));
+        sizes->push_back(walked + indexText(outer) + "#");
       }
     }
     walked += indexText(segment.indices);

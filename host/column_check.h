@@ -35,7 +35,12 @@ class ColumnCheck {
   // Otherwise a message (Windows-1252, as the column) that names the column
   // and says why. A module without a root topic lets every column pass:
   // there is nothing to check against.
-  std::string check(const std::string &column);
+  //
+  // When sizes is given, it receives the size columns that the column's
+  // cells depend on: for each index into an array whose size each record
+  // gives, the column of that size ("R.Kinder#" for "R.Kinder[1].Name"),
+  // since without one the array has no elements and the cell is never read.
+  std::string check(const std::string &column, std::vector<std::string> *sizes = nullptr);
 
  private:
   // The field name within topic, or null.

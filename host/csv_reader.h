@@ -1,14 +1,27 @@
 // CsvReader: rows of a CSV file. Cells are separated by ';' or ',' (the one
-// that occurs first in the header row wins), may be quoted with '"' (a
-// doubled quote inside stands for one), and may hold separators and line
-// breaks when quoted. Bytes pass through unchanged (Windows-1252 in, the
-// same out).
+// that occurs first in the header row wins). A '"' at the start of a cell
+// opens a quoted cell, which may hold separators and line breaks and in
+// which a doubled quote stands for one; anywhere else a quote is a plain
+// character (24" is a cell of three). Lines end in "\n", "\r\n" or a lone
+// "\r". A UTF-8 byte-order mark at the very start is taken off and noted.
+// Bytes pass through unchanged otherwise.
+//
+// A quoted cell that is not closed within kMaxQuotedLines lines or
+// kMaxQuotedBytes bytes, or before the end of the input, gives its row an
+// error on the line where it began, and reading goes on with the line after
+// that one: one stray quote costs one row, not the rest of the file.
+//
+// A failure to read the input (an I/O error) ends the rows: failed() is
+// then true and failure() gives the system's reason.
 
 #ifndef QUOREL_HOST_CSV_READER_H_
 #define QUOREL_HOST_CSV_READER_H_
 
+#include <cstdint>
+#include <deque>
 #include <istream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quorel {
@@ -16,20 +29,43 @@ namespace host {
 
 class CsvReader {
  public:
+  static constexpr int kMaxQuotedLines = 1000;
+  static constexpr std::size_t kMaxQuotedBytes = 1 << 20;
+
   explicit CsvReader(std::istream &in) : in_(in) {}
 
-  // Reads the next row into cells; false at the end of the input. A row
-  // with an unclosed quote sets error() and is given as read so far.
+  // Reads the next row into cells; false at the end of the input or when it
+  // cannot be read. A row with an unclosed quote sets error() and is given
+  // as read on its first line.
   bool next(std::vector<std::string> *cells);
   // The line on which the last row began, from 1.
-  int line() const { return rowLine_; }
+  std::int64_t line() const { return rowLine_; }
+  // The last line read in full.
+  std::int64_t linesRead() const { return linesRead_; }
   const std::string &error() const { return error_; }
+  bool byteOrderMark() const { return byteOrderMark_; }
+  bool failed() const { return failed_; }
+  const std::string &failure() const { return failure_; }
 
  private:
+  // The next line without its end into *text, and its number into
+  // *number; false at the end or on a failure.
+  bool readLine(std::string *text, std::int64_t *number);
+  // Reads the next chunk of the input; false at its end or on a failure.
+  bool refill();
+
   std::istream &in_;
+  std::string buffer_;
+  std::size_t position_ = 0;
+  bool ended_ = false;
+  bool failed_ = false;
+  std::string failure_;
+  // Lines read ahead for a quoted cell that did not close, to be read again.
+  std::deque<std::pair<std::int64_t, std::string>> again_;
+  std::int64_t linesRead_ = 0;
   char separator_ = '\0';
-  int nextLine_ = 1;
-  int rowLine_ = 0;
+  bool byteOrderMark_ = false;
+  std::int64_t rowLine_ = 0;
   std::string error_;
 };
 

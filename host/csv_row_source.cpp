@@ -1,32 +1,76 @@
 #include "quorel/host/csv_row_source.h"
 
+#include <cerrno>
+#include <cstring>
+
+#include "quorel/host/file_error.h"
+
 namespace quorel {
 namespace host {
 
-CsvRowSource::CsvRowSource(const std::string &file) : file_(file), in_(file, std::ios::binary), reader_(in_) {}
+CsvRowSource::CsvRowSource(const std::string &file) : file_(file), reader_(in_) {}
 
-std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::string *message) {
+std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::string *message,
+                                                 FileEncoding encoding) {
   std::unique_ptr<CsvRowSource> source(new CsvRowSource(file));
+  errno = 0;
+  source->in_.open(file, std::ios::binary);
   if (!source->in_) {
-    *message = "cannot read " + file;
+    *message = fileError("open", file, std::strerror(errno));
     return nullptr;
   }
+  std::string error;
   if (!source->reader_.next(&source->columns_)) {
-    *message = file + " has no header row";
+    *message = source->reader_.failed() ? fileError("read", file, source->reader_.failure()) : file + " has no header row";
+    return nullptr;
+  }
+  source->encoding_ = source->reader_.byteOrderMark() ? FileEncoding::kUtf8 : encoding;
+  if (!source->decode(&source->columns_, &error)) {
+    *message = file + ":1: the header: " + error;
     return nullptr;
   }
   return source;
 }
 
+bool CsvRowSource::decode(std::vector<std::string> *cells, std::string *error) const {
+  if (encoding_ != FileEncoding::kUtf8) return true;
+  std::string text;
+  for (std::size_t i = 0; i < cells->size(); ++i) {
+    std::size_t offset = 0;
+    if (!fromUtf8((*cells)[i], &text, &offset)) {
+      // The column's own name is Windows-1252 by now (the header's cells are
+      // decoded before any row).
+      *error = (i < columns_.size() && cells != &columns_ ? "column " + columns_[i] : "cell " + std::to_string(i + 1)) +
+               ": the character at byte " + std::to_string(offset) +
+               " is no UTF-8 or not in Windows-1252";
+      return false;
+    }
+    (*cells)[i].swap(text);
+  }
+  return true;
+}
+
 bool CsvRowSource::next(Row *row) {
+  if (ended_) return false;
+  row->error.clear();
   do {
-    if (!reader_.next(&row->cells)) return false;
-  } while (row->cells.size() == 1 && row->cells[0].empty());  // a blank line
-  row->position = reader_.line();
+    if (!reader_.next(&row->cells)) {
+      ended_ = true;
+      if (!reader_.failed()) return false;
+      row->cells.clear();
+      row->place = {records_ + 1, reader_.linesRead() + 1};
+      row->error = "cannot read " + file_ + " after line " + std::to_string(reader_.linesRead()) + ": " +
+                   reader_.failure();
+      return true;
+    }
+  } while (row->cells.size() == 1 && row->cells[0].empty() && reader_.error().empty());  // a blank line
+  row->place = {++records_, reader_.line()};
   row->error = reader_.error();
   if (row->error.empty() && row->cells.size() != columns_.size()) {
-    row->error = "Anzahl der Spalten passt nicht zur Kopfzeile";
+    row->error = "the row has " + std::to_string(row->cells.size()) + " cells, the header " +
+                 std::to_string(columns_.size());
   }
+  if (row->error.empty()) decode(&row->cells, &row->error);
   return true;
 }
 

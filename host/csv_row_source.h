@@ -1,15 +1,23 @@
 // CsvRowSource: the rows of a CSV file under its header row, which names the
-// columns. Blank lines are skipped. Owns the file it opened.
+// columns. Blank lines are skipped. The file is Windows-1252 or UTF-8 as the
+// host says; a file that begins with a UTF-8 byte-order mark is UTF-8
+// whatever it says. UTF-8 cells are turned into the library's Windows-1252:
+// a cell that is no UTF-8, or holds a character Windows-1252 lacks, gives
+// its row an error naming the column. A failure to read the file ends the
+// rows with one more that carries it (see RowSource::failed). Owns the file
+// it opened.
 
 #ifndef QUOREL_HOST_CSV_ROW_SOURCE_H_
 #define QUOREL_HOST_CSV_ROW_SOURCE_H_
 
+#include <cstdint>
 #include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "quorel/host/csv_reader.h"
+#include "quorel/host/encoding.h"
 #include "quorel/host/row_source.h"
 
 namespace quorel {
@@ -18,20 +26,31 @@ namespace host {
 class CsvRowSource : public RowSource {
  public:
   // Opens the file and reads its header; null with a message (UTF-8) when
-  // the file cannot be read or has no header row.
-  static std::unique_ptr<CsvRowSource> open(const std::string &file, std::string *message);
+  // the file cannot be opened or read (with the system's reason and the
+  // full path looked at) or has no header row.
+  static std::unique_ptr<CsvRowSource> open(const std::string &file, std::string *message,
+                                            FileEncoding encoding = FileEncoding::kWindows1252);
 
   const std::vector<std::string> &columns() const override { return columns_; }
   bool next(Row *row) override;
   const std::string &name() const override { return file_; }
+  bool failed() const override { return reader_.failed(); }
+  // The encoding the file is read in.
+  FileEncoding encoding() const { return encoding_; }
 
  private:
   explicit CsvRowSource(const std::string &file);
+  // Turns the cells from UTF-8; false with a message naming the column of
+  // the first that fails.
+  bool decode(std::vector<std::string> *cells, std::string *error) const;
 
   std::string file_;
   std::ifstream in_;
   CsvReader reader_;
+  FileEncoding encoding_ = FileEncoding::kWindows1252;
   std::vector<std::string> columns_;
+  std::int64_t records_ = 0;
+  bool ended_ = false;
 };
 
 }  // namespace host

@@ -101,5 +101,18 @@ bool fromUtf8(std::string_view utf8, std::string *out, std::size_t *offset) {
   return true;
 }
 
+bool parseEncoding(const std::string &name, FileEncoding *encoding) {
+  std::string lower;
+  for (char c : name) lower += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  if (lower == "windows-1252" || lower == "cp1252") {
+    *encoding = FileEncoding::kWindows1252;
+  } else if (lower == "utf-8" || lower == "utf8") {
+    *encoding = FileEncoding::kUtf8;
+  } else {
+    return false;
+  }
+  return true;
+}
+
 }  // namespace host
 }  // namespace quorel

@@ -23,6 +23,13 @@ std::string toUtf8(const char *text);
 // character: a library text ends at its first NUL.
 bool fromUtf8(std::string_view utf8, std::string *out, std::size_t *offset);
 
+// The encoding of a text file.
+enum class FileEncoding { kWindows1252, kUtf8 };
+
+// "windows-1252" (or "cp1252") and "utf-8" (or "utf8"), in any case; false
+// for another name.
+bool parseEncoding(const std::string &name, FileEncoding *encoding);
+
 }  // namespace host
 }  // namespace quorel
 

@@ -31,6 +31,15 @@ struct Problem {
   std::vector<std::string> sections;
 };
 
+// The columns of a problem, in order: the keys of a JSON Lines object, the
+// columns of a problem table, the columns of a Python problem frame. record
+// and line are the Place of the record; failure says why a record could not
+// be checked (then the problem's own columns are empty).
+constexpr const char *kProblemColumns[] = {"record", "line",          "id",       "type",     "weight",
+                                           "text",   "details",       "field",    "field_indices",
+                                           "accessed", "sections",    "failure"};
+constexpr int kProblemColumnCount = sizeof kProblemColumns / sizeof kProblemColumns[0];
+
 // Sets *problems to every problem of the context, in order.
 void collectProblems(const PlausiContext &context, std::vector<Problem> *problems);
 

@@ -27,17 +27,23 @@ class RecordLayout {
   explicit RecordLayout(const std::vector<std::string> &columns);
 
   // Fills the record from the cells of one row, by position. A size that is
-  // not a whole number from 0 to kMaxArraySize makes it false, with a message
-  // (Windows-1252) in *error; the record is then incomplete.
+  // not a whole number from 0 to kMaxArraySize, or a cell holding a NUL byte
+  // (which would end the library's text there), makes it false, with a
+  // message (Windows-1252) in *error; the record is then incomplete.
   bool fill(const std::vector<std::string> &cells, SimpleDataRecord *record, std::string *error) const;
   // The same for a row as read; a row that could not be read in full makes
   // it false with the row's own error, and fills nothing.
   bool fill(const Row &row, SimpleDataRecord *record, std::string *error) const;
 
   // One message for each distinct column that names nothing the module
-  // reads (see ColumnCheck), in column order; none when all do. The Plausi
-  // is used on the calling thread alone while the check runs.
+  // reads (see ColumnCheck), or whose cells are never read since no column
+  // gives the size of their array, in column order; none when all are
+  // read. The Plausi is used on the calling thread alone while the check
+  // runs.
   std::vector<std::string> checkColumns(Plausi *plausi) const;
+  // One message for each column name that the header holds more than once:
+  // a record keeps one cell per name, so all but the last would be lost.
+  std::vector<std::string> repeatedColumns() const;
 
   // The array whose size a column gives ("Antrag.Kinder" for
   // "Antrag.Kinder#"), or empty for a field column.

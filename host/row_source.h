@@ -15,11 +15,21 @@
 namespace quorel {
 namespace host {
 
+// Where a record stands in its source. Every front end numbers records
+// the same way, and a file's lines beside them.
+struct Place {
+  std::int64_t record = 0;  // its number among the source's records, from 1
+  std::int64_t line = 0;    // the line of a file on which it began; 0 without lines (a database)
+
+  // "line 3", or "record 2" for a source without lines.
+  std::string text() const {
+    return line > 0 ? "line " + std::to_string(line) : "record " + std::to_string(record);
+  }
+};
+
 // One row as read.
 struct Row {
-  // Where the row stands in its source, for messages: the line of a file on
-  // which the row began, the row number of a query.
-  std::int64_t position = 0;
+  Place place;
   std::vector<std::string> cells;
   // Why the row could not be read in full (Windows-1252), or empty.
   std::string error;

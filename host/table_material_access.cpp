@@ -82,6 +82,11 @@ TableMaterialAccess::~TableMaterialAccess() = default;
 
 bool TableMaterialAccess::load(const std::string &material, RowSource *source, std::string *message) {
   RecordLayout layout(source->columns());
+  std::vector<std::string> repeated = layout.repeatedColumns();
+  if (!repeated.empty()) {
+    *message = source->name() + ": " + toUtf8(repeated[0].c_str());
+    return false;
+  }
   Rows rows;
   Row row;
   while (source->next(&row)) {
@@ -91,7 +96,9 @@ bool TableMaterialAccess::load(const std::string &material, RowSource *source, s
       rows.push_back(std::move(record));
       continue;
     }
-    *message = source->name() + ":" + std::to_string(row.position) + ": " + toUtf8(error.c_str());
+    const Place &at = row.place;
+    *message = source->name() + (at.line > 0 ? ":" + std::to_string(at.line) : " record " + std::to_string(at.record)) +
+               ": " + toUtf8(error.c_str());
     return false;
   }
   add(material, std::move(rows));

@@ -46,8 +46,9 @@ class TableMaterialAccess : public MaterialAccess {
   TableMaterialAccess &operator=(const TableMaterialAccess &) = delete;
 
   // Reads every row of the source into the material of that name (after the
-  // rows it may have already); false with a message (UTF-8) on the first row
-  // that cannot be read.
+  // rows it may have already); false with a message (UTF-8) for a column
+  // name given twice and on the first row that cannot be read, the source's
+  // failure included.
   bool load(const std::string &material, RowSource *source, std::string *message);
   // Adds rows to the material of that name, which takes them over.
   void add(const std::string &material, std::vector<std::unique_ptr<SimpleDataRecord>> rows);

@@ -38,6 +38,7 @@
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/load_error.h"
+#include "quorel/host/material_check.h"
 #include "quorel/host/material_router.h"
 #include "quorel/host/problem.h"
 #include "quorel/host/record_layout.h"
@@ -89,17 +90,20 @@ py::object materialWarningType;
 }
 
 // Within a catch block: what the rules threw other than a PlausiException,
-// its C++ type and text (UTF-8; the text is the rule code's, taken as it is).
+// in the words of host::Outcome::failure() (UTF-8; the text is the rule
+// code's, taken as it is).
 std::string thrownByRules() {
   try {
     throw;
+  } catch (abi::__forced_unwind &) {
+    throw;  // a thread being cancelled must go on unwinding
   } catch (const std::exception &e) {
     const char *mangled = typeid(e).name();
     int status = 0;
     std::unique_ptr<char, void (*)(void *)> name(abi::__cxa_demangle(mangled, nullptr, nullptr, &status), std::free);
-    return "the rules threw " + std::string(status == 0 ? name.get() : mangled) + ": " + e.what();
+    return "exception " + std::string(status == 0 ? name.get() : mangled) + ": " + e.what();
   } catch (...) {
-    return "the rules threw an exception that is no std::exception";
+    return "exception of an unknown type: not derived from std::exception";
   }
 }
 
@@ -269,18 +273,6 @@ class RuleModule {
   const std::string &library() const { return pool_->settings().library; }
   const std::string &name() const { return pool_->settings().module; }
 
-  // The flow that runs when none is named: the first the module declares.
-  // Raises ValueError for a module that declares none.
-  std::string defaultFlow() {
-    const char *const *flows = pool_->forThisThread()->plausi()->getFlows();
-    if (flows == nullptr || *flows == nullptr) {
-      throw py::value_error("module " + host::toUtf8(name().c_str()) +
-                            " declares no flows, so none runs by default: name the flow to run with "
-                            "flow=\"NAME\"");
-    }
-    return flows[0];
-  }
-
   py::object performFunction(const std::string &name, const py::handle &mapping) {
     auto record = recordOfChecked(mapping);
     std::string function = encodeName(name);
@@ -352,14 +344,17 @@ struct Result {
 // quorel.Checker's engine: settings, materials and the per-thread checkers.
 class Checker {
  public:
-  Checker(RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
+  Checker(const RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
           const py::dict &materials, const py::dict &init, std::optional<std::string> log, int logLevel,
-          bool strict)
+          bool strict, const std::string &encoding)
       : strict_(strict) {
+    if (!host::parseEncoding(encoding, &encoding_)) {
+      throw py::value_error("encoding " + encoding + " is not one of windows-1252, utf-8");
+    }
     host::CheckSettings settings;
     settings.library = module.library();
     settings.module = module.name();
-    settings.flow = flow ? columnName(py::str(*flow)) : module.defaultFlow();
+    if (flow) settings.flow = columnName(py::str(*flow));
     settings.weightLevel = weightLevel;
     for (const auto &item : materials) addMaterial(item.first, item.second);
     settings.materials = &router_;
@@ -381,9 +376,9 @@ class Checker {
       py::gil_scoped_release release;
       checker = pool_->forThisThread();
     }
-    std::string unknownFlow = checker->checkFlow();
+    std::string unknownFlow = checker->checkFlow("flow=\"NAME\"");
     if (!unknownFlow.empty()) throw py::value_error(host::toUtf8(unknownFlow.c_str()));
-    for (const auto &item : materials) reportUnqueried(checker->plausi(), columnName(item.first));
+    checkMaterials(checker->plausi(), materials);
   }
 
   Result check(const py::handle &mapping) {
@@ -396,12 +391,11 @@ class Checker {
     }
     reportColumns(fields);
     host::Outcome outcome;
-    std::string thrown;
     {
       py::gil_scoped_release release;
-      thrown = run(record.get(), &outcome);
+      run(record.get(), &outcome);
     }
-    if (!thrown.empty()) raiseRuleError(thrown);
+    if (outcome.failed && !outcome.cppType.empty()) raiseRuleError(host::toUtf8(outcome.failure().c_str()));
     if (outcome.failed) {
       raisePlausiError(PlausiException(static_cast<ExceptionType>(outcome.exceptionType), outcome.message.c_str()));
     }
@@ -452,10 +446,12 @@ class Checker {
         std::string error;
         std::size_t c = 0;
         while (c < unread[r] && putCell(at[c], cells[r * width + c], &record, &error)) ++c;
+        // A frame has no lines: its rows are numbered from 1.
+        const host::Place place{static_cast<std::int64_t>(first + r) + 1, 0};
         if (c == width) {
-          checkRecord(static_cast<std::int64_t>(first + r), &record, &outcome, &frame);
+          checkRecord(static_cast<std::int64_t>(first + r), place, &record, &outcome, &frame);
         } else {
-          frame.addFailure(static_cast<std::int64_t>(first + r), c < unread[r] ? error : reasons[r]);
+          frame.addFailure(static_cast<std::int64_t>(first + r), place, c < unread[r] ? error : reasons[r]);
         }
       }
     }
@@ -476,7 +472,7 @@ class Checker {
       offset = 0;
       {
         py::gil_scoped_release release;
-        rows = host::CsvRowSource::open(text, &message);
+        rows = host::CsvRowSource::open(text, &message, encoding_);
       }
       if (rows == nullptr) throw py::value_error(message);
     }
@@ -491,14 +487,20 @@ class Checker {
       for (std::int64_t label = offset; rows->next(&row) && !(failed = rows->failed()); ++label) {
         SimpleDataRecord record;
         std::string error;
+        // A slice of a database counts on from its offset.
+        const host::Place place{label + 1, row.place.line};
         if (layout.fill(row, &record, &error)) {
-          checkRecord(label, &record, &outcome, &frame);
+          checkRecord(label, place, &record, &outcome, &frame);
         } else {
-          frame.addFailure(label, host::toUtf8(error.c_str()));
+          frame.addFailure(label, place, host::toUtf8(error.c_str()));
         }
       }
     }
-    if (failed) raiseDatabaseError("cannot read " + rows->name() + ": " + host::toUtf8(row.error.c_str()));
+    if (failed) {
+      std::string message = "cannot read " + rows->name() + ": " + host::toUtf8(row.error.c_str());
+      if (host::SqlSource::names(text)) raiseDatabaseError(message);
+      throw py::value_error(message);
+    }
     return frame.finish();
   }
 
@@ -538,13 +540,10 @@ class Checker {
   static constexpr std::size_t kChunk = 1024;
 
   // Checks a record into the frame; without the GIL.
-  void checkRecord(std::int64_t label, SimpleDataRecord *record, host::Outcome *outcome, ProblemColumns *frame) {
-    std::string thrown = run(record, outcome);
-    if (thrown.empty()) {
-      frame->addOutcome(label, *outcome);
-    } else {
-      frame->addFailure(label, thrown);
-    }
+  void checkRecord(std::int64_t label, const host::Place &place, SimpleDataRecord *record, host::Outcome *outcome,
+                   ProblemColumns *frame) {
+    run(record, outcome);
+    frame->addOutcome(label, place, *outcome);
   }
 
   // Opens rows [offset, offset + limit) of a database source; raises
@@ -592,30 +591,30 @@ class Checker {
     if (!faults.empty()) raiseRecordError(faults);
   }
 
-  // A material that the module never queries: a MaterialWarning, or
-  // ValueError when strict.
-  void reportUnqueried(Plausi *plausi, const std::string &material) {
-    if (plausi->getMaterial(material.c_str()) != nullptr) return;
-    std::string message = "material " + host::toUtf8(material.c_str()) + ": module " +
-                          host::toUtf8(pool_->settings().module.c_str()) +
-                          " queries no material of that name, so it is never read";
-    if (strict_) throw py::value_error(message);
-    if (PyErr_WarnEx(materialWarningType.ptr(), message.c_str(), 2) != 0) throw py::error_already_set();
+  // The materials given against those the module queries: ValueError for
+  // one missing (or, when strict, one it never queries), MaterialWarning for
+  // one it never queries.
+  void checkMaterials(Plausi *plausi, const py::dict &materials) {
+    std::vector<std::string> given;
+    for (const auto &item : materials) given.push_back(columnName(item.first));
+    host::MaterialFindings findings =
+        host::checkMaterials(plausi, pool_->settings().module, given, "materials={\"NAME\": ...}", strict_);
+    std::string errors;
+    for (const std::string &error : findings.errors) errors += (errors.empty() ? "" : "\n") + host::toUtf8(error.c_str());
+    if (!errors.empty()) throw py::value_error(errors);
+    for (const std::string &warning : findings.warnings) {
+      if (PyErr_WarnEx(materialWarningType.ptr(), host::toUtf8(warning.c_str()).c_str(), 2) != 0) {
+        throw py::error_already_set();
+      }
+    }
   }
 
-  // Runs without the GIL; a log is written by one thread at a time. Gives
-  // "", or what the rules threw beside a PlausiException (which the outcome
-  // holds), as thrownByRules gives it.
-  std::string run(SimpleDataRecord *record, host::Outcome *outcome) {
+  // Runs without the GIL; a log is written by one thread at a time.
+  void run(SimpleDataRecord *record, host::Outcome *outcome) {
     std::shared_ptr<host::Checker> checker = pool_->forThisThread();
-    try {
-      std::unique_lock<std::mutex> lock(logMutex_, std::defer_lock);
-      if (logger_ != nullptr) lock.lock();
-      checker->check(record, outcome);
-    } catch (...) {
-      return thrownByRules();
-    }
-    return std::string();
+    std::unique_lock<std::mutex> lock(logMutex_, std::defer_lock);
+    if (logger_ != nullptr) lock.lock();
+    checker->check(record, outcome);
   }
 
   // A material from a DataFrame, a CSV file or a database table.
@@ -646,7 +645,7 @@ class Checker {
       bool loaded;
       {
         py::gil_scoped_release release;
-        auto source = host::CsvRowSource::open(file, &message);
+        auto source = host::CsvRowSource::open(file, &message, encoding_);
         loaded = source != nullptr && tables_.load(name, source.get(), &message);
       }
       if (!loaded) throw py::value_error(shown + message);
@@ -678,6 +677,8 @@ class Checker {
   }
 
   bool strict_;
+  // How CSV files without a byte-order mark are read.
+  host::FileEncoding encoding_ = host::FileEncoding::kWindows1252;
   // Why each column met so far names nothing the module reads ("" when it
   // names a field), as a warning's text.
   std::unordered_map<std::string, std::string> verdicts_;
@@ -752,10 +753,10 @@ PYBIND11_MODULE(_quorel, m) {
       .def("close", &RuleModule::close);
 
   py::class_<Checker>(m, "Checker")
-      .def(py::init<RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
-                    std::optional<std::string>, int, bool>(),
+      .def(py::init<const RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
+                    std::optional<std::string>, int, bool, const std::string &>(),
            py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
-           py::arg("log"), py::arg("log_level"), py::arg("strict"))
+           py::arg("log"), py::arg("log_level"), py::arg("strict"), py::arg("encoding"))
       .def("check", &Checker::check, py::arg("record"))
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"))
       .def("_text_fields", &Checker::textFields, py::arg("names"))

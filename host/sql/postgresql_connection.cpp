@@ -205,7 +205,7 @@ void PostgresqlStatement::finish() {
 
 }  // namespace
 
-std::unique_ptr<SqlConnection> openPostgresql(const SqlSource &source, std::string *message) {
+std::unique_ptr<SqlConnection> openPostgresql(const SqlSource &source, bool writable, std::string *message) {
   // The string may hold keywords of its own; these come after and win only
   // where it names none.
   const char *keywords[] = {"connect_timeout", "dbname", "client_encoding", nullptr};
@@ -220,7 +220,10 @@ std::unique_ptr<SqlConnection> openPostgresql(const SqlSource &source, std::stri
   // Notices (a table to drop that is not there) are no concern of the host's.
   PQsetNoticeProcessor(connection, [](void *, const char *) {}, nullptr);
   auto result = std::make_unique<PostgresqlConnection>(connection);
-  if (!result->execute("SET DateStyle TO ISO", message)) {
+  // Records and materials are only read: a query that would change data
+  // (WITH gone AS (DELETE ...) SELECT ...) fails, as it does on SQLite.
+  if (!result->execute("SET DateStyle TO ISO", message) ||
+      (!writable && !result->execute("SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY", message))) {
     *message = "cannot set up the session on " + source.where() + ": " + *message;
     return nullptr;
   }

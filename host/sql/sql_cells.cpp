@@ -21,7 +21,7 @@ bool digits(std::string_view text) {
 }
 
 std::string where(const std::string &table, SqlStatement *statement, int column) {
-  return "Tabelle " + table + ", Spalte " + statement->columnName(column);
+  return "table " + table + ", column " + statement->columnName(column);
 }
 
 }  // namespace
@@ -34,7 +34,7 @@ CellRead readCellUtf8(SqlStatement *statement, int column, const std::string &ta
   switch (kind) {
     case SqlCellKind::kNull: return CellRead::kEmpty;
     case SqlCellKind::kBinary:
-      *message = where(table, statement, column) + ": Bin\xC3\xA4rdaten k\xC3\xB6nnen kein Feld sein";
+      *message = where(table, statement, column) + ": binary data cannot be a field";
       return CellRead::kFailed;
     case SqlCellKind::kReal: {
       double number = 0.0;
@@ -77,8 +77,8 @@ CellRead readCell(SqlStatement *statement, int column, const std::string &table,
   }
   std::size_t offset = 0;
   if (read == CellRead::kValue && !fromUtf8(utf8, cell, &offset)) {
-    *message = where(table, statement, column) + ": Zeichen an Byte " + std::to_string(offset) +
-               " ist nicht in Windows-1252: " + messageText(utf8);
+    *message = where(table, statement, column) + ": the character at byte " + std::to_string(offset) +
+               " is not in Windows-1252: " + messageText(utf8);
     *message = messageText(*message);
     return CellRead::kFailed;
   }

@@ -8,7 +8,7 @@ namespace quorel {
 namespace host {
 
 std::unique_ptr<SqlConnection> openSqlite(const SqlSource &source, bool writable, std::string *message);
-std::unique_ptr<SqlConnection> openPostgresql(const SqlSource &source, std::string *message);
+std::unique_ptr<SqlConnection> openPostgresql(const SqlSource &source, bool writable, std::string *message);
 
 SqlParam SqlParam::ofInteger(std::int64_t value) {
   SqlParam param;
@@ -34,7 +34,7 @@ SqlParam SqlParam::ofText(std::string value) {
 std::unique_ptr<SqlConnection> SqlConnection::open(const SqlSource &source, bool writable, std::string *message) {
   if (source.kind == SqlSource::kSqlite) return openSqlite(source, writable, message);
 #ifdef QUOREL_HOST_SQL_POSTGRESQL
-  return openPostgresql(source, message);
+  return openPostgresql(source, writable, message);
 #else
   *message = "cannot open " + source.where() + ": built without PostgreSQL (libpq-dev)";
   return nullptr;

@@ -68,8 +68,9 @@ class SqlConnection {
  public:
   virtual ~SqlConnection() = default;
 
-  // Opens the database of the source: read-only unless writable. Null with a
-  // message (UTF-8) naming the database.
+  // Opens the database of the source: read-only unless writable (a
+  // read-only file, a read-only PostgreSQL session, which a query cannot
+  // turn). Null with a message (UTF-8) naming the database.
   static std::unique_ptr<SqlConnection> open(const SqlSource &source, bool writable, std::string *message);
 
   // A statement whose parameters are written as placeholder() gives them.

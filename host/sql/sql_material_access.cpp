@@ -62,7 +62,7 @@ struct SqlMaterialAccess::Material {
 
   // For messages (UTF-8); the name is the library's (Windows-1252).
   std::string where() const {
-    return "Material " + toUtf8(name.c_str()) + " (" + database->source.where() + ", Tabelle " + table + ")";
+    return "material " + toUtf8(name.c_str()) + " (" + database->source.where() + ", table " + table + ")";
   }
 
   // The column of the field; throws when the table has none.
@@ -79,7 +79,7 @@ struct SqlMaterialAccess::Material {
       int column = find(columns, candidate);
       if (column >= 0) return column;
     }
-    fail(EXCEPTION_MATERIAL_ACCESS, where() + ": keine Spalte f\xC3\xBCr das Feld " + toUtf8(hierarchy.c_str()));
+    fail(EXCEPTION_MATERIAL_ACCESS, where() + ": no column for the field " + toUtf8(hierarchy.c_str()));
   }
 };
 
@@ -173,7 +173,7 @@ struct SqlMaterialAccess::Query {
         default: params.push_back(SqlParam::ofText(toUtf8(value->asString()))); break;
       }
     } catch (const PlausiException &e) {
-      fail(e.getType(), material.where() + ", Spalte " + material.columns[column] + ": " + toUtf8(e.getMessage()));
+      fail(e.getType(), material.where() + ", column " + material.columns[column] + ": " + toUtf8(e.getMessage()));
     }
   }
 };
@@ -323,7 +323,7 @@ void SqlMaterialAccess::readRecords(DataRecordSet *result, MaterialDescriptor *m
       CellRead read = readCell(statement, static_cast<int>(i), m->table, &cell, &message);
       if (read == CellRead::kFailed) {
         statement->finish();
-        fail(EXCEPTION_MATERIAL_ACCESS, "Material " + toUtf8(m->name.c_str()) + ": " + toUtf8(message.c_str()));
+        fail(EXCEPTION_MATERIAL_ACCESS, "material " + toUtf8(m->name.c_str()) + ": " + toUtf8(message.c_str()));
       }
       if (read == CellRead::kValue) record->setValue(names[i].c_str(), cell.c_str());
     }

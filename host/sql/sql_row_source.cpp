@@ -60,7 +60,7 @@ std::unique_ptr<SqlRowSource> SqlRowSource::open(const SqlSource &source, std::s
     const std::string &name = rows->statement_->columnName(i);
     rows->columns_.push_back(options.utf8 ? name : messageText(name));
   }
-  rows->table_ = source.table.empty() ? "(Abfrage)" : source.table;
+  rows->table_ = source.table.empty() ? "(query)" : source.table;
   rows->name_ = source.where() + (source.table.empty() ? "" : "?table=" + source.table);
   rows->utf8_ = options.utf8;
   return rows;
@@ -85,14 +85,14 @@ bool SqlRowSource::count(const SqlSource &source, std::int64_t *count, std::stri
 bool SqlRowSource::next(Row *row) {
   if (ended_) return false;
   row->error.clear();
-  row->position = ++read_;
+  row->place = {++read_, 0};
   std::string failure;
   if (!statement_->next(&failure)) {
     ended_ = true;
     if (failure.empty()) return false;
     failed_ = true;
     row->cells.clear();
-    row->error = messageText("Lesefehler nach Zeile " + std::to_string(read_ - 1) + ": " + failure);
+    row->error = messageText("read error after record " + std::to_string(read_ - 1) + ": " + failure);
     return true;
   }
   row->cells.resize(columns_.size());

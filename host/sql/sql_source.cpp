@@ -59,14 +59,14 @@ bool SqlSource::parse(const std::string &text, SqlSource *source, std::string *m
     // sqlite:///tmp/x.db names /tmp/x.db, as in other URLs.
     if (startsWith(source->database, "//")) source->database.erase(0, 2);
     if (source->database.empty()) {
-      *message = "no database file in " + text;
+      *message = "no database file in " + withoutPasswords(text);
       return false;
     }
   } else if (startsWith(text, kPostgresqlSchemes[0]) || startsWith(text, kPostgresqlSchemes[1])) {
     source->kind = kPostgresql;
     source->database = base;
   } else {
-    *message = "not a connection string (sqlite:FILE or postgresql://...): " + text;
+    *message = "not a connection string (sqlite:FILE or postgresql://...): " + withoutPasswords(text);
     return false;
   }
   if (question == std::string::npos) return true;
@@ -77,13 +77,16 @@ bool SqlSource::parse(const std::string &text, SqlSource *source, std::string *m
     std::string key, value;
     if (equals == std::string::npos || !decode(parameter.substr(0, equals), &key) ||
         !decode(parameter.substr(equals + 1), &value)) {
-      *message = "malformed parameter \"" + parameter + "\" in " + source->where();
+      *message = "malformed parameter \"" + withoutPasswords(parameter) + "\" in " + source->where();
       return false;
     }
     if (key == "table") {
       source->table = value;
     } else if (key == "query") {
-      source->query = value;
+      // A statement runs alone, and may be wrapped in another (to count or
+      // slice its rows): its closing ';' would end the outer one early.
+      std::size_t end = value.find_last_not_of(" \t\r\n;");
+      source->query = end == std::string::npos ? std::string() : value.substr(0, end + 1);
     } else if (key == "order") {
       for (const std::string &column : splitAt(value, ',')) {
         if (!column.empty()) source->order.push_back(column);
@@ -103,6 +106,25 @@ bool SqlSource::parse(const std::string &text, SqlSource *source, std::string *m
     return false;
   }
   return true;
+}
+
+std::string withoutPasswords(const std::string &text) {
+  std::string out = text;
+  // user:secret@ after a scheme
+  for (std::size_t scheme = out.find("://"); scheme != std::string::npos; scheme = out.find("://", scheme + 3)) {
+    std::size_t end = out.find_first_of("/?# ", scheme + 3);
+    std::size_t at = out.rfind('@', end == std::string::npos ? std::string::npos : end);
+    if (at == std::string::npos || at < scheme + 3) continue;
+    std::size_t colon = out.find(':', scheme + 3);
+    if (colon < at) out.replace(colon + 1, at - colon - 1, "***");
+  }
+  // password=secret as a parameter or keyword
+  for (std::size_t at = out.find("password="); at != std::string::npos; at = out.find("password=", at + 1)) {
+    std::size_t value = at + 9;
+    std::size_t end = out.find_first_of("& ", value);
+    out.replace(value, (end == std::string::npos ? out.size() : end) - value, "***");
+  }
+  return out;
 }
 
 std::string SqlSource::where() const {

@@ -2,10 +2,14 @@
 // classes); a text in a column declared DATE counts as a date.
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
+#include "quorel/host/file_error.h"
 #include "quorel/host/sql/sql_connection.h"
 
 namespace quorel {
@@ -146,7 +150,12 @@ std::unique_ptr<SqlConnection> openSqlite(const SqlSource &source, bool writable
   sqlite3 *db = nullptr;
   int flags = (writable ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY) | SQLITE_OPEN_NOMUTEX;
   if (sqlite3_open_v2(source.database.c_str(), &db, flags, nullptr) != SQLITE_OK) {
-    *message = "cannot open " + source.where() + ": " + (db != nullptr ? sqlite3_errmsg(db) : "out of memory");
+    // SQLite says only "unable to open database file": the system says why.
+    struct stat file {};
+    std::string reason = stat(source.database.c_str(), &file) != 0 ? std::strerror(errno)
+                         : db != nullptr                          ? sqlite3_errmsg(db)
+                                                                  : "out of memory";
+    *message = "cannot open " + source.where() + " (" + absolutePath(source.database) + "): " + reason;
     sqlite3_close_v2(db);
     return nullptr;
   }

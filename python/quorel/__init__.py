@@ -16,10 +16,11 @@ from ._quorel import Problem, Result, RuleModule
 __all__ = ["Checker", "ColumnWarning", "DatabaseError", "MaterialWarning", "PlausiError", "Problem", "RecordError",
            "Result", "RuleError", "RuleModule", "check_frame", "PROBLEM_COLUMNS"]
 
-# The columns of a problem frame, in order; its index holds the label of the
-# input row of each problem.
-PROBLEM_COLUMNS = ["id", "type", "weight", "short_text", "long_text", "field", "field_indices",
-                   "accessed_fields", "sections", "error"]
+# The columns of a problem frame, in order, as quorel-check's JSON Lines and
+# problem tables name them; its index holds the label of the input row of
+# each problem.
+PROBLEM_COLUMNS = ["record", "line", "id", "type", "weight", "text", "details", "field", "field_indices",
+                   "accessed", "sections", "failure"]
 
 
 class Checker:
@@ -32,8 +33,11 @@ class Checker:
     CSV path or connection string}, columns named by hierarchy text; a
     database material is queried where it lies (see check_frame for
     connection strings; DatabaseError when it cannot be opened). A material
-    that the module never queries gives a MaterialWarning (ValueError with
-    strict=True).
+    that the module queries must be given (ValueError); one that it never
+    queries gives a MaterialWarning (ValueError with strict=True).
+    encoding: how CSV files (records and materials) without a byte-order
+    mark are read, "windows-1252" or "utf-8"; one with a UTF-8 byte-order
+    mark is UTF-8.
     init: {name: bool, int, float or str}. log, log_level: a log file of the
     runs and its level (0 off ... 6 debug); with a log, runs on several
     threads take turns. A flow that a module declaring its flows does not
@@ -46,13 +50,14 @@ class Checker:
     """
 
     def __init__(self, module, flow=None, weight_level=1, materials=None, init=None, log=None, log_level=4,
-                 strict=False):
+                 strict=False, encoding="windows-1252"):
         if not isinstance(module, RuleModule):
             raise TypeError("module must be a quorel.RuleModule")
         self.module = module
         self._number_columns = set()  # number columns looked at
         self._engine = _quorel.Checker(module, flow, int(weight_level), dict(materials or {}), dict(init or {}),
-                                       None if log is None else str(log), int(log_level), bool(strict))
+                                       None if log is None else str(log), int(log_level), bool(strict),
+                                       str(encoding))
 
     def check(self, record):
         """Checks one record, a mapping of hierarchy texts to values, and
@@ -105,17 +110,17 @@ class Checker:
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
 
 
-# Columns of Int32; the values of all others repeat from problem to problem:
-# Categoricals of texts, and of tuples for the lists.
-_NUMBER_COLUMNS = ("type", "weight")
+# Columns of whole numbers, Int64 and Int32; the values of all others repeat
+# from problem to problem: Categoricals of texts (a list as a JSON array).
+_NUMBER_COLUMNS = {"record": "int64", "line": "int64", "type": "int32", "weight": "int32"}
 
 
 def _empty_frame(index):
     """A problem frame without rows, with the index type of index."""
     import numpy as np
-    out = {name: (np.empty(0, np.int32), np.empty(0, bool)) if name in _NUMBER_COLUMNS else (np.empty(0, np.int8), [])
-           for name in PROBLEM_COLUMNS}
-    out["summary"] = {"records": 0, "problems": 0, "errors": 0, "failed": 0}
+    out = {name: (np.empty(0, _NUMBER_COLUMNS[name]), np.empty(0, bool)) if name in _NUMBER_COLUMNS
+           else (np.empty(0, np.int8), []) for name in PROBLEM_COLUMNS}
+    out["summary"] = {"records": 0, "checked": 0, "not_checked": 0, "problems": 0, "errors": 0}
     return _problem_frame(out, index[:0])
 
 
@@ -128,7 +133,7 @@ def _problem_frame(out, index):
             columns[name] = pd.arrays.IntegerArray(values, missing)
         else:
             codes, categories = out[name]
-            categories = pd.Index(categories, dtype=object, tupleize_cols=False)
+            categories = pd.Index(categories, dtype=object)
             columns[name] = pd.Categorical.from_codes(codes, categories=categories)
     frame = pd.DataFrame(columns, index=index, copy=False)
     frame.attrs["summary"] = out["summary"]
@@ -138,11 +143,14 @@ def _problem_frame(out, index):
 def check_frame(records, module, **options):
     """Checks every row of the records (columns named by hierarchy text) and
     gives a DataFrame of problems, one row per problem, indexed by the label
-    of the input row, with the columns PROBLEM_COLUMNS. type and weight are
-    Int32; the others are Categoricals, since their values repeat from
-    problem to problem: texts, and for field_indices, accessed_fields and
-    sections tuples (frame["sections"].astype(object).explode() gives one
-    row per entry).
+    of the input row, with the columns PROBLEM_COLUMNS, named and meant as
+    in quorel-check's JSON Lines and problem tables. record (the row's
+    number in its source, from 1) and line (of a CSV file; missing
+    elsewhere) are Int64, type and weight Int32; the others are
+    Categoricals of texts, since their values repeat from problem to
+    problem, with field_indices, accessed and sections as JSON arrays
+    (frame["sections"].astype(str).map(json.loads).explode() gives one row
+    per entry).
 
     records is a pandas DataFrame; or the path of a CSV file, read as
     quorel-check reads it (";" or "," between cells, Windows-1252, an empty
@@ -158,10 +166,12 @@ def check_frame(records, module, **options):
     A row that could not be checked (a text outside Windows-1252, a bad
     array size, a cell that cannot be a field, an exception of the rules,
     the library's or a C++ exception of their own, a material that cannot be
-    queried) gives a row whose "error" says why; the other rows are still
-    checked. The counts are in
-    frame.attrs["summary"]: records, problems, errors (problems of type 1),
-    failed (rows not checked). options are those of Checker; a column that
+    queried) gives a row whose "failure" says why; the other rows are still
+    checked. A CSV file that fails while it is read raises ValueError naming
+    the file and the line reached. The counts are in
+    frame.attrs["summary"]: records (read), checked, not_checked (records =
+    checked + not_checked), problems, errors (problems of type 1). options
+    are those of Checker; a column that
     names no field warns (ColumnWarning), or with strict=True raises
     RecordError before any row is checked."""
     return Checker(module, **options).check_frame(records)

@@ -33,7 +33,7 @@ def test_without_a_flow_the_first_declared_runs_or_the_checker_is_refused(module
     assert not quorel.Checker(module, materials=materials).check(antraege.iloc[2].to_dict()).ok
     # A module that declares no flows would run nothing.
     for make in (lambda: quorel.Checker(stoerfall), lambda: quorel.check_frame(pd.DataFrame(), stoerfall)):
-        with pytest.raises(ValueError, match=r'module Stoerfall declares no flows.*flow="NAME"'):
+        with pytest.raises(ValueError, match=r'module Stoerfall declares no flows.*flow="NAME"$'):
             make()
     assert quorel.Checker(stoerfall, flow="Irgendeiner").check({"Stoerfall.Text": "a"}).problems[0].id == "ST-01"
 
@@ -43,13 +43,13 @@ def test_a_rules_own_exception_fails_its_record_and_the_others_are_checked(stoer
     frame = pd.DataFrame({"Stoerfall.Anlass": ["stoi", "", "alloc", "int", None],
                           "Stoerfall.Text": ["zwei", "a", "b", "c", "d"]})
     problems = checker.check_frame(frame)
-    assert problems["error"].tolist()[:4] == [
-        "the rules threw std::invalid_argument: stoi", np.nan, "the rules threw std::bad_alloc: std::bad_alloc",
-        "the rules threw an exception that is no std::exception"]
+    assert problems["failure"].tolist()[:4] == [
+        "exception std::invalid_argument: stoi", np.nan, "exception std::bad_alloc: std::bad_alloc",
+        "exception of an unknown type: not derived from std::exception"]
     assert list(problems.index) == [0, 1, 2, 3, 4]
     assert list(problems["id"].iloc[[1, 4]]) == ["ST-01", "ST-01"]
-    assert problems.attrs["summary"] == {"records": 5, "problems": 2, "errors": 2, "failed": 3}
-    with pytest.raises(quorel.RuleError, match="std::invalid_argument: stoi"):
+    assert problems.attrs["summary"] == {"records": 5, "checked": 2, "not_checked": 3, "problems": 2, "errors": 2}
+    with pytest.raises(quorel.RuleError, match="^exception std::invalid_argument: stoi$"):
         checker.check({"Stoerfall.Anlass": "stoi", "Stoerfall.Text": "zwei"})
     assert checker.check({"Stoerfall.Anlass": "stoi", "Stoerfall.Text": "2"}).problems[0].id == "ST-01"
 
@@ -64,9 +64,9 @@ def test_numbers_reach_the_rules_as_their_text_would(stoerfall):
     # A fraction in a whole-number field is inconvertible, as its text is.
     checker = quorel.Checker(stoerfall, flow="Pruefung")
     frame = checker.check_frame(pd.DataFrame({"Stoerfall.Zahl": [3.5, 2.999, "3,5", 3.0]}))
-    errors = frame["error"].dropna()
-    assert list(errors.index) == [0, 1, 2] and errors.nunique() == 1 and errors.iloc[0].startswith("Ausnahme 8")
-    assert frame.loc[3, "long_text"] == "3"
+    errors = frame["failure"].dropna()
+    assert list(errors.index) == [0, 1, 2] and errors.nunique() == 1 and errors.iloc[0].startswith("exception 8")
+    assert frame.loc[3, "details"] == "3"
 
 
 def test_a_number_column_for_a_text_field_warns_once(module, data_dir, gemeinden):
@@ -85,8 +85,11 @@ def test_a_number_column_for_a_text_field_warns_once(module, data_dir, gemeinden
     assert caught[0].category is quorel.ColumnWarning
 
 
-def test_a_material_the_module_never_queries_warns_or_is_refused_when_strict(module, gemeinden):
-    message = "material Regionen: module Antrag queries no material of that name, so it is never read"
+def test_materials_are_checked_against_those_the_module_queries(module, gemeinden):
+    with pytest.raises(ValueError, match=r'module Antrag queries the material Gemeinden, which is not given: pass '
+                                         r'materials=\{"Gemeinden": \.\.\.\}'):
+        quorel.Checker(module)
+    message = r"material Regionen is given, but module Antrag queries no material of that name \(its materials: Gemeinden\)"
     with pytest.warns(quorel.MaterialWarning, match=message):
         quorel.Checker(module, materials={"Gemeinden": gemeinden, "Regionen": gemeinden})
     with pytest.raises(ValueError, match=message):
@@ -107,11 +110,12 @@ def run_alone(script, timeout=60):
     return done.stdout
 
 
-def test_eight_threads_make_their_first_checks_at_once(antrag_library):
+def test_eight_threads_make_their_first_checks_at_once(antrag_library, gemeinden):
     # Their first cells are numbers, whose reading imports pandas.
     out = run_alone("""
         import threading, quorel
-        checker = quorel.Checker(quorel.RuleModule(%r, "Antrag"), flow="Schnellpruefung")
+        checker = quorel.Checker(quorel.RuleModule(%r, "Antrag"), flow="Schnellpruefung",
+                                 materials={"Gemeinden": %r})
         start = threading.Barrier(8)
         results = []
         def first():
@@ -121,7 +125,7 @@ def test_eight_threads_make_their_first_checks_at_once(antrag_library):
         for t in threads: t.start()
         for t in threads: t.join()
         print(len(results))
-        """ % antrag_library, timeout=120)
+        """ % (antrag_library, gemeinden), timeout=120)
     assert out.split() == ["8"]
 
 

@@ -33,6 +33,9 @@ class NameMap {
 
   typename Entries::iterator begin() { return entries_.begin(); }
   typename Entries::iterator end() { return entries_.end(); }
+  typename Entries::const_iterator begin() const { return entries_.begin(); }
+  typename Entries::const_iterator end() const { return entries_.end(); }
+  std::size_t size() const { return entries_.size(); }
   void clear() { entries_.clear(); }
 
  private:

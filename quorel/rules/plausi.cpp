@@ -65,6 +65,20 @@ MaterialDescriptor *Plausi::getMaterial(const char *name) {
   return entry != nullptr && *entry != nullptr ? static_cast<MaterialDescriptor *>(*entry) : nullptr;
 }
 
+std::int32_t Plausi::getNumOfMaterials() const {
+  std::int32_t count = 0;
+  for (const auto &entry : materials_) count += entry.second != nullptr ? 1 : 0;
+  return count;
+}
+
+MaterialDescriptor *Plausi::getMaterialAt(std::int32_t index) const {
+  if (index < 0) return nullptr;
+  for (const auto &entry : materials_) {
+    if (entry.second != nullptr && index-- == 0) return static_cast<MaterialDescriptor *>(entry.second);
+  }
+  return nullptr;
+}
+
 bool Plausi::isKnownFlow(const char *flow) const {
   const char *const *flows = getFlows();
   if (flows == nullptr) return true;

@@ -70,6 +70,11 @@ class Plausi : public ClassificationRessource {
 
   // The registered data stock, or null.
   MaterialDescriptor *getMaterial(const char *name);
+  // Every registered data stock, by index from 0 in the registry's order,
+  // so that a host can tell which materials the module may query before
+  // a run asks for one it lacks. Null for an index out of range.
+  std::int32_t getNumOfMaterials() const;
+  MaterialDescriptor *getMaterialAt(std::int32_t index) const;
 
   // The record type the module registered, or null. It stays the Plausi's;
   // a host walks it to learn the fields a record may hold.

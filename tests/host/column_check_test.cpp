@@ -108,16 +108,19 @@ TEST(ColumnCheckTest, LayoutReportsEachColumnOnceInOrder) {
   EXPECT_TRUE(layout.checkColumns(&bare).empty());
 }
 
-TEST(CheckerTest, FlowsTheModuleDoesNotKnowAreNamed) {
+TEST(CheckerTest, TheDefaultFlowIsTheFirstDeclaredAndUnknownFlowsAreNamed) {
   CheckSettings settings;
   settings.library = QUOREL_UMFRAGE_MODULE;
   settings.module = "Umfrage";
   Checker unset(settings);
-  EXPECT_EQ("", unset.checkFlow());
+  EXPECT_EQ("", unset.checkFlow("-f"));
+  ASSERT_NE(nullptr, unset.flow());
+  EXPECT_EQ("Pruefung", *unset.flow());
   settings.flow = "Antworten";
-  EXPECT_EQ("", Checker(settings).checkFlow());
+  EXPECT_EQ("", Checker(settings).checkFlow("-f"));
   settings.flow = "Antwort";
-  EXPECT_EQ("module Umfrage has no flow Antwort (its flows: Pruefung, Antworten)", Checker(settings).checkFlow());
+  EXPECT_EQ("module Umfrage has no flow Antwort (its flows: Pruefung, Antworten)",
+            Checker(settings).checkFlow("-f"));
 }
 
 // A problem as the values of its fields, for comparing.

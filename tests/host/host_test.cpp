@@ -12,6 +12,7 @@
 #include "quorel/host/problem_format.h"
 #include "quorel/host/record_layout.h"
 #include "quorel/host/row_source.h"
+#include "quorel/host/summary.h"
 #include "quorel/host/table_material_access.h"
 #include "host/vector_rows.h"
 #include "test_support.h"
@@ -60,7 +61,7 @@ TEST(RecordLayoutTest, CellsSizesAndEmptyFields) {
   // A size is a whole number within bounds: the rules walk that many elements.
   for (const char *size : {"-1", "100001", "2000000000", "3x", " 3", "zwei"}) {
     EXPECT_FALSE(RecordLayout({"M.Liste#"}).fill({size}, &row, &error)) << size;
-    EXPECT_EQ(std::string("Arraygr\xF6\xDF" "e von M.Liste ist keine ganze Zahl von 0 bis 100000: ") + size, error);
+    EXPECT_EQ(std::string("the size M.Liste# is not a whole number from 0 to 100000: ") + size, error);
   }
   EXPECT_TRUE(RecordLayout({"M.Liste#"}).fill({"100000"}, &row, &error));
 }
@@ -89,31 +90,55 @@ TEST(EncodingTest, Windows1252AndUtf8BothWays) {
   }
 }
 
-TEST(ProblemFormatTest, TextAndJsonLines) {
+TEST(ProblemFormatTest, TextAndJsonLinesSpeakOneSchema) {
   Problem p;
   p.id = "X-1";
   p.weight = 3;
   p.text = "Stra\xDF" "e \"fehlt\"";
   p.field = "A.B[1]";
+  p.fieldIndices = {1};
   p.accessed = {"A.B[1]", "A.C"};
   p.sections = {"Innen", "Plausi"};
   Problem hint;
   hint.type = static_cast<ProblemType>(2);  // any type but an error
   std::string text, json;
-  ProblemFormat::create("text")->appendRecord(7, {p, hint}, &text);
-  EXPECT_EQ("Zeile 7: Fehler X-1 (Gewicht 3): Stra\xC3\x9F" "e \"fehlt\"\n  Feld: A.B[1]\n  Gelesen: A.B[1] A.C\n"
-            "  Abschnitte: Innen < Plausi\nZeile 7: Hinweis  (Gewicht 0): \n  Abschnitte:\n",
+  auto lines = ProblemFormat::create("text");
+  lines->appendRecord({6, 7}, {p, hint}, &text);
+  lines->appendFailure({1, 0}, "kaputt", &text);
+  Summary summary;
+  summary.add({p, hint, p}, 2, true);
+  summary.add({}, 0, false);
+  summary.add({hint}, 0, true);
+  lines->appendSummary(summary, &text);
+  EXPECT_EQ("line 7: error X-1 (weight 3): Stra\xC3\x9F" "e \"fehlt\"\n  field: A.B[1]\n  read: A.B[1] A.C\n"
+            "  sections: Innen < Plausi\nline 7: hint  (weight 0): \n  sections:\n"
+            "record 1: not checked: kaputt\n"
+            "\nproblem   problems   records  share\n"
+            "(no id)          2         2  66.7%\n"
+            "X-1              2         1  33.3%\n"
+            "3 records: 2 checked, 1 not checked; 4 problems, 2 errors\n",
             text);
   auto format = ProblemFormat::create("json");
-  format->appendRecord(7, {p}, &json);
-  format->appendFailure(8, "kaputt\n", &json);
-  format->appendSummary({2, 1, 1, 1}, &json);
-  EXPECT_EQ("{\"line\":7,\"id\":\"X-1\",\"type\":1,\"weight\":3,\"text\":\"Stra\xC3\x9F" "e \\\"fehlt\\\"\","
-            "\"details\":null,\"field\":\"A.B[1]\",\"accessed\":[\"A.B[1]\",\"A.C\"],\"sections\":[\"Innen\",\"Plausi\"]}\n"
-            "{\"line\":8,\"failure\":\"kaputt\\n\"}\n"
-            "{\"summary\":{\"records\":2,\"failed\":1,\"problems\":1,\"errors\":1}}\n",
+  format->appendRecord({6, 7}, {p}, &json);
+  format->appendFailure({7, 0}, "kaputt\n", &json);
+  format->appendSummary(summary, &json);
+  EXPECT_EQ("{\"record\":6,\"line\":7,\"id\":\"X-1\",\"type\":1,\"weight\":3,\"text\":\"Stra\xC3\x9F" "e \\\"fehlt\\\"\","
+            "\"details\":null,\"field\":\"A.B[1]\",\"field_indices\":[1],\"accessed\":[\"A.B[1]\",\"A.C\"],"
+            "\"sections\":[\"Innen\",\"Plausi\"],\"failure\":null}\n"
+            "{\"record\":7,\"line\":null,\"id\":null,\"type\":null,\"weight\":null,\"text\":null,\"details\":null,"
+            "\"field\":null,\"field_indices\":[],\"accessed\":[],\"sections\":[],\"failure\":\"kaputt\\n\"}\n"
+            "{\"summary\":{\"records\":3,\"checked\":2,\"not_checked\":1,\"problems\":4,\"errors\":2}}\n",
             json);
   EXPECT_EQ(nullptr, ProblemFormat::create("xml"));
+  // Counts of threads add up.
+  Summary other, merged;
+  other.add({p}, 1, true);
+  merged.merge(summary);
+  merged.merge(other);
+  EXPECT_EQ(4, merged.records);
+  EXPECT_EQ(3, merged.checked());
+  EXPECT_EQ(3, merged.ids["X-1"].problems);
+  EXPECT_EQ(2, merged.ids["X-1"].records);
 }
 
 // The material "Orte": a postcode, a name and a number per row.
@@ -213,7 +238,7 @@ TEST(TableMaterialAccessTest, BadRowsNameTheirPlace) {
   TableMaterialAccess access;
   std::string message;
   EXPECT_FALSE(access.load("Orte", &source, &message));
-  EXPECT_EQ("orte:2: Arraygr\xC3\xB6\xC3\x9F" "e von Orte.Liste ist keine ganze Zahl von 0 bis 100000: drei", message);
+  EXPECT_EQ("orte:3: the size Orte.Liste# is not a whole number from 0 to 100000: drei", message);
   PlaceTopic topic;
   EXPECT_FALSE(access.isMaterialAvailable(&topic));
 }

@@ -1,5 +1,6 @@
 // VectorRows: a row source over rows held in memory, for tests of what reads
-// row sources. Positions count from 1, as lines after a header do.
+// row sources. Records count from 1, each on the line after the former, the first below
+// a header.
 
 #ifndef QUOREL_TESTS_HOST_VECTOR_ROWS_H_
 #define QUOREL_TESTS_HOST_VECTOR_ROWS_H_
@@ -21,7 +22,8 @@ class VectorRows : public RowSource {
   const std::vector<std::string> &columns() const override { return columns_; }
   bool next(Row *row) override {
     if (next_ == rows_.size()) return false;
-    row->position = static_cast<std::int64_t>(++next_);
+    ++next_;
+    row->place = {static_cast<std::int64_t>(next_), static_cast<std::int64_t>(next_) + 1};
     row->cells = rows_[next_ - 1];
     row->error.clear();
     return true;

@@ -70,6 +70,8 @@ TEST(RegistriesTest, ClassificationsByCodeAndValue) {
   // The replaced classification still answers by its value text.
   EXPECT_STREQ("Aa", rules.getClassificationByValue("erste")->asString());
   EXPECT_EQ(nullptr, rules.getMaterial("Kunden"));
+  EXPECT_EQ(0, rules.getNumOfMaterials());
+  EXPECT_EQ(nullptr, rules.getMaterialAt(0));
 }
 
 std::vector<std::string> released;
@@ -152,6 +154,13 @@ TEST(RegistriesTest, ReplacedRegistrationsStayTheirRegistrantsAndTheRestIsReleas
   auto kept = rules->kept;
   // A replaced classification still answers by its value text.
   EXPECT_EQ(kept.classification, rules->getClassificationByValue("alt"));
+  // The materials a host is told of: each key once, with what it holds now.
+  ASSERT_EQ(3, rules->getNumOfMaterials());
+  std::vector<MaterialDescriptor *> listed;
+  for (std::int32_t i = -1; i <= 3; ++i) listed.push_back(rules->getMaterialAt(i));
+  EXPECT_EQ((std::vector<MaterialDescriptor *>{nullptr, rules->getMaterial("K"), rules->getMaterial("L"),
+                                               rules->getMaterial("R"), nullptr}),
+            listed);
   rules.reset();
   // Materials by key, then the root topic, then classifications by code.
   EXPECT_EQ((std::vector<std::string>{"T1", "T4", "T2", "A", "B", "C", "D", "E"}), released);

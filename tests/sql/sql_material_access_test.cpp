@@ -205,18 +205,18 @@ TEST_P(SqlMaterialAccessTest, FailuresNameTableAndColumn) {
   StringValue one("1");
   // A text outside Windows-1252, a field without a column, a value that is
   // no date for a date field.
-  EXPECT_EQ("exception 6: Material Orte: Tabelle kaputt, Spalte name: Zeichen an Byte 6 ist nicht in "
+  EXPECT_EQ("exception 6: material Orte: table kaputt, column name: the character at byte 6 is not in "
             "Windows-1252: Haken ?",
             answer(&sql, &topic, {new FilterCondition(topic.plz, OPERATOR_EQUAL, &one)}, nullptr,
                    {topic.name, topic.plz}));
   std::string missing = answer(&sql, &topic, {new FilterCondition(topic.einwohner, OPERATOR_EQUAL, &one)}, nullptr);
-  EXPECT_EQ(0u, missing.find("exception 6: Material Orte (")) << missing;
-  EXPECT_NE(std::string::npos, missing.find("Tabelle kaputt): keine Spalte f\xFCr das Feld Orte.Einwohner")) << missing;
+  EXPECT_EQ(0u, missing.find("exception 6: material Orte (")) << missing;
+  EXPECT_NE(std::string::npos, missing.find("table kaputt): no column for the field Orte.Einwohner")) << missing;
   ASSERT_TRUE(SqlSource::parse(db_->url("table=orte"), &source, &message));
   ASSERT_TRUE(sql.addMaterial("Orte", source, &message)) << message;
   std::string date = answer(&sql, &topic, {new FilterCondition(topic.gegruendet, OPERATOR_EQUAL, &one)}, nullptr);
-  EXPECT_EQ(0u, date.find("exception 8: Material Orte (")) << date;
-  EXPECT_NE(std::string::npos, date.find("Spalte gegruendet: ")) << date;
+  EXPECT_EQ(0u, date.find("exception 8: material Orte (")) << date;
+  EXPECT_NE(std::string::npos, date.find("column gegruendet: ")) << date;
   sql.releaseRecords();
 
   // A database that cannot be opened.
@@ -268,7 +268,7 @@ TEST_P(SqlMaterialAccessTest, ALostConnectionFailsTheQueryAndIsOpenedAnew) {
   db_->execute("SELECT pg_terminate_backend(pid) FROM pg_stat_activity "
                "WHERE pid <> pg_backend_pid() AND datname = current_database()");
   std::string lost = query();
-  EXPECT_EQ(0u, lost.find("exception 6: Material Orte (postgresql://")) << lost;
+  EXPECT_EQ(0u, lost.find("exception 6: material Orte (postgresql://")) << lost;
   EXPECT_EQ("-|M\xFCnchen|-|-|-|;", query());
 }
 
