@@ -1,11 +1,13 @@
 #include "cells.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <string_view>
 
 #include "quorel/host/encoding.h"
 #include "quorel/host/record_layout.h"
+#include "imported.h"
 
 namespace py = pybind11;
 
@@ -29,16 +31,29 @@ bool isMissing(const py::handle &cell) {
   if (cell.is_none()) return true;
   if (PyUnicode_Check(cell.ptr())) return PyUnicode_GET_LENGTH(cell.ptr()) == 0;
   if (PyFloat_Check(cell.ptr())) return std::isnan(PyFloat_AS_DOUBLE(cell.ptr()));
-  // Held for the life of the process, as the other such statics: a
-  // py::object would be released after the interpreter has ended.
-  static py::handle missing = py::object(py::module_::import("pandas").attr("isna")).release();
+  static Imported missing("pandas", "isna");
   // pandas.NA, NaT and numpy's not-a-number scalars.
-  return !py::isinstance<py::str>(cell) && !py::isinstance<py::int_>(cell) && missing(cell).cast<bool>();
+  return !py::isinstance<py::str>(cell) && !py::isinstance<py::int_>(cell) && missing.get()(cell).cast<bool>();
 }
 
 bool isDate(const py::handle &cell) {
-  static py::handle date = py::object(py::module_::import("datetime").attr("date")).release();
-  return py::isinstance(cell, date);
+  static Imported date("datetime", "date");
+  return py::isinstance(cell, date.get());
+}
+
+// A number as the text a table would hold: every digit of a whole number;
+// a real number with the fewest digits that give it back, a decimal comma
+// and no exponent, so that a fraction in a whole-number field is as
+// inconvertible as its text.
+std::string integerText(std::int64_t number) { return std::to_string(number); }
+
+std::string realText(double number) {
+  char text[400];  // the longest fixed form of a double has 327 digits
+  auto end = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed).ptr;
+  std::string out(text, end);
+  std::size_t point = out.find('.');
+  if (point != std::string::npos) out[point] = ',';
+  return out;
 }
 
 std::string germanDate(const py::handle &cell) { return cell.attr("strftime")("%d.%m.%Y").cast<std::string>(); }
@@ -100,9 +115,14 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
   out->kind = Cell::kText;
   if (PyBool_Check(cell.ptr())) {
     out->text = cell.cast<bool>() ? "WAHR" : "FALSCH";
-  } else if (py::isinstance<py::int_>(cell)) {
-    out->kind = Cell::kInteger;
-    out->integer = cell.cast<std::int64_t>();
+  } else if (PyLong_Check(cell.ptr())) {
+    int overflow = 0;
+    out->integer = PyLong_AsLongLongAndOverflow(cell.ptr(), &overflow);
+    if (overflow == 0) {
+      out->kind = Cell::kInteger;
+    } else {
+      out->text = py::str(cell).cast<std::string>();  // beyond 64 bits: its digits
+    }
   } else if (py::isinstance<py::float_>(cell)) {
     out->kind = Cell::kReal;
     out->real = cell.cast<double>();
@@ -126,10 +146,10 @@ bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::
       record->setValue(at.name.c_str(), cell.text.c_str());
       return true;
     case Cell::kInteger:
-      record->setValue(at.name.c_str(), cell.integer);
+      record->setValue(at.name.c_str(), integerText(cell.integer).c_str());
       return true;
     case Cell::kReal:
-      record->setValue(at.name.c_str(), cell.real);
+      record->setValue(at.name.c_str(), realText(cell.real).c_str());
       return true;
     case Cell::kSize:
       if (host::RecordLayout::setSize(at.array, cell.integer, cell.text, record, error)) return true;

@@ -1,5 +1,7 @@
 // Cells: how Python values become the fields of a record. A str is encoded
-// to Windows-1252, int and float become numbers, bool the texts WAHR/FALSCH,
+// to Windows-1252; an int or float becomes the text a table would hold for
+// it (every digit of an int; a float with a decimal comma), so that a number
+// reaches the rules as its text from a CSV file would; bool the texts WAHR/FALSCH,
 // a datetime.date the text TT.MM.JJJJ; None, NaN, pandas' missing values and
 // the empty text leave the field empty. A column whose name ends in "#"
 // gives the size of an array, a whole number from 0 to host::kMaxArraySize.

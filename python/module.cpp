@@ -8,11 +8,17 @@
 // database layer when the module is built with it.
 //
 // The GIL is held while Python objects are read or made and released while
-// rules run and databases are read. The library needs a Plausi per thread,
-// so a Checker keeps one host::Checker per thread that calls it.
+// rules run, modules load, and files and databases are opened and read. The
+// library needs a Plausi per thread, so a Checker keeps one host::Checker
+// per thread that calls it.
+
+#include <cxxabi.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <ctime>
+#include <exception>
+#include <typeinfo>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -32,12 +38,14 @@
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/load_error.h"
+#include "quorel/host/material_check.h"
 #include "quorel/host/material_router.h"
 #include "quorel/host/problem.h"
 #include "quorel/host/record_layout.h"
 #include "quorel/host/sql/sql_source.h"
 #include "quorel/host/table_material_access.h"
 #include "cells.h"
+#include "imported.h"
 #include "problem_columns.h"
 #ifdef QUOREL_HOST_SQL
 #include "quorel/host/sql/sql_material_access.h"
@@ -54,6 +62,8 @@ py::object recordErrorType;
 py::object plausiErrorType;
 py::object columnWarningType;
 py::object databaseErrorType;
+py::object ruleErrorType;
+py::object materialWarningType;
 
 // detail: what a LoadError adds, in the system's encoding.
 [[noreturn]] void raisePlausiError(const PlausiException &e, const std::string &detail = std::string()) {
@@ -76,6 +86,30 @@ py::object databaseErrorType;
 // message: UTF-8.
 [[noreturn]] void raiseDatabaseError(const std::string &message) {
   PyErr_SetString(databaseErrorType.ptr(), message.c_str());
+  throw py::error_already_set();
+}
+
+// Within a catch block: what the rules threw other than a PlausiException,
+// in the words of host::Outcome::failure() (UTF-8; the text is the rule
+// code's, taken as it is).
+std::string thrownByRules() {
+  try {
+    throw;
+  } catch (abi::__forced_unwind &) {
+    throw;  // a thread being cancelled must go on unwinding
+  } catch (const std::exception &e) {
+    const char *mangled = typeid(e).name();
+    int status = 0;
+    std::unique_ptr<char, void (*)(void *)> name(abi::__cxa_demangle(mangled, nullptr, nullptr, &status), std::free);
+    return "exception " + std::string(status == 0 ? name.get() : mangled) + ": " + e.what();
+  } catch (...) {
+    return "exception of an unknown type: not derived from std::exception";
+  }
+}
+
+// message: UTF-8.
+[[noreturn]] void raiseRuleError(const std::string &message) {
+  PyErr_SetString(ruleErrorType.ptr(), message.c_str());
   throw py::error_already_set();
 }
 
@@ -129,8 +163,8 @@ std::string columnName(const py::handle &name) {
 // A record from a mapping of hierarchy texts to values; the texts (Windows-1252)
 // into *fields when that is given.
 std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping, std::vector<std::string> *fields = nullptr) {
-  static py::handle mappingType = py::object(py::module_::import("collections.abc").attr("Mapping")).release();
-  if (!py::isinstance(mapping, mappingType)) {
+  static Imported mappingType("collections.abc", "Mapping");
+  if (!py::isinstance(mapping, mappingType.get())) {
     throw py::type_error("a record must be a mapping of field names to values, not " +
                          py::str(py::type::of(mapping).attr("__name__")).cast<std::string>());
   }
@@ -184,35 +218,44 @@ std::shared_ptr<Value> initValueOf(const std::string &name, const py::handle &va
   throw py::type_error("init value " + name + " must be bool, int, float or str");
 }
 
-// One host::Checker per calling thread over shared settings.
+// One host::Checker per calling thread over shared settings. A caller holds
+// its checker while it uses it, so close() on one thread never pulls a
+// module from under a run on another: the last holder unloads it.
 class CheckerPool {
  public:
   explicit CheckerPool(host::CheckSettings settings) : settings_(std::move(settings)) {}
 
   // Loads the module for the calling thread on first use; raises PlausiError
-  // with the loader's detail when it cannot be loaded. Callable with or
-  // without the GIL.
-  host::Checker *forThisThread() {
+  // with the loader's detail when it cannot be loaded, ValueError once the
+  // pool is closed. Callable with or without the GIL.
+  std::shared_ptr<host::Checker> forThisThread() {
     try {
       std::lock_guard<std::mutex> lock(mutex_);
-      std::unique_ptr<host::Checker> &checker = checkers_[std::this_thread::get_id()];
-      if (checker == nullptr) checker = std::make_unique<host::Checker>(settings_);
-      return checker.get();
+      if (closed_) throw py::value_error("the rule module is closed");
+      std::shared_ptr<host::Checker> &checker = checkers_[std::this_thread::get_id()];
+      if (checker == nullptr) checker = std::make_shared<host::Checker>(settings_);
+      return checker;
     } catch (const host::LoadError &e) {
       py::gil_scoped_acquire acquire;
       raisePlausiError(e, e.detail());
     }
   }
   void close() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    checkers_.clear();
+    std::unordered_map<std::thread::id, std::shared_ptr<host::Checker>> checkers;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      closed_ = true;
+      checkers.swap(checkers_);
+    }
+    // Unloaded here, without the lock, unless another thread still runs one.
   }
   host::CheckSettings &settings() { return settings_; }
 
  private:
   host::CheckSettings settings_;
   std::mutex mutex_;
-  std::unordered_map<std::thread::id, std::unique_ptr<host::Checker>> checkers_;
+  bool closed_ = false;
+  std::unordered_map<std::thread::id, std::shared_ptr<host::Checker>> checkers_;
 };
 
 // quorel.RuleModule: a rule module by library and name.
@@ -223,7 +266,8 @@ class RuleModule {
     settings.library = std::move(library);
     settings.module = std::move(module);
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
-    checker();  // fails now for a bad path or name
+    py::gil_scoped_release release;
+    pool_->forThisThread();  // fails now for a bad path or name
   }
 
   const std::string &library() const { return pool_->settings().library; }
@@ -233,15 +277,9 @@ class RuleModule {
     auto record = recordOfChecked(mapping);
     std::string function = encodeName(name);
     std::unique_ptr<Value> result;
-    try {
-      py::gil_scoped_release release;
-      host::Checker *runner = checker();
-      PlausiContext context(record.get());
-      runner->configure(&context);
-      result.reset(runner->plausi()->performFunction(function.c_str(), &context));
-    } catch (const PlausiException &e) {
-      raisePlausiError(e);
-    }
+    runOn(record.get(), [&](Plausi *plausi, PlausiContext *context) {
+      result.reset(plausi->performFunction(function.c_str(), context));
+    });
     return toPython(result.get());
   }
 
@@ -250,29 +288,41 @@ class RuleModule {
     auto record = recordOfChecked(mapping);
     std::string field = encodeName(name);
     std::vector<host::Problem> problems;
-    try {
-      py::gil_scoped_release release;
-      host::Checker *runner = checker();
-      PlausiContext context(record.get());
-      runner->configure(&context);
-      runner->plausi()->performFieldCheck(field.c_str(), &context);
-      host::collectProblems(context, &problems);
-    } catch (const PlausiException &e) {
-      raisePlausiError(e);
-    }
+    runOn(record.get(), [&](Plausi *plausi, PlausiContext *context) {
+      plausi->performFieldCheck(field.c_str(), context);
+      host::collectProblems(*context, &problems);
+    });
     return problems;
   }
 
-  void close() {
-    if (pool_ != nullptr) pool_->close();
-    closed_ = true;
-  }
+  // Unloads the module; a run on another thread finishes first.
+  void close() { pool_->close(); }
 
  private:
-  host::Checker *checker() {
-    if (closed_) throw py::value_error("the rule module is closed");
-    return pool_->forThisThread();
+  // Calls work(plausi, context) without the GIL, on a context of the record
+  // set up as the module's checks are; raises PlausiError or RuleError for
+  // what the rules threw.
+  template <typename Work>
+  void runOn(SimpleDataRecord *record, Work work) {
+    std::string thrown;
+    try {
+      py::gil_scoped_release release;
+      std::shared_ptr<host::Checker> runner = pool_->forThisThread();
+      PlausiContext context(record);
+      runner->configure(&context);
+      try {
+        work(runner->plausi(), &context);
+      } catch (const PlausiException &) {
+        throw;
+      } catch (...) {
+        thrown = thrownByRules();
+      }
+    } catch (const PlausiException &e) {
+      raisePlausiError(e);
+    }
+    if (!thrown.empty()) raiseRuleError(thrown);
   }
+
   static std::unique_ptr<SimpleDataRecord> recordOfChecked(const py::handle &mapping) {
     try {
       return recordOf(mapping);
@@ -283,7 +333,6 @@ class RuleModule {
   static std::string encodeName(const std::string &name) { return columnName(py::str(name)); }
 
   std::unique_ptr<CheckerPool> pool_;
-  bool closed_ = false;
 };
 
 // The problems of one record, or why it was not checked.
@@ -297,8 +346,11 @@ class Checker {
  public:
   Checker(const RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
           const py::dict &materials, const py::dict &init, std::optional<std::string> log, int logLevel,
-          bool strict)
+          bool strict, const std::string &encoding)
       : strict_(strict) {
+    if (!host::parseEncoding(encoding, &encoding_)) {
+      throw py::value_error("encoding " + encoding + " is not one of windows-1252, utf-8");
+    }
     host::CheckSettings settings;
     settings.library = module.library();
     settings.module = module.name();
@@ -319,8 +371,14 @@ class Checker {
       settings.logger = logger_.get();
     }
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
-    std::string unknownFlow = pool_->forThisThread()->checkFlow("flow=NAME");
+    std::shared_ptr<host::Checker> checker;
+    {
+      py::gil_scoped_release release;
+      checker = pool_->forThisThread();
+    }
+    std::string unknownFlow = checker->checkFlow("flow=\"NAME\"");
     if (!unknownFlow.empty()) throw py::value_error(host::toUtf8(unknownFlow.c_str()));
+    checkMaterials(checker->plausi(), materials);
   }
 
   Result check(const py::handle &mapping) {
@@ -337,6 +395,7 @@ class Checker {
       py::gil_scoped_release release;
       run(record.get(), &outcome);
     }
+    if (outcome.failed && !outcome.cppType.empty()) raiseRuleError(host::toUtf8(outcome.failure().c_str()));
     if (outcome.failed) {
       raisePlausiError(PlausiException(static_cast<ExceptionType>(outcome.exceptionType), outcome.message.c_str()));
     }
@@ -387,10 +446,12 @@ class Checker {
         std::string error;
         std::size_t c = 0;
         while (c < unread[r] && putCell(at[c], cells[r * width + c], &record, &error)) ++c;
+        // A frame has no lines: its rows are numbered from 1.
+        const host::Place place{static_cast<std::int64_t>(first + r) + 1, 0};
         if (c == width) {
-          checkRecord(static_cast<std::int64_t>(first + r), &record, &outcome, &frame);
+          checkRecord(static_cast<std::int64_t>(first + r), place, &record, &outcome, &frame);
         } else {
-          frame.addFailure(static_cast<std::int64_t>(first + r), c < unread[r] ? error : reasons[r]);
+          frame.addFailure(static_cast<std::int64_t>(first + r), place, c < unread[r] ? error : reasons[r]);
         }
       }
     }
@@ -411,7 +472,7 @@ class Checker {
       offset = 0;
       {
         py::gil_scoped_release release;
-        rows = host::CsvRowSource::open(text, &message);
+        rows = host::CsvRowSource::open(text, &message, encoding_);
       }
       if (rows == nullptr) throw py::value_error(message);
     }
@@ -426,15 +487,52 @@ class Checker {
       for (std::int64_t label = offset; rows->next(&row) && !(failed = rows->failed()); ++label) {
         SimpleDataRecord record;
         std::string error;
+        // A slice of a database counts on from its offset.
+        const host::Place place{label + 1, row.place.line};
         if (layout.fill(row, &record, &error)) {
-          checkRecord(label, &record, &outcome, &frame);
+          checkRecord(label, place, &record, &outcome, &frame);
         } else {
-          frame.addFailure(label, host::toUtf8(error.c_str()));
+          frame.addFailure(label, place, host::toUtf8(error.c_str()));
         }
       }
     }
-    if (failed) raiseDatabaseError("cannot read " + rows->name() + ": " + host::toUtf8(row.error.c_str()));
+    if (failed) {
+      std::string message = "cannot read " + rows->name() + ": " + host::toUtf8(row.error.c_str());
+      if (host::SqlSource::names(text)) raiseDatabaseError(message);
+      throw py::value_error(message);
+    }
     return frame.finish();
+  }
+
+  // For each column, whether it names a field whose value the record holds
+  // as text: a text, date or free field, or a number under a mask. A number
+  // column would lose the form of such texts (leading zeros, the mask's
+  // separators).
+  std::vector<bool> textFields(const py::list &names) {
+    std::shared_ptr<host::Checker> checker = pool_->forThisThread();
+    Plausi *plausi = checker->plausi();
+    Topic *root = plausi->getRootTopic();
+    PlausiContext context(nullptr);
+    RuntimeContext runtime(&context, plausi);
+    std::vector<bool> out;
+    for (const auto &name : names) {
+      std::string column = columnName(name);
+      std::size_t dot = column.find('.');
+      FieldDescriptor *field = nullptr;
+      if (root != nullptr && dot != std::string::npos && column.back() != '#' &&
+          column.compare(0, dot, root->getTypeDescriptor()->getFieldNameTopic()) == 0) {
+        try {
+          field = root->getField(&runtime, column.c_str() + dot + 1);
+        } catch (const PlausiException &) {
+          // names no field; ColumnCheck says so
+        }
+      }
+      TypeDescriptor *type = field != nullptr ? field->getTypeDescriptor() : nullptr;
+      FieldType kind = type != nullptr ? type->getFieldType() : FieldTypeTopic;
+      out.push_back(kind == FieldTypeText || kind == FieldTypeDate || kind == FieldTypeFree ||
+                    (type != nullptr && kind != FieldTypeTopic && type->getMask() != nullptr));
+    }
+    return out;
   }
 
  private:
@@ -442,9 +540,10 @@ class Checker {
   static constexpr std::size_t kChunk = 1024;
 
   // Checks a record into the frame; without the GIL.
-  void checkRecord(std::int64_t label, SimpleDataRecord *record, host::Outcome *outcome, ProblemColumns *frame) {
+  void checkRecord(std::int64_t label, const host::Place &place, SimpleDataRecord *record, host::Outcome *outcome,
+                   ProblemColumns *frame) {
     run(record, outcome);
-    frame->addOutcome(label, *outcome);
+    frame->addOutcome(label, place, *outcome);
   }
 
   // Opens rows [offset, offset + limit) of a database source; raises
@@ -492,11 +591,29 @@ class Checker {
     if (!faults.empty()) raiseRecordError(faults);
   }
 
+  // The materials given against those the module queries: ValueError for
+  // one missing (or, when strict, one it never queries), MaterialWarning for
+  // one it never queries.
+  void checkMaterials(Plausi *plausi, const py::dict &materials) {
+    std::vector<std::string> given;
+    for (const auto &item : materials) given.push_back(columnName(item.first));
+    host::MaterialFindings findings =
+        host::checkMaterials(plausi, pool_->settings().module, given, "materials={\"NAME\": ...}", strict_);
+    std::string errors;
+    for (const std::string &error : findings.errors) errors += (errors.empty() ? "" : "\n") + host::toUtf8(error.c_str());
+    if (!errors.empty()) throw py::value_error(errors);
+    for (const std::string &warning : findings.warnings) {
+      if (PyErr_WarnEx(materialWarningType.ptr(), host::toUtf8(warning.c_str()).c_str(), 2) != 0) {
+        throw py::error_already_set();
+      }
+    }
+  }
+
   // Runs without the GIL; a log is written by one thread at a time.
   void run(SimpleDataRecord *record, host::Outcome *outcome) {
-    host::Checker *checker = pool_->forThisThread();
-    if (logger_ == nullptr) return checker->check(record, outcome);
-    std::lock_guard<std::mutex> lock(logMutex_);
+    std::shared_ptr<host::Checker> checker = pool_->forThisThread();
+    std::unique_lock<std::mutex> lock(logMutex_, std::defer_lock);
+    if (logger_ != nullptr) lock.lock();
     checker->check(record, outcome);
   }
 
@@ -504,29 +621,37 @@ class Checker {
   void addMaterial(const py::handle &key, const py::handle &material) {
     std::string name = columnName(key);
     std::string shown = "material " + host::toUtf8(name.c_str()) + ": ";
-    static py::handle frameType = py::object(py::module_::import("pandas").attr("DataFrame")).release();
-    static py::handle pathType = py::object(py::module_::import("os").attr("PathLike")).release();
+    static Imported frameType("pandas", "DataFrame");
+    static Imported pathType("os", "PathLike");
     if (py::isinstance<py::str>(material) && host::SqlSource::names(material.cast<std::string>())) {
       host::SqlSource source = sourceOf(material.cast<std::string>(), shown);
 #ifdef QUOREL_HOST_SQL
       std::string message;
-      if (!databases_.addMaterial(name, source, &message)) raiseDatabaseError(message);  // names the material
+      bool added;
+      {
+        py::gil_scoped_release release;  // connects
+        added = databases_.addMaterial(name, source, &message);
+      }
+      if (!added) raiseDatabaseError(message);  // names the material
       router_.route(name, &databases_);
       usesDatabases_ = true;
 #endif
       return;
     }
     router_.route(name, &tables_);
-    if (py::isinstance<py::str>(material) || py::isinstance(material, pathType)) {
+    if (py::isinstance<py::str>(material) || py::isinstance(material, pathType.get())) {
       std::string file = py::str(py::module_::import("os").attr("fspath")(material)).cast<std::string>();
       std::string message;
-      auto source = host::CsvRowSource::open(file, &message);
-      if (source == nullptr || !tables_.load(name, source.get(), &message)) {
-        throw py::value_error(shown + message);
+      bool loaded;
+      {
+        py::gil_scoped_release release;
+        auto source = host::CsvRowSource::open(file, &message, encoding_);
+        loaded = source != nullptr && tables_.load(name, source.get(), &message);
       }
+      if (!loaded) throw py::value_error(shown + message);
       return;
     }
-    if (!py::isinstance(material, frameType)) {
+    if (!py::isinstance(material, frameType.get())) {
       throw py::type_error(shown + "must be a DataFrame, a CSV path or a connection string");
     }
     std::vector<Column> fields;
@@ -552,6 +677,8 @@ class Checker {
   }
 
   bool strict_;
+  // How CSV files without a byte-order mark are read.
+  host::FileEncoding encoding_ = host::FileEncoding::kWindows1252;
   // Why each column met so far names nothing the module reads ("" when it
   // names a field), as a warning's text.
   std::unordered_map<std::string, std::string> verdicts_;
@@ -578,6 +705,8 @@ PYBIND11_MODULE(_quorel, m) {
   recordErrorType = errors.attr("RecordError");
   columnWarningType = errors.attr("ColumnWarning");
   databaseErrorType = errors.attr("DatabaseError");
+  ruleErrorType = errors.attr("RuleError");
+  materialWarningType = errors.attr("MaterialWarning");
 
   py::class_<quorel::host::Problem>(m, "Problem", "One finding of a run.")
       .def_property_readonly("id", [](const quorel::host::Problem &p) { return decode(p.id); })
@@ -625,11 +754,12 @@ PYBIND11_MODULE(_quorel, m) {
 
   py::class_<Checker>(m, "Checker")
       .def(py::init<const RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
-                    std::optional<std::string>, int, bool>(),
+                    std::optional<std::string>, int, bool, const std::string &>(),
            py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
-           py::arg("log"), py::arg("log_level"), py::arg("strict"))
+           py::arg("log"), py::arg("log_level"), py::arg("strict"), py::arg("encoding"))
       .def("check", &Checker::check, py::arg("record"))
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"))
+      .def("_text_fields", &Checker::textFields, py::arg("names"))
       .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"));
   m.def("_count_rows", &countRows, py::arg("source"));
   // Whether a text is a connection string rather than a file's path.

@@ -1,5 +1,6 @@
 #include "problem_columns.h"
 
+#include <nlohmann/json.hpp>
 #include <pybind11/numpy.h>
 
 #include "quorel/host/encoding.h"
@@ -25,17 +26,20 @@ py::array_t<T> arrayOf(const std::deque<T> &values) {
   return arrayOf<T>(values, [](T value) { return value; });
 }
 
-py::object pythonOf(std::int32_t index) { return py::int_(index); }
+nlohmann::json jsonOf(std::int32_t index) { return index; }
+nlohmann::json jsonOf(const std::string &text) { return host::toUtf8(text.c_str()); }
+
 py::object pythonOf(const std::string &text) { return py::str(host::toUtf8(text.c_str())); }
+// A list as a problem table holds it: a JSON array.
 template <typename T>
 py::object pythonOf(const std::vector<T> &list) {
-  py::tuple tuple(list.size());
-  for (std::size_t i = 0; i < list.size(); ++i) tuple[i] = pythonOf(list[i]);
-  return std::move(tuple);
+  nlohmann::json array = nlohmann::json::array();
+  for (const T &entry : list) array.push_back(jsonOf(entry));
+  return py::str(array.dump());
 }
 
 // The codes and categories of a Categorical: each distinct value becomes a
-// Python object once (a str, or a tuple for a list), by make. Distinct
+// Python str once, by make. Distinct
 // Windows-1252 texts may decode to one str (the code page's undefined bytes
 // all become U+FFFD), and categories must be distinct, so codes are mapped
 // onto the distinct Python values.
@@ -66,47 +70,48 @@ py::tuple categorical(const Dictionary<Key, Hash> &values, const std::deque<std:
   return categorical(values, codes, [](const Key &key) { return pythonOf(key); });
 }
 
-py::tuple numbers(const std::deque<std::int32_t> &values, const std::deque<bool> &missing) {
+template <typename T>
+py::tuple numbers(const std::deque<T> &values, const std::deque<bool> &missing) {
   return py::make_tuple(arrayOf(values), arrayOf(missing));
 }
 
 }  // namespace
 
-void ProblemColumns::addOutcome(std::int64_t row, const host::Outcome &outcome) {
-  ++records_;
-  if (outcome.failed) {
-    ++failed_;
-    addErrorRow(row, host::toUtf8(outcome.failure().c_str()));
-  }
-  for (const host::Problem &problem : outcome.problems) addProblem(row, problem);
-  errorProblems_ += outcome.errors;
+void ProblemColumns::addOutcome(std::int64_t row, const host::Place &place, const host::Outcome &outcome) {
+  summary_.add(outcome.problems, outcome.errors, !outcome.failed);
+  if (outcome.failed) addFailureRow(row, place, host::toUtf8(outcome.failure().c_str()));
+  for (const host::Problem &problem : outcome.problems) addProblem(row, place, problem);
 }
 
-void ProblemColumns::addFailure(std::int64_t row, const std::string &message) {
-  ++records_;
-  ++failed_;
-  addErrorRow(row, message);
+void ProblemColumns::addFailure(std::int64_t row, const host::Place &place, const std::string &message) {
+  summary_.add({}, 0, false);
+  addFailureRow(row, place, message);
 }
 
-void ProblemColumns::addProblem(std::int64_t row, const host::Problem &p) {
+void ProblemColumns::addPlace(std::int64_t row, const host::Place &place) {
   rows_.push_back(row);
-  error_.addNone();
+  record_.add(place.record);
+  place.line > 0 ? line_.add(place.line) : line_.addNone();
+}
+
+void ProblemColumns::addProblem(std::int64_t row, const host::Place &place, const host::Problem &p) {
+  addPlace(row, place);
+  failure_.addNone();
   p.id ? id_.add(*p.id) : id_.addNone();
   type_.add(static_cast<std::int32_t>(p.type));
   weight_.add(p.weight);
-  p.text ? shortText_.add(*p.text) : shortText_.addNone();
-  p.details ? longText_.add(*p.details) : longText_.addNone();
+  p.text ? text_.add(*p.text) : text_.addNone();
+  p.details ? details_.add(*p.details) : details_.addNone();
   p.field.empty() ? field_.addNone() : field_.add(p.field);
   fieldIndices_.add(p.fieldIndices);
   accessed_.add(p.accessed);
   sections_.add(p.sections);
-  ++problems_;
 }
 
-void ProblemColumns::addErrorRow(std::int64_t row, const std::string &message) {
-  rows_.push_back(row);
-  error_.add(message);
-  for (Texts *texts : {&id_, &shortText_, &longText_, &field_}) texts->addNone();
+void ProblemColumns::addFailureRow(std::int64_t row, const host::Place &place, const std::string &message) {
+  addPlace(row, place);
+  failure_.add(message);
+  for (Texts *texts : {&id_, &text_, &details_, &field_}) texts->addNone();
   type_.addNone();
   weight_.addNone();
   fieldIndices_.add({});
@@ -117,19 +122,22 @@ void ProblemColumns::addErrorRow(std::int64_t row, const std::string &message) {
 py::dict ProblemColumns::finish() const {
   py::dict out;
   out["row"] = arrayOf(rows_);
+  out["record"] = numbers(record_.values, record_.missing);
+  out["line"] = numbers(line_.values, line_.missing);
   out["id"] = categorical(id_.values, id_.codes);
   out["type"] = numbers(type_.values, type_.missing);
   out["weight"] = numbers(weight_.values, weight_.missing);
-  out["short_text"] = categorical(shortText_.values, shortText_.codes);
-  out["long_text"] = categorical(longText_.values, longText_.codes);
+  out["text"] = categorical(text_.values, text_.codes);
+  out["details"] = categorical(details_.values, details_.codes);
   out["field"] = categorical(field_.values, field_.codes);
   out["field_indices"] = categorical(fieldIndices_.values, fieldIndices_.codes);
-  out["accessed_fields"] = categorical(accessed_.values, accessed_.codes);
+  out["accessed"] = categorical(accessed_.values, accessed_.codes);
   out["sections"] = categorical(sections_.values, sections_.codes);
   // Messages of rows not checked are UTF-8 already.
-  out["error"] = categorical(error_.values, error_.codes, [](const std::string &text) { return py::str(text); });
-  out["summary"] = py::dict(py::arg("records") = records_, py::arg("problems") = problems_,
-                            py::arg("errors") = errorProblems_, py::arg("failed") = failed_);
+  out["failure"] = categorical(failure_.values, failure_.codes, [](const std::string &text) { return py::str(text); });
+  out["summary"] = py::dict(py::arg("records") = summary_.records, py::arg("checked") = summary_.checked(),
+                            py::arg("not_checked") = summary_.notChecked, py::arg("problems") = summary_.problems,
+                            py::arg("errors") = summary_.errors);
   return out;
 }
 

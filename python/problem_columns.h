@@ -4,9 +4,11 @@
 // The texts of problems repeat from record to record (ids, texts, field
 // names, section trails), so each such column keeps the distinct values it
 // has met, in order of first appearance, and one code per row. finish()
-// makes each distinct value a Python object once (a str, or a tuple for a
-// list), as the categories of a pandas Categorical. That keeps the frame
-// small to build, to ship between processes and to concatenate.
+// makes each distinct value a Python str once, as the categories of a
+// pandas Categorical; a list becomes the text of a JSON array, as a problem
+// table holds it, so that the frame goes on as any frame of texts
+// (astype(str), to_sql). That keeps the frame small to build, to ship
+// between processes and to concatenate.
 //
 // Columns grow in blocks (std::deque) rather than by doubling and copying:
 // a cluster's workers run with a low malloc trim threshold, under which
@@ -29,6 +31,8 @@
 
 #include "quorel/host/checker.h"
 #include "quorel/host/problem.h"
+#include "quorel/host/row_source.h"
+#include "quorel/host/summary.h"
 
 namespace quorel {
 namespace python {
@@ -63,19 +67,20 @@ struct ListHash {
 
 class ProblemColumns {
  public:
-  // A checked row: its label (a position in the input), and what checking
-  // it gave. A run that ended in an exception gives an error row before its
-  // problems.
-  void addOutcome(std::int64_t row, const host::Outcome &outcome);
+  // A checked row: its label (a position in the input), its place in the
+  // source, and what checking it gave. A run that ended in an exception
+  // gives a failure row before its problems.
+  void addOutcome(std::int64_t row, const host::Place &place, const host::Outcome &outcome);
   // A row that could not be checked; message in UTF-8.
-  void addFailure(std::int64_t row, const std::string &message);
+  void addFailure(std::int64_t row, const host::Place &place, const std::string &message);
 
-  // The columns (GIL held): "row" (int64 array of labels); for each text or
-  // list column and "error" a pair (codes, -1 for none, in the integer type
-  // that pandas keeps for that many categories; list of the categories, str
-  // or tuple); for "type" and "weight" a pair (int32 values, bool mask of
-  // missing ones); and "summary" (a dict of the counts records, problems,
-  // errors, failed).
+  // The columns (GIL held), by the names of host::kProblemColumns: "row"
+  // (int64 array of labels); for "record", "line" (0 for none), "type" and
+  // "weight" a pair (values, int64 or int32, bool mask of missing ones); for
+  // each text or list column a pair (codes, -1 for none, in the integer type
+  // that pandas keeps for that many categories; list of the categories,
+  // str); and "summary" (a dict of the counts records, checked, not_checked,
+  // problems, errors).
   pybind11::dict finish() const;
 
  private:
@@ -94,12 +99,12 @@ class ProblemColumns {
     std::deque<std::int32_t> codes;
     void add(const std::vector<T> &list) { codes.push_back(values.codeOf(list)); }
   };
-  // A column of whole numbers (32 bits, as the library gives them) that may
-  // be missing.
+  // A column of whole numbers that may be missing.
+  template <typename T>
   struct Numbers {
-    std::deque<std::int32_t> values;
+    std::deque<T> values;
     std::deque<bool> missing;
-    void add(std::int32_t number) {
+    void add(T number) {
       values.push_back(number);
       missing.push_back(false);
     }
@@ -109,16 +114,18 @@ class ProblemColumns {
     }
   };
 
-  void addProblem(std::int64_t row, const host::Problem &problem);
-  // An error row: no problem attributes, empty lists.
-  void addErrorRow(std::int64_t row, const std::string &message);
+  void addPlace(std::int64_t row, const host::Place &place);
+  void addProblem(std::int64_t row, const host::Place &place, const host::Problem &problem);
+  // A failure row: no problem attributes, empty lists.
+  void addFailureRow(std::int64_t row, const host::Place &place, const std::string &message);
 
   std::deque<std::int64_t> rows_;
-  Texts id_, shortText_, longText_, field_, error_;
-  Numbers type_, weight_;
+  Numbers<std::int64_t> record_, line_;
+  Texts id_, text_, details_, field_, failure_;
+  Numbers<std::int32_t> type_, weight_;
   Lists<std::int32_t> fieldIndices_;
   Lists<std::string> accessed_, sections_;
-  std::int64_t records_ = 0, problems_ = 0, errorProblems_ = 0, failed_ = 0;
+  host::Summary summary_;
 };
 
 }  // namespace python

@@ -1,35 +1,43 @@
 """Plausibility checks of records with rule modules of the quorel library.
 
 >>> module = quorel.RuleModule("libquorel_antrag_rules.so", "Antrag")
->>> problems = quorel.check_frame(df, module, flow="Pruefung", materials={"Gemeinden": "gemeinden.csv"})
+>>> problems = quorel.check_frame(df, module, materials={"Gemeinden": "gemeinden.csv"})  # flow Pruefung, the first
 >>> problems = quorel.check_frame("sqlite:antraege.db?table=antraege", module,
 ...                               materials={"Gemeinden": "sqlite:register.db?table=gemeinden"})
 """
 
 import os
+import warnings
 
-from ._errors import ColumnWarning, DatabaseError, PlausiError, RecordError
+from ._errors import ColumnWarning, DatabaseError, MaterialWarning, PlausiError, RecordError, RuleError
 from . import _quorel
 from ._quorel import Problem, Result, RuleModule
 
-__all__ = ["Checker", "ColumnWarning", "DatabaseError", "PlausiError", "Problem", "RecordError", "Result",
-           "RuleModule", "check_frame", "PROBLEM_COLUMNS"]
+__all__ = ["Checker", "ColumnWarning", "DatabaseError", "MaterialWarning", "PlausiError", "Problem", "RecordError",
+           "Result", "RuleError", "RuleModule", "check_frame", "PROBLEM_COLUMNS"]
 
-# The columns of a problem frame, in order; its index holds the label of the
-# input row of each problem.
-PROBLEM_COLUMNS = ["id", "type", "weight", "short_text", "long_text", "field", "field_indices",
-                   "accessed_fields", "sections", "error"]
+# The columns of a problem frame, in order, as quorel-check's JSON Lines and
+# problem tables name them; its index holds the label of the input row of
+# each problem.
+PROBLEM_COLUMNS = ["record", "line", "id", "type", "weight", "text", "details", "field", "field_indices",
+                   "accessed", "sections", "failure"]
 
 
 class Checker:
     """Checks records with a rule module.
 
-    module: a RuleModule. flow: the flow to run (None: the module's default).
-    weight_level: the problem weight level handed to the rules. materials:
-    {name: pandas.DataFrame, CSV path or connection string}, columns named
-    by hierarchy text; a database material is queried where it lies (see
-    check_frame for connection strings; DatabaseError when it cannot be
-    opened).
+    module: a RuleModule. flow: the flow to run; None runs the first flow
+    the module declares, and for a module that declares none raises
+    ValueError, since nothing would be checked. weight_level: the problem
+    weight level handed to the rules. materials: {name: pandas.DataFrame,
+    CSV path or connection string}, columns named by hierarchy text; a
+    database material is queried where it lies (see check_frame for
+    connection strings; DatabaseError when it cannot be opened). A material
+    that the module queries must be given (ValueError); one that it never
+    queries gives a MaterialWarning (ValueError with strict=True).
+    encoding: how CSV files (records and materials) without a byte-order
+    mark are read, "windows-1252" or "utf-8"; one with a UTF-8 byte-order
+    mark is UTF-8.
     init: {name: bool, int, float or str}. log, log_level: a log file of the
     runs and its level (0 off ... 6 debug); with a log, runs on several
     threads take turns. A flow that a module declaring its flows does not
@@ -42,18 +50,21 @@ class Checker:
     """
 
     def __init__(self, module, flow=None, weight_level=1, materials=None, init=None, log=None, log_level=4,
-                 strict=False):
+                 strict=False, encoding="windows-1252"):
         if not isinstance(module, RuleModule):
             raise TypeError("module must be a quorel.RuleModule")
         self.module = module
+        self._number_columns = set()  # number columns looked at
         self._engine = _quorel.Checker(module, flow, int(weight_level), dict(materials or {}), dict(init or {}),
-                                       None if log is None else str(log), int(log_level), bool(strict))
+                                       None if log is None else str(log), int(log_level), bool(strict),
+                                       str(encoding))
 
     def check(self, record):
         """Checks one record, a mapping of hierarchy texts to values, and
         gives a Result. Raises RecordError for a value that cannot be a field
-        (and with strict=True for a key that names no field) and PlausiError
-        when the rules fail."""
+        (and with strict=True for a key that names no field), PlausiError
+        when the rules fail with the library's exception and RuleError when
+        they throw a C++ exception of their own."""
         return self._engine.check(record)
 
     def check_frame(self, records):
@@ -66,10 +77,29 @@ class Checker:
             raise TypeError("records must be a pandas DataFrame, a CSV path or a connection string, not %s"
                             % type(records).__name__)
         names = [str(c) for c in records.columns]
+        self._warn_number_columns(records, names)
         columns = [records[c].tolist() for c in records.columns]
         out = self._engine._check_columns(names, columns)
         rows = out["row"]
         return _problem_frame(out, records.index[rows] if len(rows) else records.index[:0])
+
+    def _warn_number_columns(self, records, names):
+        """A ColumnWarning, once per column, for a column of numbers whose
+        field the rules read as text: a frame read without dtype=str has
+        made 00340220 the number 340220, and the text is not to be had."""
+        import pandas as pd
+        numbers = [i for i, c in enumerate(records.columns)
+                   if names[i] not in self._number_columns and pd.api.types.is_numeric_dtype(records[c])
+                   and not pd.api.types.is_bool_dtype(records[c]) and records[c].notna().any()]
+        if not numbers:
+            return
+        texts = self._engine._text_fields([names[i] for i in numbers])
+        for i, text in zip(numbers, texts):
+            self._number_columns.add(names[i])
+            if text:
+                warnings.warn("column %s holds numbers (%s) where the rules read a text, so leading zeros and "
+                              "the form of the text are lost: read the records with dtype=str"
+                              % (names[i], records.dtypes.iloc[i]), ColumnWarning, stacklevel=4)
 
     def _check_rows(self, source, offset, limit):
         """The problems of rows [offset, offset + limit) of a database source
@@ -80,17 +110,17 @@ class Checker:
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
 
 
-# Columns of Int32; the values of all others repeat from problem to problem:
-# Categoricals of texts, and of tuples for the lists.
-_NUMBER_COLUMNS = ("type", "weight")
+# Columns of whole numbers, Int64 and Int32; the values of all others repeat
+# from problem to problem: Categoricals of texts (a list as a JSON array).
+_NUMBER_COLUMNS = {"record": "int64", "line": "int64", "type": "int32", "weight": "int32"}
 
 
 def _empty_frame(index):
     """A problem frame without rows, with the index type of index."""
     import numpy as np
-    out = {name: (np.empty(0, np.int32), np.empty(0, bool)) if name in _NUMBER_COLUMNS else (np.empty(0, np.int8), [])
-           for name in PROBLEM_COLUMNS}
-    out["summary"] = {"records": 0, "problems": 0, "errors": 0, "failed": 0}
+    out = {name: (np.empty(0, _NUMBER_COLUMNS[name]), np.empty(0, bool)) if name in _NUMBER_COLUMNS
+           else (np.empty(0, np.int8), []) for name in PROBLEM_COLUMNS}
+    out["summary"] = {"records": 0, "checked": 0, "not_checked": 0, "problems": 0, "errors": 0}
     return _problem_frame(out, index[:0])
 
 
@@ -103,7 +133,7 @@ def _problem_frame(out, index):
             columns[name] = pd.arrays.IntegerArray(values, missing)
         else:
             codes, categories = out[name]
-            categories = pd.Index(categories, dtype=object, tupleize_cols=False)
+            categories = pd.Index(categories, dtype=object)
             columns[name] = pd.Categorical.from_codes(codes, categories=categories)
     frame = pd.DataFrame(columns, index=index, copy=False)
     frame.attrs["summary"] = out["summary"]
@@ -113,11 +143,14 @@ def _problem_frame(out, index):
 def check_frame(records, module, **options):
     """Checks every row of the records (columns named by hierarchy text) and
     gives a DataFrame of problems, one row per problem, indexed by the label
-    of the input row, with the columns PROBLEM_COLUMNS. type and weight are
-    Int32; the others are Categoricals, since their values repeat from
-    problem to problem: texts, and for field_indices, accessed_fields and
-    sections tuples (frame["sections"].astype(object).explode() gives one
-    row per entry).
+    of the input row, with the columns PROBLEM_COLUMNS, named and meant as
+    in quorel-check's JSON Lines and problem tables. record (the row's
+    number in its source, from 1) and line (of a CSV file; missing
+    elsewhere) are Int64, type and weight Int32; the others are
+    Categoricals of texts, since their values repeat from problem to
+    problem, with field_indices, accessed and sections as JSON arrays
+    (frame["sections"].astype(str).map(json.loads).explode() gives one row
+    per entry).
 
     records is a pandas DataFrame; or the path of a CSV file, read as
     quorel-check reads it (";" or "," between cells, Windows-1252, an empty
@@ -131,10 +164,14 @@ def check_frame(records, module, **options):
     connection) raises DatabaseError.
 
     A row that could not be checked (a text outside Windows-1252, a bad
-    array size, a cell that cannot be a field, an exception of the rules, a
-    material that cannot be queried) gives a row whose "error" says why. The counts are in
-    frame.attrs["summary"]: records, problems, errors (problems of type 1),
-    failed (rows not checked). options are those of Checker; a column that
+    array size, a cell that cannot be a field, an exception of the rules,
+    the library's or a C++ exception of their own, a material that cannot be
+    queried) gives a row whose "failure" says why; the other rows are still
+    checked. A CSV file that fails while it is read raises ValueError naming
+    the file and the line reached. The counts are in
+    frame.attrs["summary"]: records (read), checked, not_checked (records =
+    checked + not_checked), problems, errors (problems of type 1). options
+    are those of Checker; a column that
     names no field warns (ColumnWarning), or with strict=True raises
     RecordError before any row is checked."""
     return Checker(module, **options).check_frame(records)

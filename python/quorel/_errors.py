@@ -33,3 +33,16 @@ class DatabaseError(ValueError):
     malformed string, a database, table, column or query that cannot be
     opened or read, or a connection lost while records were read. The
     message names the database and the table or column."""
+
+
+class RuleError(RuntimeError):
+    """A C++ exception of a rule module's own (std::invalid_argument from
+    std::stoi in rule code, std::bad_alloc), not one of the library's: the
+    message gives its C++ type and text. check() raises it; check_frame makes
+    it an error row of that record and goes on."""
+
+
+class MaterialWarning(UserWarning):
+    """A material that was given but that the rule module never queries
+    (a misspelt name, say): it is never read. With strict=True it is a
+    ValueError instead."""

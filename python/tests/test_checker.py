@@ -3,6 +3,7 @@ every problem attribute, errors and threads."""
 import concurrent.futures
 import json
 import os
+import sqlite3
 import subprocess
 
 import pandas as pd
@@ -18,25 +19,36 @@ def expected_problems(data_dir):
     return [json.loads(line) for line in lines if '"summary"' not in line]
 
 
-def test_frame_gives_the_problems_of_the_command_line_tool(module, antraege, gemeinden, data_dir):
+def test_frame_gives_the_problems_of_the_command_line_tool(module, antraege, gemeinden, data_dir, tmp_path):
     frame = quorel.check_frame(antraege, module, flow="Pruefung", materials={"Gemeinden": gemeinden})
     expected = expected_problems(data_dir)
+    # The keys of quorel-check's JSON Lines, with the same values; a frame has no lines.
+    assert quorel.PROBLEM_COLUMNS == list(expected[0])
     assert list(frame.columns) == quorel.PROBLEM_COLUMNS
     assert len(frame) == len(expected)
     for (label, row), want in zip(frame.iterrows(), expected):
-        assert label == want["line"] - 2
-        assert (row["id"], row["type"], row["weight"]) == (want["id"], want["type"], want["weight"])
-        assert (row["short_text"], row["long_text"]) == (want["text"], want["details"])
-        assert (None if pd.isna(row["field"]) else row["field"]) == want["field"]
-        assert row["accessed_fields"] == tuple(want["accessed"])
-        assert row["sections"] == tuple(want["sections"])
-        assert pd.isna(row["error"])
-    assert frame.attrs["summary"] == {"records": 3, "problems": len(expected), "errors": 7, "failed": 0}
-    # Repeated values are categories in order of first appearance, lists tuples.
-    assert [c for c in frame.columns if frame[c].dtype != "category"] == ["type", "weight"]
+        assert label == want["record"] - 1
+        assert pd.isna(row["line"])
+        for name in quorel.PROBLEM_COLUMNS[2:]:
+            value = None if pd.isna(row[name]) else row[name]
+            assert (json.loads(value) if name in ("field_indices", "accessed", "sections") else value) == want[name]
+    assert frame["record"].tolist() == [want["record"] for want in expected]
+    from_file = quorel.check_frame(os.path.join(data_dir, "antraege.csv"), module, materials={"Gemeinden": gemeinden})
+    assert from_file["line"].tolist() == [want["line"] for want in expected]
+    assert frame.attrs["summary"] == {"records": 3, "checked": 3, "not_checked": 0, "problems": len(expected),
+                                      "errors": 7}
+    # Repeated values are categories in order of first appearance.
+    assert [c for c in frame.columns if frame[c].dtype != "category"] == ["record", "line", "type", "weight"]
     assert frame["id"].cat.categories.is_unique and frame["id"].cat.categories[0] == frame["id"].iloc[0]
     trail = expected[0]["sections"]
-    assert frame["sections"].astype(object).explode().iloc[:len(trail)].tolist() == trail
+    assert frame["sections"].astype(str).map(json.loads).explode().iloc[:len(trail)].tolist() == trail
+    # The frame goes on as any frame of texts and numbers.
+    assert frame.astype(str)["sections"].iloc[0] == json.dumps(trail, ensure_ascii=False, separators=(",", ":"))
+    with sqlite3.connect(tmp_path / "problems.db") as connection:
+        frame.to_sql("problems", connection, index=False)
+        stored = pd.read_sql("SELECT * FROM problems", connection)
+    assert stored["accessed"].tolist() == frame["accessed"].astype(str).tolist()
+    assert stored["record"].tolist() == frame["record"].tolist()
 
 
 def test_a_csv_path_gives_what_its_dataframe_gives(module, gemeinden, data_dir, tmp_path):
@@ -44,16 +56,19 @@ def test_a_csv_path_gives_what_its_dataframe_gives(module, gemeinden, data_dir, 
     path = os.path.join(data_dir, "antraege.csv")
     from_path = checker.check_frame(path)
     from_frame = checker.check_frame(pd.read_csv(path, sep=";", dtype=str, encoding="cp1252"))
-    pd.testing.assert_frame_equal(from_path, from_frame)
+    # A file has lines, a frame none.
+    pd.testing.assert_frame_equal(from_path.drop(columns="line"), from_frame.drop(columns="line"))
     assert from_path.attrs["summary"] == from_frame.attrs["summary"]
     # The file's own faults are error rows, labelled by row number; the other rows are checked.
     broken = checker.check_frame(os.path.join(data_dir, "kaputt.csv"))
-    errors = broken[broken["error"].notna()]
+    errors = broken[broken["failure"].notna()]
     assert list(errors.index) == [1, 2]
-    assert errors["error"].iloc[0].startswith("the size Antrag.Kinder#")
-    assert errors[["id", "type", "weight", "short_text", "field"]].isna().all().all()
-    assert errors["sections"].tolist() == [(), ()]
-    assert broken.attrs["summary"] == {"records": 3, "problems": len(broken) - 2, "errors": 0, "failed": 2}
+    assert errors["failure"].iloc[0].startswith("the size Antrag.Kinder#")
+    assert (errors["record"].tolist(), errors["line"].tolist()) == ([2, 3], [3, 4])
+    assert errors[["id", "type", "weight", "text", "field"]].isna().all().all()
+    assert errors["sections"].tolist() == ["[]", "[]"]
+    assert broken.attrs["summary"] == {"records": 3, "checked": 1, "not_checked": 2, "problems": len(broken) - 2,
+                                       "errors": 0}
     with pytest.raises(ValueError, match="missing.csv"):
         checker.check_frame(str(tmp_path / "missing.csv"))
     with pytest.raises(TypeError):
@@ -85,7 +100,8 @@ def test_result_and_problem_attributes(module, antraege, gemeinden):
     assert (first.id, first.type, first.weight) == ("ANT-01", 1, 3)
     assert first.short_text == "Die Antragsnummer hat nicht die Form AA-123456."
     assert first.accessed_fields == ["Antrag.Antragsnummer"]
-    clean = quorel.Checker(module, flow="Schnellpruefung").check(antraege.iloc[0].to_dict())
+    clean = quorel.Checker(module, flow="Schnellpruefung", materials={"Gemeinden": gemeinden}).check(
+        antraege.iloc[0].to_dict())
     assert clean.ok
     # Numbers, truth values and missing values are fields too.
     record = {"Antrag.Betrag": 20000.5, "Antrag.Kinder#": 0, "Antrag.Einkommen#": 1.0,
@@ -124,12 +140,12 @@ def test_errors_and_bad_input(module, antrag_library, antraege, gemeinden, tmp_p
     frame.loc[2, "Antrag.Kinder#"] = "zwei"
     frame.loc[2, "Antrag.Kinder[1].Vorname"] = "\u0141ukasz"
     problems = quorel.check_frame(frame, module, flow="Pruefung", materials={"Gemeinden": gemeinden})
-    errors = problems[problems["error"].notna()]
+    errors = problems[problems["failure"].notna()]
     assert list(errors.index) == [1, 2]
-    assert "Antrag.Antragsteller.Name" in errors["error"].iloc[0]
-    assert "Antrag.Kinder#" in errors["error"].iloc[1] and "zwei" in errors["error"].iloc[1]
+    assert "Antrag.Antragsteller.Name" in errors["failure"].iloc[0]
+    assert "Antrag.Kinder#" in errors["failure"].iloc[1] and "zwei" in errors["failure"].iloc[1]
     assert set(problems.index) == {1, 2}
-    assert problems.attrs["summary"]["failed"] == 2
+    assert problems.attrs["summary"]["not_checked"] == 2
     module.close()
     with pytest.raises(ValueError):
         module.perform_function("Alter", {})

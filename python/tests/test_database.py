@@ -133,15 +133,15 @@ def test_umlauts_nulls_and_cells_that_cannot_be_fields(db, module):
                          ("Antrag.Adresse.Ort", "TEXT")],
               [["\u0141ukasz", "0", "K\u00f6ln"], ["M\u00fcller", "viele", None], [None, None, "Stra\u00dfe"]])
     frame = checker.check_frame(db.url(table="kaputt"))
-    errors = frame[frame["error"].notna()]
+    errors = frame[frame["failure"].notna()]
     assert list(errors.index) == [0, 1]
-    assert "kaputt" in errors["error"][0] and "Antrag.Antragsteller.Name" in errors["error"][0]
-    assert "viele" in errors["error"][1]
+    assert "kaputt" in errors["failure"][0] and "Antrag.Antragsteller.Name" in errors["failure"][0]
+    assert "viele" in errors["failure"][1]
     assert "PER-01" in list(frame.loc[2, "id"])  # the name is missing
-    assert frame.attrs["summary"]["records"] == 3 and frame.attrs["summary"]["failed"] == 2
+    assert frame.attrs["summary"]["records"] == 3 and frame.attrs["summary"]["not_checked"] == 2
 
 
-def test_sources_that_cannot_be_read_raise(db, module, antraege, tmp_path):
+def test_sources_that_cannot_be_read_raise(db, module, antraege, gemeinden, tmp_path):
     store_antraege(db, antraege)
     bad = [db.url(table="fehlt"), db.url(query="SELEKT 1"), db.url(table="antraege", order="fehlt")]
     if db.backend == "sqlite":
@@ -153,13 +153,13 @@ def test_sources_that_cannot_be_read_raise(db, module, antraege, tmp_path):
                              "WHERE n < 4000 OR pg_terminate_backend(pg_backend_pid())")]
     for source in bad:
         with pytest.raises(quorel.DatabaseError) as error:
-            quorel.check_frame(source, module, flow="Pruefung")
+            quorel.check_frame(source, module, flow="Pruefung", materials={"Gemeinden": gemeinden})
         assert isinstance(error.value, ValueError)
         assert str(error.value)
     with pytest.raises(quorel.DatabaseError, match="Gemeinden.*fehlt"):
         quorel.Checker(module, materials={"Gemeinden": db.url(table="fehlt")})
     with pytest.raises(TypeError):
-        quorel.check_frame(42, module)
+        quorel.check_frame(42, module, materials={"Gemeinden": gemeinden})
     # A material without the column that a rule filters on fails the run:
     # PlausiError from check, an error row from check_frame.
     db.create("ohne_ort", [("plz", "TEXT")], [["80331"]])
@@ -169,4 +169,4 @@ def test_sources_that_cannot_be_read_raise(db, module, antraege, tmp_path):
         checker.check(record)
     assert error.value.type == 6 and "ohne_ort" in error.value.message
     frame = checker.check_frame(pd.DataFrame([record]))
-    assert frame["error"].iloc[0].startswith("exception 6")
+    assert frame["failure"].iloc[0].startswith("exception 6")

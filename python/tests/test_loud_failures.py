@@ -30,7 +30,7 @@ def test_umfrage_frame_gives_what_the_command_line_tool_gives(umfrage, umfragen,
     assert list(frame["id"]) == ["UMF-01", "UMF-02", "UMF-03", "UMF-04", "UMF-05", "UMF-06", "UMF-06"]
     for _, row in frame.iterrows():
         assert "line 3: %s %s (weight %d): %s" % ("hint" if row["type"] == 2 else "error", row["id"],
-                                                   row["weight"], row["short_text"]) in expected
+                                                   row["weight"], row["text"]) in expected
     assert list(frame["field"])[-2:] == ["Umfrage.Antworten[0].Note", "Umfrage.Antworten[2].Note"]
 
 

@@ -1,0 +1,201 @@
+"""Faults that once passed without a word: no flow named, a rule's own C++
+exception, numbers that lost digits on the way, a material nobody queries,
+and races of threads on the module (each in a process of its own, so that a
+hang or a crash fails the test instead of the run)."""
+import os
+import subprocess
+import sys
+import textwrap
+import warnings
+
+import numpy as np
+import pandas as pd
+import pytest
+
+import quorel
+
+
+@pytest.fixture
+def stoerfall():
+    library = os.environ.get("QUOREL_STOERFALL_MODULE")
+    if not library:
+        pytest.skip("QUOREL_STOERFALL_MODULE is not set: run the tests through CTest")
+    m = quorel.RuleModule(library, "Stoerfall")
+    yield m
+    m.close()
+
+
+def test_without_a_flow_the_first_declared_runs_or_the_checker_is_refused(module, antraege, gemeinden, stoerfall):
+    materials = {"Gemeinden": gemeinden}
+    default = quorel.check_frame(antraege, module, materials=materials)
+    pd.testing.assert_frame_equal(default, quorel.check_frame(antraege, module, flow="Pruefung", materials=materials))
+    assert default.attrs["summary"]["problems"] > 0
+    assert not quorel.Checker(module, materials=materials).check(antraege.iloc[2].to_dict()).ok
+    # A module that declares no flows would run nothing.
+    for make in (lambda: quorel.Checker(stoerfall), lambda: quorel.check_frame(pd.DataFrame(), stoerfall)):
+        with pytest.raises(ValueError, match=r'module Stoerfall declares no flows.*flow="NAME"$'):
+            make()
+    assert quorel.Checker(stoerfall, flow="Irgendeiner").check({"Stoerfall.Text": "a"}).problems[0].id == "ST-01"
+
+
+def test_a_rules_own_exception_fails_its_record_and_the_others_are_checked(stoerfall):
+    checker = quorel.Checker(stoerfall, flow="Pruefung")
+    frame = pd.DataFrame({"Stoerfall.Anlass": ["stoi", "", "alloc", "int", None],
+                          "Stoerfall.Text": ["zwei", "a", "b", "c", "d"]})
+    problems = checker.check_frame(frame)
+    assert problems["failure"].tolist()[:4] == [
+        "exception std::invalid_argument: stoi", np.nan, "exception std::bad_alloc: std::bad_alloc",
+        "exception of an unknown type: not derived from std::exception"]
+    assert list(problems.index) == [0, 1, 2, 3, 4]
+    assert list(problems["id"].iloc[[1, 4]]) == ["ST-01", "ST-01"]
+    assert problems.attrs["summary"] == {"records": 5, "checked": 2, "not_checked": 3, "problems": 2, "errors": 2}
+    with pytest.raises(quorel.RuleError, match="^exception std::invalid_argument: stoi$"):
+        checker.check({"Stoerfall.Anlass": "stoi", "Stoerfall.Text": "zwei"})
+    assert checker.check({"Stoerfall.Anlass": "stoi", "Stoerfall.Text": "2"}).problems[0].id == "ST-01"
+
+
+def test_numbers_reach_the_rules_as_their_text_would(stoerfall):
+    text = lambda value: stoerfall.perform_function("Text", {"Stoerfall.Text": value})  # noqa: E731
+    for number in (12345678901234567, 2 ** 63 - 1, -2 ** 63, 2 ** 70, np.int64(2 ** 62 + 1)):
+        assert text(number) == str(int(number))
+    assert (text(0.1), text(-2.5), text(1e20), text(3.0)) == ("0,1", "-2,5", "100000000000000000000", "3")
+    zahl = lambda value: stoerfall.perform_function("Zahl", {"Stoerfall.Zahl": value})  # noqa: E731
+    assert (zahl(3.0), zahl(np.float64(42)), zahl(-7)) == (3, 42, -7)
+    # A fraction in a whole-number field is inconvertible, as its text is.
+    checker = quorel.Checker(stoerfall, flow="Pruefung")
+    frame = checker.check_frame(pd.DataFrame({"Stoerfall.Zahl": [3.5, 2.999, "3,5", 3.0]}))
+    errors = frame["failure"].dropna()
+    assert list(errors.index) == [0, 1, 2] and errors.nunique() == 1 and errors.iloc[0].startswith("exception 8")
+    assert frame.loc[3, "details"] == "3"
+
+
+def test_a_number_column_for_a_text_field_warns_once(module, data_dir, gemeinden):
+    path = os.path.join(data_dir, "antraege.csv")
+    numbers = pd.read_csv(path, sep=";", encoding="cp1252")  # no dtype=str: PLZ 01067 became 1067
+    assert numbers["Antrag.Adresse.PLZ"].dtype == "int64"
+    checker = quorel.Checker(module, materials={"Gemeinden": gemeinden})
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        checker.check_frame(numbers)
+        checker.check_frame(numbers)
+    # Not for a size (Antrag.Kinder#) nor for a column without a value.
+    assert [str(w.message) for w in caught] == [
+        "column Antrag.Adresse.PLZ holds numbers (int64) where the rules read a text, so leading zeros and the "
+        "form of the text are lost: read the records with dtype=str"]
+    assert caught[0].category is quorel.ColumnWarning
+
+
+def test_materials_are_checked_against_those_the_module_queries(module, gemeinden):
+    with pytest.raises(ValueError, match=r'module Antrag queries the material Gemeinden, which is not given: pass '
+                                         r'materials=\{"Gemeinden": \.\.\.\}'):
+        quorel.Checker(module)
+    message = r"material Regionen is given, but module Antrag queries no material of that name \(its materials: Gemeinden\)"
+    with pytest.warns(quorel.MaterialWarning, match=message):
+        quorel.Checker(module, materials={"Gemeinden": gemeinden, "Regionen": gemeinden})
+    with pytest.raises(ValueError, match=message):
+        quorel.Checker(module, materials={"Gemeinden": gemeinden, "Regionen": gemeinden}, strict=True)
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        quorel.Checker(module, materials={"Gemeinden": gemeinden}, strict=True)
+
+
+def run_alone(script, timeout=60):
+    """Runs a script in a fresh interpreter; a hang or a crash fails."""
+    try:
+        done = subprocess.run([sys.executable, "-c", textwrap.dedent(script)], capture_output=True, text=True,
+                              timeout=timeout, env=dict(os.environ))
+    except subprocess.TimeoutExpired:
+        pytest.fail("the script hung:\n" + script)
+    assert done.returncode == 0, done.stdout + done.stderr
+    return done.stdout
+
+
+def test_eight_threads_make_their_first_checks_at_once(antrag_library, gemeinden):
+    # Their first cells are numbers, whose reading imports pandas.
+    out = run_alone("""
+        import threading, quorel
+        checker = quorel.Checker(quorel.RuleModule(%r, "Antrag"), flow="Schnellpruefung",
+                                 materials={"Gemeinden": %r})
+        start = threading.Barrier(8)
+        results = []
+        def first():
+            start.wait()
+            results.append(checker.check({"Antrag.Betrag": 20000, "Antrag.Kinder#": 0}).ok)
+        threads = [threading.Thread(target=first) for _ in range(8)]
+        for t in threads: t.start()
+        for t in threads: t.join()
+        print(len(results))
+        """ % (antrag_library, gemeinden), timeout=120)
+    assert out.split() == ["8"]
+
+
+def test_close_while_other_threads_run_functions(stoerfall):
+    out = run_alone("""
+        import threading, quorel
+        module = quorel.RuleModule(%r, "Stoerfall")
+        going = threading.Barrier(5)
+        outcomes = []
+        def call():
+            going.wait()
+            try:
+                while True:
+                    assert module.perform_function("Text", {"Stoerfall.Text": "x" * 1000}) == "x" * 1000
+            except ValueError as e:
+                outcomes.append(str(e))
+        threads = [threading.Thread(target=call) for _ in range(4)]
+        for t in threads: t.start()
+        going.wait()
+        module.close()
+        for t in threads: t.join()
+        print(sorted(set(outcomes)), len(outcomes))
+        """ % stoerfall.library_path)
+    assert out.strip() == "['the rule module is closed'] 4"
+
+
+def test_loading_a_material_lets_other_threads_run(antrag_library, tmp_path):
+    # The material is a pipe: it opens when this thread writes to it, which
+    # needs the GIL while the checker's thread waits in the open.
+    pipe = tmp_path / "gemeinden.csv"
+    os.mkfifo(pipe)
+    out = run_alone("""
+        import os, threading, quorel
+        module = quorel.RuleModule(%r, "Antrag")
+        made = []
+        loader = threading.Thread(target=lambda: made.append(quorel.Checker(module, materials={"Gemeinden": %r})))
+        loader.start()
+        writer = os.open(%r, os.O_WRONLY)  # waits for the loader to open it
+        os.write(writer, "Gemeinden.PLZ;Gemeinden.Ort\\n80331;M\\u00fcnchen\\n".encode("cp1252"))
+        os.close(writer)
+        loader.join()
+        print(made[0].check({"Antrag.Adresse.PLZ": "80331", "Antrag.Adresse.Ort": "Bonn"}).ok)
+        """ % (antrag_library, str(pipe), str(pipe)))
+    assert out.split() == ["False"]
+
+
+def test_connecting_to_a_database_lets_other_threads_run(antrag_library):
+    if "postgresql" not in quorel._quorel._databases:
+        pytest.skip("quorel was built without PostgreSQL (libpq-dev)")
+    # A server that answers only when this thread runs: it hangs up. Were
+    # the GIL held while connecting, the client would give up first.
+    out = run_alone("""
+        import socket, threading, quorel
+        server = socket.socket()
+        server.bind(("127.0.0.1", 0))
+        server.listen(1)
+        url = "postgresql://quorel@127.0.0.1:%%d/register?table=gemeinden" %% server.getsockname()[1]
+        module = quorel.RuleModule(%r, "Antrag")
+        failures = []
+        def connect():
+            try:
+                quorel.Checker(module, materials={"Gemeinden": url})
+            except quorel.DatabaseError as e:
+                failures.append("server closed the connection" in str(e))
+        client = threading.Thread(target=connect)
+        client.start()
+        connection, _ = server.accept()
+        connection.recv(1024)  # the start-up message, sent without the GIL
+        connection.close()
+        client.join()
+        print(failures)
+        """ % antrag_library)
+    assert out.split() == ["[True]"]
