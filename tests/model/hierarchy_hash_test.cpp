@@ -59,12 +59,17 @@ TEST(HierarchyHashTest, EqualsTheHashOfTheHierarchyTextAtEveryLevel) {
   }
 }
 
-TEST(HierarchyHashTest, NewIndicesOfATopicReachTheHashesBelowIt) {
+// The record type with a record to read and a run to read it in.
+class RecordKeysTest : public ::testing::Test {
+ protected:
   StandaloneRoot root;
   SimpleDataRecord record;
   NoRules plausi;
-  PlausiContext context(&record);
-  RuntimeContext runtime(&context, &plausi);
+  PlausiContext context{&record};
+  RuntimeContext runtime{&context, &plausi};
+};
+
+TEST_F(RecordKeysTest, NewIndicesOfATopicReachTheHashesBelowIt) {
   record.setValue("Root.Kinder[1].Vorname", "Ida");
   record.setValue("Root.Kinder[2].Vorname", "Ede");
   std::int32_t one[] = {1, -1};
@@ -78,12 +83,7 @@ TEST(HierarchyHashTest, NewIndicesOfATopicReachTheHashesBelowIt) {
   EXPECT_STREQ("Ede", record.getString(child->vorname));
 }
 
-TEST(HierarchyHashTest, RecordKeysOfFieldsAndSizesMatchTheirTexts) {
-  StandaloneRoot root;
-  SimpleDataRecord record;
-  NoRules plausi;
-  PlausiContext context(&record);
-  RuntimeContext runtime(&context, &plausi);
+TEST_F(RecordKeysTest, FieldsAndSizesMatchTheirTexts) {
   record.setValue("Root.Kinder[10].Vorname", "Ida");
   record.setSize("Root.Matrix[1]", 4);
   std::int32_t ten[] = {10, -1};

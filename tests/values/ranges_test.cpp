@@ -111,6 +111,13 @@ TEST_F(RangesTest, AWalkWhoseStepIsLostInRoundingEnds) {
   EXPECT_EQ(3u, texts.size());
 }
 
+// Makes numbers in a run of its own, where the memory of values that died
+// lately is reused: a value that died too early then reads 1000.
+void takeFreedMemory() {
+  TestRun later;
+  for (int i = 0; i < 50; ++i) later.runtime.createNumberValue(1000.0);
+}
+
 TEST(RangeWalkTest, ComparingAKeptRangeRunAfterRunLeavesNothingBehind) {
   // A range that outlives runs, as a classification's code or a host's does.
   NumberValue first(1.0), second(2.0), last(100.0), one(1.0);
@@ -136,8 +143,7 @@ TEST(RangeWalkTest, DeliveredNumbersOutliveTheirIteratorWithTheRange) {
     std::unique_ptr<ValueIterator> walk(kept.asRange());
     delivered = walk->next();
   }
-  TestRun later;
-  for (int i = 0; i < 50; ++i) later.runtime.createNumberValue(1000.0);
+  takeFreedMemory();
   EXPECT_STREQ("1", delivered->asString());
 }
 
@@ -152,8 +158,7 @@ TEST(RangeWalkTest, NumbersOfAWalkBelongToTheRunThatWalks) {
     first = walk->next();
     younger.runtime.createNumberValue(1000.0);
   }
-  // What the younger run held is free again and may be reused.
-  for (int i = 0; i < 50; ++i) rt->createNumberValue(1000.0);
+  takeFreedMemory();  // what the younger run held
   EXPECT_STREQ("1", first->asString());
   EXPECT_STREQ("2", walk->next()->asString());
 }
@@ -173,8 +178,7 @@ TEST(RangeWalkTest, AChainGivesItsKeeperToIteratorsAddedLater) {
     chain.next();
     last = chain.next();  // the walk, now empty, leaves the chain
   }
-  TestRun later;
-  for (int i = 0; i < 50; ++i) later.runtime.createNumberValue(1000.0);
+  takeFreedMemory();
   EXPECT_STREQ("3", last->asString());
 }
 
