@@ -5,6 +5,7 @@
 
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
@@ -16,7 +17,9 @@
 namespace {
 
 const std::string kData = QUOREL_EXAMPLE_DATA;
-const std::string kWork = QUOREL_TEST_WORK;
+// CTest runs each test as a process of its own, several at once: each
+// writes its files into a folder of its own.
+const std::string kWork = std::string(QUOREL_TEST_WORK) + "/" + std::to_string(getpid());
 const std::string kAntrag = std::string(QUOREL_ANTRAG_MODULE) + " Antrag ";
 const std::string kFaults = std::string(QUOREL_FAULT_MODULE) + " Stoerung ";
 const std::string kUmfrage = std::string(QUOREL_UMFRAGE_MODULE) + " Umfrage ";
@@ -31,6 +34,7 @@ std::string contents(const std::string &file) {
 
 // A file of the test's own in the work folder; its path.
 std::string write(const std::string &name, const std::string &text) {
+  mkdir(QUOREL_TEST_WORK, 0755);
   mkdir(kWork.c_str(), 0755);
   std::string path = kWork + "/" + name;
   std::ofstream(path, std::ios::binary) << text;

@@ -2,6 +2,7 @@
 // problems as with CSV files, and clear failures.
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -196,7 +197,8 @@ std::string rowsOf(const std::string &url) {
 
 // A CSV file of count Umfrage records, each with one error (too young).
 std::string youngSurveys(int count) {
-  std::string name = "/tmp/quorel-sql-test-surveys-" + std::to_string(count) + ".csv";
+  // Tests run as processes of their own, several at once.
+  std::string name = "/tmp/quorel-sql-test-surveys-" + std::to_string(getpid()) + "-" + std::to_string(count) + ".csv";
   std::ofstream out(name, std::ios::binary);
   out << "Umfrage.Name;Umfrage.Alter\n";
   for (int i = 0; i < count; ++i) out << "Name " << i << ";10\n";
