@@ -120,13 +120,14 @@ TEST(ProblemFormatTest, TextAndJsonLinesSpeakOneSchema) {
             text);
   auto format = ProblemFormat::create("json");
   format->appendRecord({6, 7}, {p}, &json);
-  format->appendFailure({7, 0}, "kaputt\n", &json);
+  format->appendFailure({7, 0}, "kaputt\n\x01\t\\", &json);
   format->appendSummary(summary, &json);
   EXPECT_EQ("{\"record\":6,\"line\":7,\"id\":\"X-1\",\"type\":1,\"weight\":3,\"text\":\"Stra\xC3\x9F" "e \\\"fehlt\\\"\","
             "\"details\":null,\"field\":\"A.B[1]\",\"field_indices\":[1],\"accessed\":[\"A.B[1]\",\"A.C\"],"
             "\"sections\":[\"Innen\",\"Plausi\"],\"failure\":null}\n"
             "{\"record\":7,\"line\":null,\"id\":null,\"type\":null,\"weight\":null,\"text\":null,\"details\":null,"
-            "\"field\":null,\"field_indices\":[],\"accessed\":[],\"sections\":[],\"failure\":\"kaputt\\n\"}\n"
+            "\"field\":null,\"field_indices\":[],\"accessed\":[],\"sections\":[],"
+            "\"failure\":\"kaputt\\n\\u0001\\t\\\\\"}\n"
             "{\"summary\":{\"records\":3,\"checked\":2,\"not_checked\":1,\"problems\":4,\"errors\":2}}\n",
             json);
   EXPECT_EQ(nullptr, ProblemFormat::create("xml"));
