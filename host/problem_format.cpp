@@ -38,7 +38,15 @@ class TextFormat : public ProblemFormat {
   void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *out) const override {
     for (const Problem &p : problems) {
       appendPlace(place, out);
-      *out += p.type == PROBLEM_ERROR ? "error " : "hint ";
+      // Type 2 is a hint by the bundled modules' convention; other types
+      // are the module's own.
+      if (p.type == PROBLEM_ERROR || p.type == 2) {
+        *out += p.type == PROBLEM_ERROR ? "error " : "hint ";
+      } else {
+        *out += "type ";
+        appendNumber(out, p.type);
+        *out += ' ';
+      }
       appendUtf8(out, p.id);
       *out += " (weight ";
       appendNumber(out, p.weight);
