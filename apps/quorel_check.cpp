@@ -137,7 +137,7 @@ bool parse(int argc, char **argv, Options *options) {
   app.add_option("--output", options->output,
                  "write the problems into a table, sqlite:FILE?table=T or postgresql://...?table=T");
   std::string mode = "append";
-  app.add_option("--output-mode", mode,
+  CLI::Option *modeOption = app.add_option("--output-mode", mode,
                  "append: add this run's rows to the table's; replace: the rows of earlier runs go (each row "
                  "carries its run's id and start time)")
       ->check(CLI::IsMember({"append", "replace"}))
@@ -186,6 +186,10 @@ bool parse(int argc, char **argv, Options *options) {
   if (flowOption->count() > 0) options->flow = flow;
   options->json = format == "json";
   options->replace = mode == "replace";
+  if (modeOption->count() > 0 && options->output.empty()) {
+    std::cerr << "quorel-check: --output-mode is for a table of problems: add --output\n";
+    return false;
+  }
   return true;
 }
 

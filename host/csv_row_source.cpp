@@ -67,8 +67,8 @@ bool CsvRowSource::next(Row *row) {
   row->place = {++records_, reader_.line()};
   row->error = reader_.error();
   if (row->error.empty() && row->cells.size() != columns_.size()) {
-    row->error = "the row has " + std::to_string(row->cells.size()) + " cells, the header " +
-                 std::to_string(columns_.size());
+    row->error = "the row has " + std::to_string(row->cells.size()) + (row->cells.size() == 1 ? " cell" : " cells") +
+                 ", the header " + std::to_string(columns_.size());
   }
   if (row->error.empty()) decode(&row->cells, &row->error);
   return true;

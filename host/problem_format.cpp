@@ -1,7 +1,6 @@
 #include "quorel/host/problem_format.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstdio>
 
@@ -39,7 +38,15 @@ class TextFormat : public ProblemFormat {
   void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *out) const override {
     for (const Problem &p : problems) {
       appendPlace(place, out);
-      *out += p.type == PROBLEM_ERROR ? "error " : "hint ";
+      // Type 2 is a hint by the bundled modules' convention; other types
+      // are the module's own.
+      if (p.type == PROBLEM_ERROR || p.type == 2) {
+        *out += p.type == PROBLEM_ERROR ? "error " : "hint ";
+      } else {
+        *out += "type ";
+        appendNumber(out, p.type);
+        *out += ' ';
+      }
       appendUtf8(out, p.id);
       *out += " (weight ";
       appendNumber(out, p.weight);
@@ -107,53 +114,128 @@ class TextFormat : public ProblemFormat {
   }
 };
 
+// JSON written directly: a check's output is mostly these lines, and a
+// generic JSON value per line would cost more than the check. Texts are
+// escaped as JSON requires; everything else passes as UTF-8.
 class JsonLinesFormat : public ProblemFormat {
  public:
-  using Json = nlohmann::ordered_json;
-
   void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *out) const override {
     for (const Problem &p : problems) {
-      appendRow({place.record, line(place), text(p.id), static_cast<int>(p.type), p.weight, text(p.text),
-                 text(p.details), p.field.empty() ? Json() : Json(toUtf8(p.field.c_str())), p.fieldIndices,
-                 texts(p.accessed), texts(p.sections), Json()},
-                out);
+      start(place, out);
+      key(2, out);
+      text(p.id, out);
+      key(3, out);
+      appendNumber(out, p.type);
+      key(4, out);
+      appendNumber(out, p.weight);
+      key(5, out);
+      text(p.text, out);
+      key(6, out);
+      text(p.details, out);
+      key(7, out);
+      if (p.field.empty()) {
+        *out += "null";
+      } else {
+        string(p.field, out);
+      }
+      key(8, out);
+      *out += '[';
+      for (std::size_t i = 0; i < p.fieldIndices.size(); ++i) {
+        if (i > 0) *out += ',';
+        appendNumber(out, p.fieldIndices[i]);
+      }
+      *out += ']';
+      key(9, out);
+      texts(p.accessed, out);
+      key(10, out);
+      texts(p.sections, out);
+      key(11, out);
+      *out += "null}\n";
     }
   }
 
   void appendFailure(const Place &place, const std::string &message, std::string *out) const override {
-    Json none;
-    Json empty = Json::array();
-    appendRow({place.record, line(place), none, none, none, none, none, none, empty, empty, empty,
-               toUtf8(message.c_str())},
-              out);
+    start(place, out);
+    for (int column = 2; column < kProblemColumnCount - 1; ++column) {
+      key(column, out);
+      *out += column >= 8 ? "[]" : "null";  // field_indices, accessed, sections are lists
+    }
+    key(kProblemColumnCount - 1, out);
+    string(message, out);
+    *out += "}\n";
   }
 
   void appendSummary(const Summary &summary, std::string *out) const override {
-    Json counts{{"records", summary.records},
-                {"checked", summary.checked()},
-                {"not_checked", summary.notChecked},
-                {"problems", summary.problems},
-                {"errors", summary.errors}};
-    append(Json{{"summary", counts}}, out);
+    nlohmann::ordered_json counts{{"records", summary.records},
+                                  {"checked", summary.checked()},
+                                  {"not_checked", summary.notChecked},
+                                  {"problems", summary.problems},
+                                  {"errors", summary.errors}};
+    *out += nlohmann::ordered_json{{"summary", counts}}.dump();
+    *out += '\n';
   }
 
  private:
-  static Json line(const Place &place) { return place.line > 0 ? Json(place.line) : Json(); }
-  // One object with the values of kProblemColumns, in their order.
-  static void appendRow(const std::array<Json, kProblemColumnCount> &values, std::string *out) {
-    Json row;
-    for (int i = 0; i < kProblemColumnCount; ++i) row[kProblemColumns[i]] = values[static_cast<std::size_t>(i)];
-    append(row, out);
+  // {"record":2,"line":3 (or null)
+  static void start(const Place &place, std::string *out) {
+    *out += '{';
+    key(0, out);
+    appendNumber(out, place.record);
+    key(1, out);
+    if (place.line > 0) {
+      appendNumber(out, place.line);
+    } else {
+      *out += "null";
+    }
   }
-  static Json text(const std::optional<std::string> &text) { return text ? Json(toUtf8(text->c_str())) : Json(); }
-  static Json texts(const std::vector<std::string> &texts) {
-    Json list = Json::array();
-    for (const std::string &text : texts) list.push_back(toUtf8(text.c_str()));
-    return list;
+  // ,"name": for the column of kProblemColumns, without the comma first.
+  static void key(int column, std::string *out) {
+    if (column > 0) *out += ',';
+    *out += '"';
+    *out += kProblemColumns[column];
+    *out += "\":";
   }
-  static void append(const Json &line, std::string *out) {
-    *out += line.dump();
-    *out += '\n';
+  // A Windows-1252 text as a JSON string of UTF-8.
+  static void string(const std::string &text, std::string *out) {
+    thread_local std::string utf8;
+    utf8.clear();
+    host::appendUtf8(&utf8, std::string_view(text));
+    *out += '"';
+    for (char c : utf8) {
+      auto byte = static_cast<unsigned char>(c);
+      if (c == '"' || c == '\\') {
+        *out += '\\';
+        *out += c;
+      } else if (byte >= 0x20) {
+        *out += c;
+      } else {
+        static const char *const kShort[] = {"\\b", "\\t", "\\n", nullptr, "\\f", "\\r"};
+        const char *shortForm = byte >= 8 && byte <= 13 ? kShort[byte - 8] : nullptr;
+        if (shortForm != nullptr) {
+          *out += shortForm;
+        } else {
+          char escaped[8];
+          std::snprintf(escaped, sizeof escaped, "\\u%04x", byte);
+          *out += escaped;
+        }
+      }
+    }
+    *out += '"';
+  }
+  static void text(const std::optional<std::string> &text, std::string *out) {
+    if (text) {
+      string(*text, out);
+    } else {
+      *out += "null";
+    }
+  }
+  static void texts(const std::vector<std::string> &texts, std::string *out) {
+    *out += '[';
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+      if (i > 0) *out += ',';
+      string(texts[i], out);
+    }
+    *out += ']';
   }
 };
 

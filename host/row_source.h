@@ -20,11 +20,6 @@ namespace host {
 struct Place {
   std::int64_t record = 0;  // its number among the source's records, from 1
   std::int64_t line = 0;    // the line of a file on which it began; 0 without lines (a database)
-
-  // "line 3", or "record 2" for a source without lines.
-  std::string text() const {
-    return line > 0 ? "line " + std::to_string(line) : "record " + std::to_string(record);
-  }
 };
 
 // One row as read.

@@ -266,6 +266,9 @@ TEST(UsageTest, LogsPasswordsAndProgress) {
   Ran level = check("--log-level 7 " + surveys);
   EXPECT_EQ(2, level.status);
   EXPECT_EQ(0u, level.err.find("quorel-check: --log-level: Value 7 not in range 0 to 6")) << level.err;
+  Ran mode = check("--output-mode replace " + surveys);
+  EXPECT_EQ(2, mode.status);
+  EXPECT_EQ("quorel-check: --output-mode is for a table of problems: add --output\n", mode.err);
   std::string written = write("run.log", "");
   EXPECT_EQ(1, check("--log " + written + " --log-level 6 " + surveys).status);
   EXPECT_NE("", contents(written));

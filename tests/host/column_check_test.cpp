@@ -108,6 +108,21 @@ TEST(ColumnCheckTest, LayoutReportsEachColumnOnceInOrder) {
   EXPECT_TRUE(layout.checkColumns(&bare).empty());
 }
 
+TEST(ColumnCheckTest, ElementsOfArraysSizedByTheRecordNeedTheirSizeColumn) {
+  Regeln rules(true);
+  // The matrix has two rows, each of a length the record tells.
+  RecordLayout sized({"R.Kinder#", "R.Kinder[1].Vorname", "R.Kinder[1].Noten[1]", "R.Matrix[1]#", "R.Matrix[1][4]"});
+  EXPECT_TRUE(sized.checkColumns(&rules).empty());
+  RecordLayout unsized({"R.Kinder[1].Vorname", "R.Matrix[0]#", "R.Matrix[1][4]", "R.Liste[2]"});
+  EXPECT_EQ((std::vector<std::string>{
+                "column R.Kinder[1].Vorname is never read: no column R.Kinder# gives the size of R.Kinder",
+                "column R.Matrix[1][4] is never read: no column R.Matrix[1]# gives the size of R.Matrix[1]"}),
+            unsized.checkColumns(&rules));
+  EXPECT_EQ((std::vector<std::string>{"column R.Name appears 3 times in the header (columns 1, 3, 4); a record keeps "
+                                      "one cell per column"}),
+            RecordLayout({"R.Name", "R.Liste[0]", "R.Name", "R.Name"}).repeatedColumns());
+}
+
 TEST(CheckerTest, TheDefaultFlowIsTheFirstDeclaredAndUnknownFlowsAreNamed) {
   CheckSettings settings;
   settings.library = QUOREL_UMFRAGE_MODULE;

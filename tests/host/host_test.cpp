@@ -103,7 +103,10 @@ TEST(ProblemFormatTest, TextAndJsonLinesSpeakOneSchema) {
   hint.type = static_cast<ProblemType>(2);  // any type but an error
   std::string text, json;
   auto lines = ProblemFormat::create("text");
+  Problem own;
+  own.type = static_cast<ProblemType>(5);
   lines->appendRecord({6, 7}, {p, hint}, &text);
+  lines->appendRecord({8, 9}, {own}, &text);
   lines->appendFailure({1, 0}, "kaputt", &text);
   Summary summary;
   summary.add({p, hint, p}, 2, true);
@@ -111,7 +114,7 @@ TEST(ProblemFormatTest, TextAndJsonLinesSpeakOneSchema) {
   summary.add({hint}, 0, true);
   lines->appendSummary(summary, &text);
   EXPECT_EQ("line 7: error X-1 (weight 3): Stra\xC3\x9F" "e \"fehlt\"\n  field: A.B[1]\n  read: A.B[1] A.C\n"
-            "  sections: Innen < Plausi\nline 7: hint  (weight 0): \n  sections:\n"
+            "  sections: Innen < Plausi\nline 7: hint  (weight 0): \n  sections:\nline 9: type 5  (weight 0): \n  sections:\n"
             "record 1: not checked: kaputt\n"
             "\nproblem   problems   records  share\n"
             "(no id)          2         2  66.7%\n"
@@ -120,13 +123,14 @@ TEST(ProblemFormatTest, TextAndJsonLinesSpeakOneSchema) {
             text);
   auto format = ProblemFormat::create("json");
   format->appendRecord({6, 7}, {p}, &json);
-  format->appendFailure({7, 0}, "kaputt\n", &json);
+  format->appendFailure({7, 0}, "kaputt\n\x01\t\\", &json);
   format->appendSummary(summary, &json);
   EXPECT_EQ("{\"record\":6,\"line\":7,\"id\":\"X-1\",\"type\":1,\"weight\":3,\"text\":\"Stra\xC3\x9F" "e \\\"fehlt\\\"\","
             "\"details\":null,\"field\":\"A.B[1]\",\"field_indices\":[1],\"accessed\":[\"A.B[1]\",\"A.C\"],"
             "\"sections\":[\"Innen\",\"Plausi\"],\"failure\":null}\n"
             "{\"record\":7,\"line\":null,\"id\":null,\"type\":null,\"weight\":null,\"text\":null,\"details\":null,"
-            "\"field\":null,\"field_indices\":[],\"accessed\":[],\"sections\":[],\"failure\":\"kaputt\\n\"}\n"
+            "\"field\":null,\"field_indices\":[],\"accessed\":[],\"sections\":[],"
+            "\"failure\":\"kaputt\\n\\u0001\\t\\\\\"}\n"
             "{\"summary\":{\"records\":3,\"checked\":2,\"not_checked\":1,\"problems\":4,\"errors\":2}}\n",
             json);
   EXPECT_EQ(nullptr, ProblemFormat::create("xml"));
