@@ -1,6 +1,8 @@
 // The Antrag rule module, loaded through PlausiLoader as a host loads it,
 // checking 100 000 records held in memory with the flow "Pruefung": records
-// per second of the whole run, problems included. The records are 10 000
+// per second of the whole run, problems included. Beside it the same rules
+// as the rule file examples/rules/antrag.qr, interpreted, and compiled by
+// quorel-compile into a module of their own. The records are 10 000
 // distinct applications of the kind examples/host/generate_records.py
 // writes, each checked ten times, so that they stay beyond the caches
 // without holding 100 000 records at once.
@@ -17,6 +19,7 @@
 
 #include <quorel/quorel.h>
 
+#include "quorel/lang/rule_set.h"
 #include "side_by_side.h"
 
 namespace {
@@ -101,11 +104,10 @@ std::vector<std::unique_ptr<SimpleDataRecord>> makeRecords() {
   return records;
 }
 
-void BM_AntragModule(benchmark::State &state) {
+// Checks the records with rules, kPasses times per iteration.
+void checkAll(benchmark::State &state, Plausi *rules) {
   std::vector<std::unique_ptr<SimpleDataRecord>> records = makeRecords();
   Gemeinden gemeinden;
-  PlausiLoader loader;
-  Plausi *rules = loader.loadPlausi(QUOREL_ANTRAG_MODULE, "Antrag");
   std::int64_t problems = 0;
   for (auto _ : state) {
     for (int pass = 0; pass < kPasses; ++pass) {
@@ -118,13 +120,41 @@ void BM_AntragModule(benchmark::State &state) {
       }
     }
   }
-  loader.unloadPlausi(rules, "Antrag");
   std::int64_t checked = state.iterations() * kPasses * kDistinctRecords;
   state.counters["records_per_second"] = benchmark::Counter(static_cast<double>(checked), benchmark::Counter::kIsRate);
   state.counters["problems_per_record"] = static_cast<double>(problems) / static_cast<double>(checked);
 }
+
+void checkModule(benchmark::State &state, const char *library) {
+  PlausiLoader loader;
+  Plausi *rules = loader.loadPlausi(library, "Antrag");
+  checkAll(state, rules);
+  loader.unloadPlausi(rules, "Antrag");
+}
+
+void BM_AntragModule(benchmark::State &state) { checkModule(state, QUOREL_ANTRAG_MODULE); }
 BENCHMARK(BM_AntragModule)->Unit(benchmark::kMillisecond);
+
+#ifdef QUOREL_ANTRAG_RULES
+void BM_AntragRuleFile(benchmark::State &state) {
+  lang::Diagnostics diagnostics;
+  std::unique_ptr<Plausi> rules = lang::loadRuleFile(QUOREL_ANTRAG_RULES, &diagnostics);
+  if (rules == nullptr) {
+    state.SkipWithError(diagnostics.format().c_str());
+    return;
+  }
+  checkAll(state, rules.get());
+}
+BENCHMARK(BM_AntragRuleFile)->Unit(benchmark::kMillisecond);
+
+void BM_AntragCompiled(benchmark::State &state) { checkModule(state, QUOREL_ANTRAG_COMPILED); }
+BENCHMARK(BM_AntragCompiled)->Unit(benchmark::kMillisecond);
+#endif
 
 }  // namespace
 
-int main(int argc, char **argv) { return quorel::bench::runSideBySide(argc, argv, {}); }
+int main(int argc, char **argv) {
+  return quorel::bench::runSideBySide(argc, argv,
+                                      {{"interpreted antrag.qr / C++ module", "BM_AntragRuleFile", "BM_AntragModule"},
+                                       {"compiled antrag.qr / C++ module", "BM_AntragCompiled", "BM_AntragModule"}});
+}

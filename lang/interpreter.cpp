@@ -3,6 +3,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "quorel/functions/functions.h"
@@ -46,9 +47,9 @@ constexpr char kDateMask[] = "TT.MM.JJJJ";
 // The library's field check registry calls plain functions: this one finds
 // the interpreter through the root topic of the field.
 Value *checkField(RuntimeContext *runtime, Field *field) {
-  DeclaredTopic *root = rootOf(field);
-  if (root == nullptr || root->owner() == nullptr) return runtime->createNilValue();
-  static_cast<Interpreter *>(root->owner())->runFieldCheck(runtime, field);
+  // Registered only for fields of an interpreter's record type, whose root
+  // knows the interpreter.
+  static_cast<Interpreter *>(rootOf(field)->owner())->runFieldCheck(runtime, field);
   return runtime->createNilValue();
 }
 
@@ -72,35 +73,41 @@ struct IndexList {
 
 }  // namespace
 
-// The locals of one rule, function or field check while it runs.
+// The locals of one rule, function or field check while it runs: on the
+// stack for the usual few, on the heap beyond.
 struct Interpreter::Frame {
-  static constexpr std::int32_t kInline = 16;
+  static constexpr std::int32_t kInline = 8;
 
-  Frame(RuntimeContext *runtime, std::int32_t localCount, std::int32_t refCount) : rt(runtime) {
+  Frame(RuntimeContext *runtime, std::int32_t localCount, std::int32_t refCount)
+      : rt(runtime), entry(runtime->getCurrentSection()) {
     if (localCount > kInline || refCount > kInline) {
-      heapLocals.resize(static_cast<std::size_t>(localCount));
-      heapHomes.resize(static_cast<std::size_t>(localCount));
-      heapRefs.resize(static_cast<std::size_t>(refCount));
-      locals = heapLocals.data();
-      homes = heapHomes.data();
-      refs = heapRefs.data();
+      heap = std::make_unique<Heap>();
+      heap->locals.resize(static_cast<std::size_t>(localCount));
+      heap->homes.resize(static_cast<std::size_t>(localCount));
+      heap->refs.resize(static_cast<std::size_t>(refCount));
+      locals = heap->locals.data();
+      homes = heap->homes.data();
+      refs = heap->refs.data();
     }
-    entry = runtime->getCurrentSection();
   }
 
+  struct Heap {
+    std::vector<Value *> locals;
+    std::vector<PlausiSection *> homes;
+    std::vector<FieldDescriptor *> refs;
+  };
+
   RuntimeContext *rt;
-  Value *inlineLocals[kInline];
-  PlausiSection *inlineHomes[kInline];
-  FieldDescriptor *inlineRefs[kInline];
-  std::vector<Value *> heapLocals;
-  std::vector<PlausiSection *> heapHomes;
-  std::vector<FieldDescriptor *> heapRefs;
-  Value **locals = inlineLocals;
-  PlausiSection **homes = inlineHomes;  // the section each local was declared in
-  FieldDescriptor **refs = inlineRefs;
   PlausiSection *entry;  // the section the frame began in
   Value *result = nullptr;
   bool returned = false;
+  Value *inlineLocals[kInline];
+  PlausiSection *inlineHomes[kInline];  // the section each local was declared in
+  FieldDescriptor *inlineRefs[kInline];
+  std::unique_ptr<Heap> heap;
+  Value **locals = inlineLocals;
+  PlausiSection **homes = inlineHomes;
+  FieldDescriptor **refs = inlineRefs;
 };
 
 Interpreter::Interpreter(std::shared_ptr<const RuleSet> rules) : rules_(std::move(rules)), module_(rules_->module()) {
@@ -195,8 +202,8 @@ void Interpreter::runRule(RuntimeContext *runtime, const RuleDecl &rule) {
 }
 
 void Interpreter::runFieldCheck(RuntimeContext *runtime, Field *field) {
-  auto *parent = dynamic_cast<DeclaredTopic *>(field->getParent());
-  const FieldDecl *decl = parent != nullptr ? parent->declOf(field) : nullptr;
+  // Every topic of this rule set's record type is a DeclaredTopic.
+  const FieldDecl *decl = static_cast<DeclaredTopic *>(field->getParent())->declOf(field);
   for (const FieldCheckDecl &check : module_.fieldChecks) {
     if (check.field->decl != decl) continue;
     SectionScope section(runtime, check.section.c_str(), true);
@@ -296,8 +303,8 @@ bool Interpreter::forEach(Frame &f, const Stmt &stmt) {
     Value *range = eval(f, over);
     std::unique_ptr<ValueIterator> walk(range->asRange());
     while (walk->hasNext()) {
-      std::unique_ptr<SectionScope> section;
-      if (stmt.hasSection) section = std::make_unique<SectionScope>(f.rt, stmt.section.c_str());
+      std::optional<SectionScope> section;
+      if (stmt.hasSection) section.emplace(f.rt, stmt.section.c_str());
       f.locals[stmt.slot] = walk->next();
       f.homes[stmt.slot] = f.rt->getCurrentSection();
       if (!block(f, stmt.blocks[0])) return !f.returned;
@@ -308,8 +315,8 @@ bool Interpreter::forEach(Frame &f, const Stmt &stmt) {
   std::int32_t count = countOf(f, over);
   std::int32_t index[] = {0, -1};
   for (std::int32_t i = 0; i < count; ++i) {
-    std::unique_ptr<SectionScope> section;
-    if (stmt.hasSection) section = std::make_unique<SectionScope>(f.rt, stmt.section.c_str());
+    std::optional<SectionScope> section;
+    if (stmt.hasSection) section.emplace(f.rt, stmt.section.c_str());
     index[0] = i;
     f.refs[stmt.slot] = stmt.loop == kLoopTopics
                             ? static_cast<FieldDescriptor *>(static_cast<TopicArray *>(array)->getElement(f.rt, index))
@@ -323,8 +330,8 @@ bool Interpreter::forRange(Frame &f, const Stmt &stmt) {
   std::int64_t first = eval(f, *stmt.exprs[0])->asInteger();
   std::int64_t last = eval(f, *stmt.exprs[1])->asInteger();
   for (std::int64_t i = first; i <= last; ++i) {
-    std::unique_ptr<SectionScope> section;
-    if (stmt.hasSection) section = std::make_unique<SectionScope>(f.rt, stmt.section.c_str());
+    std::optional<SectionScope> section;
+    if (stmt.hasSection) section.emplace(f.rt, stmt.section.c_str());
     f.locals[stmt.slot] = f.rt->createNumberValue(static_cast<double>(i));
     f.homes[stmt.slot] = f.rt->getCurrentSection();
     if (!block(f, stmt.blocks[0])) return !f.returned;
