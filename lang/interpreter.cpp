@@ -342,35 +342,58 @@ bool Interpreter::forRange(Frame &f, const Stmt &stmt) {
 void Interpreter::report(Frame &f, const Report &report) {
   RuntimeContext *rt = f.rt;
   if (report.weight < rt->getProblemWeightLevel()) return;
+  // Everything is evaluated and converted before the problem is made, so
+  // that a fault on the way leaves no half-filled problem behind.
+  struct Part {
+    ReportClause kind;
+    const char *text;
+    std::int32_t numbers[8];
+    std::int32_t count;
+  };
+  const char *id = eval(f, *report.id)->asString();
+  FieldDescriptor *field = report.field != nullptr ? resolve(f, *report.field) : nullptr;
+  Part parts[kClauseIndices + 1] = {};  // each clause at most once
+  for (std::size_t c = 0; c < report.clauses.size(); ++c) {
+    const Clause &clause = report.clauses[c];
+    Part &part = parts[c];
+    part.kind = clause.kind;
+    part.text = nullptr;
+    part.count = 0;
+    bool numeric = clause.kind == kClauseLength || clause.kind == kClauseInfoType || clause.kind == kClauseIndices;
+    for (const ExprPtr &value : clause.values) {
+      Value *v = eval(f, *value);
+      if (!numeric) {
+        part.text = v->asString();
+      } else if (part.count < 8) {
+        part.numbers[part.count++] = static_cast<std::int32_t>(v->asInteger());
+      }
+    }
+  }
   PlausiProblem *problem = rt->createProblem(static_cast<ProblemType>(report.type), report.weight);
-  problem->setId(eval(f, *report.id)->asString());
-  if (report.field != nullptr) {
-    FieldDescriptor *field = resolve(f, *report.field);
+  problem->setId(id);
+  if (field != nullptr) {
     problem->setReferenceField(field);
     TypeDescriptor *type = field->getTypeDescriptor();
     problem->setFieldDisplayName(type->getFieldNameDisplay());
     problem->setFieldType(type->getFieldType());
     problem->setFieldMask(type->getMask());
   }
-  for (const Clause &clause : report.clauses) {
-    Value *v = eval(f, *clause.values[0]);
-    switch (clause.kind) {
-      case kClauseText: problem->setShortDescription(v->asString()); break;
-      case kClauseDetails: problem->setLongDescription(v->asString()); break;
-      case kClauseCorrection: problem->setCorrectionInfo(v->asString()); break;
-      case kClauseTopic: problem->setReferenceTopic(v->asString()); break;
-      case kClauseException: problem->setException(v->asString()); break;
-      case kClauseDisplay: problem->setFieldDisplayName(v->asString()); break;
-      case kClauseMask: problem->setFieldMask(v->asString()); break;
-      case kClauseValueSpace: problem->setFieldValueSpace(v->asString()); break;
-      case kClauseLength: problem->setFieldLength(static_cast<std::int32_t>(v->asInteger())); break;
-      case kClauseInfoType: problem->setInfoType(static_cast<ProblemInfoType>(v->asInteger())); break;
+  for (std::size_t c = 0; c < report.clauses.size(); ++c) {
+    const Part &part = parts[c];
+    switch (part.kind) {
+      case kClauseText: problem->setShortDescription(part.text); break;
+      case kClauseDetails: problem->setLongDescription(part.text); break;
+      case kClauseCorrection: problem->setCorrectionInfo(part.text); break;
+      case kClauseTopic: problem->setReferenceTopic(part.text); break;
+      case kClauseException: problem->setException(part.text); break;
+      case kClauseDisplay: problem->setFieldDisplayName(part.text); break;
+      case kClauseMask: problem->setFieldMask(part.text); break;
+      case kClauseValueSpace: problem->setFieldValueSpace(part.text); break;
+      case kClauseLength: problem->setFieldLength(part.numbers[0]); break;
+      case kClauseInfoType: problem->setInfoType(static_cast<ProblemInfoType>(part.numbers[0])); break;
       case kClauseIndices: {
-        std::int32_t i[8] = {0, 0, 0, 0, 0, 0, 0, 0};
-        std::size_t n = clause.values.size() < 8 ? clause.values.size() : 8;
-        i[0] = static_cast<std::int32_t>(v->asInteger());
-        for (std::size_t k = 1; k < n; ++k) i[k] = static_cast<std::int32_t>(eval(f, *clause.values[k])->asInteger());
-        problem->setReferenceFieldIndices(static_cast<std::int32_t>(n), i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7]);
+        const std::int32_t *i = part.numbers;
+        problem->setReferenceFieldIndices(part.count, i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7]);
         break;
       }
     }
