@@ -15,7 +15,9 @@
 #   line so that their code is emitted and linked.
 # - Unused parameters, variables and functions are allowed; every other warning fails.
 # - A block that includes <quorel/host/...> builds against the host kit too
-#   (-DHOST_INCLUDE=... -DHOST_LIBRARY=...); without the kit it is left out.
+#   (-DHOST_INCLUDE=... -DHOST_LIBRARY=...), and one that includes <quorel/lang/...>
+#   against the rule language (-DLANG_INCLUDE=... -DLANG_LIBRARY=...), which the host kit
+#   uses as well; without them it is left out.
 # - -DBUILD_FLAGS="..." ends every block's command line with the flags of an
 #   instrumented build (sanitizers, coverage).
 
@@ -89,6 +91,13 @@ foreach(guide ${guides})
         continue()
       endif()
       set(kit "-I${HOST_INCLUDE}" "${HOST_LIBRARY}")
+    endif()
+    if(unit MATCHES "<quorel/(host|lang)/")
+      if(NOT DEFINED LANG_LIBRARY)
+        message(STATUS "${shown}:${line}: left out, the rule language was not built")
+        continue()
+      endif()
+      list(APPEND kit "-I${LANG_INCLUDE}" "${LANG_LIBRARY}")
     endif()
     math(EXPR blocks "${blocks} + 1")
     set(source "${WORK_DIR}/${stem}_${line}.cpp")
