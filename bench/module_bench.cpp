@@ -1,7 +1,9 @@
 // The Antrag rule module, loaded through PlausiLoader as a host loads it,
 // checking 100 000 records held in memory with the flow "Pruefung": records
 // per second of one core's time for the whole run, problems included, and
-// the allocations per record once the run is warm. The records are 10 000
+// the allocations per record once the run is warm. Beside it the same rules
+// as the rule file examples/rules/antrag.qr, interpreted, and compiled by
+// quorel-compile into a module of their own. The records are 10 000
 // distinct applications of the kind apps/generate_records.py writes, each
 // checked ten times, so that they stay beyond the caches without holding
 // 100 000 records at once.
@@ -19,6 +21,7 @@
 #include <quorel/quorel.h>
 
 #include "allocation_count.h"
+#include "quorel/lang/rule_set.h"
 #include "side_by_side.h"
 
 namespace {
@@ -103,11 +106,10 @@ std::vector<std::unique_ptr<SimpleDataRecord>> makeRecords() {
   return records;
 }
 
-void BM_AntragModule(benchmark::State &state) {
+// Checks the records with rules, kPasses times per iteration.
+void checkAll(benchmark::State &state, Plausi *rules) {
   std::vector<std::unique_ptr<SimpleDataRecord>> records = makeRecords();
   Gemeinden gemeinden;
-  PlausiLoader loader;
-  Plausi *rules = loader.loadPlausi(QUOREL_ANTRAG_MODULE, "Antrag");
   std::int64_t problems = 0;
   auto check = [&](SimpleDataRecord *record) {
     PlausiContext context(record);
@@ -128,13 +130,41 @@ void BM_AntragModule(benchmark::State &state) {
   for (const auto &record : records) check(record.get());
   state.counters["allocations_per_record"] =
       static_cast<double>(allocations.count()) / static_cast<double>(kDistinctRecords);
-  loader.unloadPlausi(rules, "Antrag");
   // A rate of the thread's CPU time: records per second of one core.
   state.counters["records_per_second_per_core"] =
       benchmark::Counter(static_cast<double>(checked), benchmark::Counter::kIsRate);
 }
+
+void checkModule(benchmark::State &state, const char *library) {
+  PlausiLoader loader;
+  Plausi *rules = loader.loadPlausi(library, "Antrag");
+  checkAll(state, rules);
+  loader.unloadPlausi(rules, "Antrag");
+}
+
+void BM_AntragModule(benchmark::State &state) { checkModule(state, QUOREL_ANTRAG_MODULE); }
 BENCHMARK(BM_AntragModule)->Unit(benchmark::kMillisecond);
+
+#ifdef QUOREL_ANTRAG_RULES
+void BM_AntragRuleFile(benchmark::State &state) {
+  lang::Diagnostics diagnostics;
+  std::unique_ptr<Plausi> rules = lang::loadRuleFile(QUOREL_ANTRAG_RULES, &diagnostics);
+  if (rules == nullptr) {
+    state.SkipWithError(diagnostics.format().c_str());
+    return;
+  }
+  checkAll(state, rules.get());
+}
+BENCHMARK(BM_AntragRuleFile)->Unit(benchmark::kMillisecond);
+
+void BM_AntragCompiled(benchmark::State &state) { checkModule(state, QUOREL_ANTRAG_COMPILED); }
+BENCHMARK(BM_AntragCompiled)->Unit(benchmark::kMillisecond);
+#endif
 
 }  // namespace
 
-int main(int argc, char **argv) { return quorel::bench::runSideBySide(argc, argv, {}); }
+int main(int argc, char **argv) {
+  return quorel::bench::runSideBySide(argc, argv,
+                                      {{"interpreted antrag.qr / C++ module", "BM_AntragRuleFile", "BM_AntragModule"},
+                                       {"compiled antrag.qr / C++ module", "BM_AntragCompiled", "BM_AntragModule"}});
+}

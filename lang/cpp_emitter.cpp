@@ -118,11 +118,11 @@ inline std::int32_t sizeOf(RuntimeContext *rt, FieldDescriptor *array, std::int3
   return declared != 0 ? declared : rt->getDataRecord()->getSize(array, indices);
 }
 
-// A problem with its reference field's declaration; null below the run's weight level.
-inline PlausiProblem *problemOn(RuntimeContext *rt, std::int32_t type, std::int32_t weight, Value *id, FieldDescriptor *field) {
-  if (weight < rt->getProblemWeightLevel()) return nullptr;
+// A new problem with its id and its reference field's declaration.
+inline PlausiProblem *newProblem(RuntimeContext *rt, std::int32_t type, std::int32_t weight, const char *id,
+                                 FieldDescriptor *field) {
   PlausiProblem *problem = rt->createProblem(static_cast<ProblemType>(type), weight);
-  problem->setId(id->asString());
+  problem->setId(id);
   if (field != nullptr) {
     problem->setReferenceField(field);
     TypeDescriptor *declared = field->getTypeDescriptor();
@@ -535,31 +535,51 @@ class Emitter {
     close();
   }
 
+  // Below the weight level nothing is evaluated; above it everything is
+  // evaluated and converted before the problem is made, as the interpreter
+  // does.
   void report(const Report &report) {
-    std::string id = value(*report.id);
+    open("if (" + std::to_string(report.weight) + " >= rt->getProblemWeightLevel())");
+    std::string id = temp("id");
+    line("const char *" + id + " = " + value(*report.id) + "->asString();");
     std::string field = report.field != nullptr ? path(*report.field) : "nullptr";
-    std::string problem = temp("problem");
-    line("PlausiProblem *" + problem + " = problemOn(rt, " + std::to_string(report.type) + ", " +
-         std::to_string(report.weight) + ", " + id + ", " + field + ");");
-    open("if (" + problem + " != nullptr)");
+    std::vector<std::string> parts;
     for (const Clause &clause : report.clauses) {
-      std::string v = value(*clause.values[0]);
+      bool numeric = clause.kind == kClauseLength || clause.kind == kClauseInfoType || clause.kind == kClauseIndices;
+      std::string part;
+      for (std::size_t k = 0; k < clause.values.size() && k < 8; ++k) {
+        std::string v = value(*clause.values[k]);
+        std::string name = temp(numeric ? "n" : "t");
+        if (numeric) {
+          line("std::int32_t " + name + " = static_cast<std::int32_t>(" + v + "->asInteger());");
+          part += (k ? ", " : "") + name;
+        } else {
+          line("const char *" + name + " = " + v + "->asString();");
+          part = name;
+        }
+      }
+      parts.push_back(part);
+    }
+    std::string problem = temp("problem");
+    line("PlausiProblem *" + problem + " = newProblem(rt, " + std::to_string(report.type) + ", " +
+         std::to_string(report.weight) + ", " + id + ", " + field + ");");
+    for (std::size_t c = 0; c < report.clauses.size(); ++c) {
+      const Clause &clause = report.clauses[c];
+      const std::string &v = parts[c];
       switch (clause.kind) {
-        case kClauseText: line(problem + "->setShortDescription(" + v + "->asString());"); break;
-        case kClauseDetails: line(problem + "->setLongDescription(" + v + "->asString());"); break;
-        case kClauseCorrection: line(problem + "->setCorrectionInfo(" + v + "->asString());"); break;
-        case kClauseTopic: line(problem + "->setReferenceTopic(" + v + "->asString());"); break;
-        case kClauseException: line(problem + "->setException(" + v + "->asString());"); break;
-        case kClauseDisplay: line(problem + "->setFieldDisplayName(" + v + "->asString());"); break;
-        case kClauseMask: line(problem + "->setFieldMask(" + v + "->asString());"); break;
-        case kClauseValueSpace: line(problem + "->setFieldValueSpace(" + v + "->asString());"); break;
-        case kClauseLength: line(problem + "->setFieldLength(static_cast<std::int32_t>(" + v + "->asInteger()));"); break;
-        case kClauseInfoType: line(problem + "->setInfoType(static_cast<ProblemInfoType>(" + v + "->asInteger()));"); break;
+        case kClauseText: line(problem + "->setShortDescription(" + v + ");"); break;
+        case kClauseDetails: line(problem + "->setLongDescription(" + v + ");"); break;
+        case kClauseCorrection: line(problem + "->setCorrectionInfo(" + v + ");"); break;
+        case kClauseTopic: line(problem + "->setReferenceTopic(" + v + ");"); break;
+        case kClauseException: line(problem + "->setException(" + v + ");"); break;
+        case kClauseDisplay: line(problem + "->setFieldDisplayName(" + v + ");"); break;
+        case kClauseMask: line(problem + "->setFieldMask(" + v + ");"); break;
+        case kClauseValueSpace: line(problem + "->setFieldValueSpace(" + v + ");"); break;
+        case kClauseLength: line(problem + "->setFieldLength(" + v + ");"); break;
+        case kClauseInfoType: line(problem + "->setInfoType(static_cast<ProblemInfoType>(" + v + "));"); break;
         case kClauseIndices: {
-          std::string args = "static_cast<std::int32_t>(" + v + "->asInteger())";
           std::size_t n = clause.values.size() < 8 ? clause.values.size() : 8;
-          for (std::size_t k = 1; k < n; ++k) args += ", static_cast<std::int32_t>(" + value(*clause.values[k]) + "->asInteger())";
-          line(problem + "->setReferenceFieldIndices(" + std::to_string(n) + ", " + args + ");");
+          line(problem + "->setReferenceFieldIndices(" + std::to_string(n) + ", " + v + ");");
           break;
         }
       }

@@ -58,7 +58,7 @@ const FieldDecl *DeclaredTopic::declOf(const FieldDescriptor *field) const {
 
 DeclaredTopic *rootOf(FieldDescriptor *field) {
   while (field->getParent() != nullptr) field = field->getParent();
-  return dynamic_cast<DeclaredTopic *>(field);
+  return static_cast<DeclaredTopic *>(field);
 }
 
 }  // namespace lang

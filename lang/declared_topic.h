@@ -50,7 +50,8 @@ class DeclaredTopic : public Topic {
   Plausi *owner_ = nullptr;
 };
 
-// The root topic above field, walking up its parents.
+// The root topic above field, walking up its parents; field must belong to
+// a tree of DeclaredTopics.
 DeclaredTopic *rootOf(FieldDescriptor *field);
 
 }  // namespace lang

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "quorel/functions/functions.h"
@@ -46,9 +47,9 @@ constexpr char kDateMask[] = "TT.MM.JJJJ";
 // The library's field check registry calls plain functions: this one finds
 // the interpreter through the root topic of the field.
 Value *checkField(RuntimeContext *runtime, Field *field) {
-  DeclaredTopic *root = rootOf(field);
-  if (root == nullptr || root->owner() == nullptr) return runtime->createNilValue();
-  static_cast<Interpreter *>(root->owner())->runFieldCheck(runtime, field);
+  // Registered only for fields of an interpreter's record type, whose root
+  // knows the interpreter.
+  static_cast<Interpreter *>(rootOf(field)->owner())->runFieldCheck(runtime, field);
   return runtime->createNilValue();
 }
 
@@ -72,35 +73,41 @@ struct IndexList {
 
 }  // namespace
 
-// The locals of one rule, function or field check while it runs.
+// The locals of one rule, function or field check while it runs: on the
+// stack for the usual few, on the heap beyond.
 struct Interpreter::Frame {
-  static constexpr std::int32_t kInline = 16;
+  static constexpr std::int32_t kInline = 8;
 
-  Frame(RuntimeContext *runtime, std::int32_t localCount, std::int32_t refCount) : rt(runtime) {
+  Frame(RuntimeContext *runtime, std::int32_t localCount, std::int32_t refCount)
+      : rt(runtime), entry(runtime->getCurrentSection()) {
     if (localCount > kInline || refCount > kInline) {
-      heapLocals.resize(static_cast<std::size_t>(localCount));
-      heapHomes.resize(static_cast<std::size_t>(localCount));
-      heapRefs.resize(static_cast<std::size_t>(refCount));
-      locals = heapLocals.data();
-      homes = heapHomes.data();
-      refs = heapRefs.data();
+      heap = std::make_unique<Heap>();
+      heap->locals.resize(static_cast<std::size_t>(localCount));
+      heap->homes.resize(static_cast<std::size_t>(localCount));
+      heap->refs.resize(static_cast<std::size_t>(refCount));
+      locals = heap->locals.data();
+      homes = heap->homes.data();
+      refs = heap->refs.data();
     }
-    entry = runtime->getCurrentSection();
   }
 
+  struct Heap {
+    std::vector<Value *> locals;
+    std::vector<PlausiSection *> homes;
+    std::vector<FieldDescriptor *> refs;
+  };
+
   RuntimeContext *rt;
-  Value *inlineLocals[kInline];
-  PlausiSection *inlineHomes[kInline];
-  FieldDescriptor *inlineRefs[kInline];
-  std::vector<Value *> heapLocals;
-  std::vector<PlausiSection *> heapHomes;
-  std::vector<FieldDescriptor *> heapRefs;
-  Value **locals = inlineLocals;
-  PlausiSection **homes = inlineHomes;  // the section each local was declared in
-  FieldDescriptor **refs = inlineRefs;
   PlausiSection *entry;  // the section the frame began in
   Value *result = nullptr;
   bool returned = false;
+  Value *inlineLocals[kInline];
+  PlausiSection *inlineHomes[kInline];  // the section each local was declared in
+  FieldDescriptor *inlineRefs[kInline];
+  std::unique_ptr<Heap> heap;
+  Value **locals = inlineLocals;
+  PlausiSection **homes = inlineHomes;
+  FieldDescriptor **refs = inlineRefs;
 };
 
 Interpreter::Interpreter(std::shared_ptr<const RuleSet> rules) : rules_(std::move(rules)), module_(rules_->module()) {
@@ -195,8 +202,8 @@ void Interpreter::runRule(RuntimeContext *runtime, const RuleDecl &rule) {
 }
 
 void Interpreter::runFieldCheck(RuntimeContext *runtime, Field *field) {
-  auto *parent = dynamic_cast<DeclaredTopic *>(field->getParent());
-  const FieldDecl *decl = parent != nullptr ? parent->declOf(field) : nullptr;
+  // Every topic of this rule set's record type is a DeclaredTopic.
+  const FieldDecl *decl = static_cast<DeclaredTopic *>(field->getParent())->declOf(field);
   for (const FieldCheckDecl &check : module_.fieldChecks) {
     if (check.field->decl != decl) continue;
     SectionScope section(runtime, check.section.c_str(), true);
@@ -296,8 +303,8 @@ bool Interpreter::forEach(Frame &f, const Stmt &stmt) {
     Value *range = eval(f, over);
     std::unique_ptr<ValueIterator> walk(range->asRange());
     while (walk->hasNext()) {
-      std::unique_ptr<SectionScope> section;
-      if (stmt.hasSection) section = std::make_unique<SectionScope>(f.rt, stmt.section.c_str());
+      std::optional<SectionScope> section;
+      if (stmt.hasSection) section.emplace(f.rt, stmt.section.c_str());
       f.locals[stmt.slot] = walk->next();
       f.homes[stmt.slot] = f.rt->getCurrentSection();
       if (!block(f, stmt.blocks[0])) return !f.returned;
@@ -308,8 +315,8 @@ bool Interpreter::forEach(Frame &f, const Stmt &stmt) {
   std::int32_t count = countOf(f, over);
   std::int32_t index[] = {0, -1};
   for (std::int32_t i = 0; i < count; ++i) {
-    std::unique_ptr<SectionScope> section;
-    if (stmt.hasSection) section = std::make_unique<SectionScope>(f.rt, stmt.section.c_str());
+    std::optional<SectionScope> section;
+    if (stmt.hasSection) section.emplace(f.rt, stmt.section.c_str());
     index[0] = i;
     f.refs[stmt.slot] = stmt.loop == kLoopTopics
                             ? static_cast<FieldDescriptor *>(static_cast<TopicArray *>(array)->getElement(f.rt, index))
@@ -323,8 +330,8 @@ bool Interpreter::forRange(Frame &f, const Stmt &stmt) {
   std::int64_t first = eval(f, *stmt.exprs[0])->asInteger();
   std::int64_t last = eval(f, *stmt.exprs[1])->asInteger();
   for (std::int64_t i = first; i <= last; ++i) {
-    std::unique_ptr<SectionScope> section;
-    if (stmt.hasSection) section = std::make_unique<SectionScope>(f.rt, stmt.section.c_str());
+    std::optional<SectionScope> section;
+    if (stmt.hasSection) section.emplace(f.rt, stmt.section.c_str());
     f.locals[stmt.slot] = f.rt->createNumberValue(static_cast<double>(i));
     f.homes[stmt.slot] = f.rt->getCurrentSection();
     if (!block(f, stmt.blocks[0])) return !f.returned;
@@ -335,35 +342,58 @@ bool Interpreter::forRange(Frame &f, const Stmt &stmt) {
 void Interpreter::report(Frame &f, const Report &report) {
   RuntimeContext *rt = f.rt;
   if (report.weight < rt->getProblemWeightLevel()) return;
+  // Everything is evaluated and converted before the problem is made, so
+  // that a fault on the way leaves no half-filled problem behind.
+  struct Part {
+    ReportClause kind;
+    const char *text;
+    std::int32_t numbers[8];
+    std::int32_t count;
+  };
+  const char *id = eval(f, *report.id)->asString();
+  FieldDescriptor *field = report.field != nullptr ? resolve(f, *report.field) : nullptr;
+  Part parts[kClauseIndices + 1] = {};  // each clause at most once
+  for (std::size_t c = 0; c < report.clauses.size(); ++c) {
+    const Clause &clause = report.clauses[c];
+    Part &part = parts[c];
+    part.kind = clause.kind;
+    part.text = nullptr;
+    part.count = 0;
+    bool numeric = clause.kind == kClauseLength || clause.kind == kClauseInfoType || clause.kind == kClauseIndices;
+    for (const ExprPtr &value : clause.values) {
+      Value *v = eval(f, *value);
+      if (!numeric) {
+        part.text = v->asString();
+      } else if (part.count < 8) {
+        part.numbers[part.count++] = static_cast<std::int32_t>(v->asInteger());
+      }
+    }
+  }
   PlausiProblem *problem = rt->createProblem(static_cast<ProblemType>(report.type), report.weight);
-  problem->setId(eval(f, *report.id)->asString());
-  if (report.field != nullptr) {
-    FieldDescriptor *field = resolve(f, *report.field);
+  problem->setId(id);
+  if (field != nullptr) {
     problem->setReferenceField(field);
     TypeDescriptor *type = field->getTypeDescriptor();
     problem->setFieldDisplayName(type->getFieldNameDisplay());
     problem->setFieldType(type->getFieldType());
     problem->setFieldMask(type->getMask());
   }
-  for (const Clause &clause : report.clauses) {
-    Value *v = eval(f, *clause.values[0]);
-    switch (clause.kind) {
-      case kClauseText: problem->setShortDescription(v->asString()); break;
-      case kClauseDetails: problem->setLongDescription(v->asString()); break;
-      case kClauseCorrection: problem->setCorrectionInfo(v->asString()); break;
-      case kClauseTopic: problem->setReferenceTopic(v->asString()); break;
-      case kClauseException: problem->setException(v->asString()); break;
-      case kClauseDisplay: problem->setFieldDisplayName(v->asString()); break;
-      case kClauseMask: problem->setFieldMask(v->asString()); break;
-      case kClauseValueSpace: problem->setFieldValueSpace(v->asString()); break;
-      case kClauseLength: problem->setFieldLength(static_cast<std::int32_t>(v->asInteger())); break;
-      case kClauseInfoType: problem->setInfoType(static_cast<ProblemInfoType>(v->asInteger())); break;
+  for (std::size_t c = 0; c < report.clauses.size(); ++c) {
+    const Part &part = parts[c];
+    switch (part.kind) {
+      case kClauseText: problem->setShortDescription(part.text); break;
+      case kClauseDetails: problem->setLongDescription(part.text); break;
+      case kClauseCorrection: problem->setCorrectionInfo(part.text); break;
+      case kClauseTopic: problem->setReferenceTopic(part.text); break;
+      case kClauseException: problem->setException(part.text); break;
+      case kClauseDisplay: problem->setFieldDisplayName(part.text); break;
+      case kClauseMask: problem->setFieldMask(part.text); break;
+      case kClauseValueSpace: problem->setFieldValueSpace(part.text); break;
+      case kClauseLength: problem->setFieldLength(part.numbers[0]); break;
+      case kClauseInfoType: problem->setInfoType(static_cast<ProblemInfoType>(part.numbers[0])); break;
       case kClauseIndices: {
-        std::int32_t i[8] = {0, 0, 0, 0, 0, 0, 0, 0};
-        std::size_t n = clause.values.size() < 8 ? clause.values.size() : 8;
-        i[0] = static_cast<std::int32_t>(v->asInteger());
-        for (std::size_t k = 1; k < n; ++k) i[k] = static_cast<std::int32_t>(eval(f, *clause.values[k])->asInteger());
-        problem->setReferenceFieldIndices(static_cast<std::int32_t>(n), i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7]);
+        const std::int32_t *i = part.numbers;
+        problem->setReferenceFieldIndices(part.count, i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7]);
         break;
       }
     }

@@ -382,8 +382,11 @@ class Parser {
       expectWord("DANN");
       stmt->blocks.push_back(block());
       while (isWord("SONST")) {
-        next();
-        if (acceptWord("WENN")) {
+        // SONST WENN on one line continues this statement; a WENN on the
+        // next line begins a statement of its own inside the SONST block.
+        std::int32_t line = next().pos.line;
+        if (isWord("WENN") && peek().pos.line == line) {
+          next();
           stmt->exprs.push_back(expression());
           expectWord("DANN");
           stmt->blocks.push_back(block());

@@ -15,7 +15,9 @@
 #   line so that their code is emitted and linked.
 # - Unused parameters, variables and functions are allowed; every other warning fails.
 # - A block that includes <quorel/host/...> builds against the host kit too
-#   (-DHOST_INCLUDE=... -DHOST_LIBRARY=...); without the kit it is left out.
+#   (-DHOST_INCLUDE=... -DHOST_LIBRARY=...), and one that includes <quorel/lang/...>
+#   against the rule language (-DLANG_INCLUDE=... -DLANG_LIBRARY=...), which the host kit
+#   uses as well; without them it is left out.
 # - -DBUILD_FLAGS="..." ends every block's command line with the flags of an
 #   instrumented build (sanitizers, coverage).
 

@@ -121,6 +121,18 @@ ENDE)";
             "sonst 2 1: x | - | - | read R.Zahl, R.Name, R.Ja | trail Regel T < Plausi\n");
 }
 
+TEST(ConditionTest, SonstWennOnOneLineContinuesAndOnALineOfItsOwnNests) {
+  // On one line: one statement, one ENDE. On two lines: a WENN inside the
+  // SONST block, with an ENDE of its own, and statements after it.
+  std::string chained = "WENN R.Zahl = 1 DANN " + say("eins") + "SONST WENN R.Zahl = 2 DANN " + say("zwei") + "ENDE";
+  std::string nested = "WENN R.Zahl = 1 DANN " + say("eins") + "SONST\nWENN R.Zahl = 2 DANN " + say("zwei") +
+                       "ENDE\n" + say("sonst") + "ENDE";
+  EXPECT_EQ(runText(rule(chained), {{"R.Zahl", "2"}}), "zwei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  EXPECT_EQ(runText(rule(nested), {{"R.Zahl", "2"}}), "zwei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n"
+                                                      "sonst 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  EXPECT_EQ(runText(rule(nested), {{"R.Zahl", "1"}}), "eins 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+}
+
 TEST(ValueTest, LiteralsOperatorsAndRangesAnswerAsTheLibrary) {
   std::string body = R"(
 SEI a = 12,5
@@ -225,6 +237,12 @@ MELDE FEHLER "Q" GEWICHT 2 FELD R.Adresse.Ort TEXT R.Name)";
   // Below the level nothing is reported, and the texts are not even read.
   SimpleDataRecord other;
   EXPECT_EQ(run(plausi.get(), {}, "Pruefung", nullptr, 4), "");
+}
+
+TEST(ProblemTest, AFaultInItsTextsLeavesNoHalfFilledProblem) {
+  std::string body = say("vorher") + "MELDE FEHLER \"P\" GEWICHT 1 TEXT \"Länge \" & WERTLAENGE(UNUMWANDELBAR(\"weg\"))";
+  EXPECT_EQ(runText(rule(body), {}), "vorher 2 1: x | - | - | read | trail Regel T < Plausi\n"
+                                     "Ausnahme 8: Dieser Wert ist nicht verf\xFC" "gbar: weg\n");
 }
 
 TEST(FunctionTest, CallsWithParametersReturnsFromSectionsAndServesTheHost) {
