@@ -44,6 +44,7 @@
 #include "quorel/host/record_layout.h"
 #include "quorel/host/sql/sql_source.h"
 #include "quorel/host/table_material_access.h"
+#include "quorel/lang/rule_set.h"
 #include "cells.h"
 #include "imported.h"
 #include "problem_columns.h"
@@ -64,6 +65,7 @@ py::object columnWarningType;
 py::object databaseErrorType;
 py::object ruleErrorType;
 py::object materialWarningType;
+py::object ruleFileErrorType;
 
 // detail: what a LoadError adds, in the system's encoding.
 [[noreturn]] void raisePlausiError(const PlausiException &e, const std::string &detail = std::string()) {
@@ -249,7 +251,7 @@ class CheckerPool {
     }
     // Unloaded here, without the lock, unless another thread still runs one.
   }
-  host::CheckSettings &settings() { return settings_; }
+  const host::CheckSettings &settings() const { return settings_; }
 
  private:
   host::CheckSettings settings_;
@@ -258,20 +260,55 @@ class CheckerPool {
   std::unordered_map<std::thread::id, std::shared_ptr<host::Checker>> checkers_;
 };
 
-// quorel.RuleModule: a rule module by library and name.
+// quorel.RuleModule's base: a rule module by library and name, or a rule
+// file read from its path or from a text. A rule file with mistakes raises
+// RuleFileError holding all of them, one FILE:LINE:COLUMN: error: ... each.
 class RuleModule {
  public:
-  RuleModule(std::string library, std::string module) {
+  // text, when given, is the rule file itself (UTF-8 or Windows-1252) and
+  // name the file name its messages show; otherwise library names a rule
+  // file (".qr") or a shared library with the module name.
+  RuleModule(std::optional<std::string> library, std::optional<std::string> module, std::optional<std::string> text,
+             std::string name)
+      : text_(std::move(text)), textName_(std::move(name)) {
     host::CheckSettings settings;
-    settings.library = std::move(library);
-    settings.module = std::move(module);
+    if (text_ || (library && host::isRuleFile(*library))) {
+      std::string shown = text_ ? textName_ : *library;
+      lang::Diagnostics diagnostics;
+      {
+        py::gil_scoped_release release;
+        settings.rules = text_ ? lang::readRuleText(*text_, shown, &diagnostics)
+                               : lang::readRuleFile(shown, &diagnostics);
+      }
+      if (settings.rules == nullptr) raiseRuleFileError(diagnostics.format());
+      settings.module = settings.rules->name();
+      if (library) settings.library = *library;
+      if (module && host::toUtf8(settings.module.c_str()) != *module) {
+        throw py::value_error(shown + " declares the module " + host::toUtf8(settings.module.c_str()) + ", not " +
+                              *module);
+      }
+    } else if (!library || !module) {
+      throw py::type_error("a rule module needs a rule file (a path ending in .qr), or a library and the module's name");
+    } else {
+      settings.library = *library;
+      settings.module = *module;
+    }
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
     py::gil_scoped_release release;
     pool_->forThisThread();  // fails now for a bad path or name
   }
 
-  const std::string &library() const { return pool_->settings().library; }
-  const std::string &name() const { return pool_->settings().module; }
+  // The library or rule file; None for a module read from a text.
+  std::optional<std::string> libraryPath() const {
+    return text_ ? std::nullopt : std::optional<std::string>(settings().library);
+  }
+  std::string moduleName() const {
+    return settings().rules != nullptr ? host::toUtf8(settings().module.c_str()) : settings().module;
+  }
+  // The rule file's text as given, bytes; None unless read from a text.
+  py::object text() const { return text_ ? py::object(py::bytes(*text_)) : py::object(py::none()); }
+  const std::string &textName() const { return textName_; }
+  const host::CheckSettings &settings() const { return pool_->settings(); }
 
   py::object performFunction(const std::string &name, const py::handle &mapping) {
     auto record = recordOfChecked(mapping);
@@ -299,6 +336,12 @@ class RuleModule {
   void close() { pool_->close(); }
 
  private:
+  // message: UTF-8.
+  [[noreturn]] static void raiseRuleFileError(const std::string &message) {
+    PyErr_SetString(ruleFileErrorType.ptr(), message.c_str());
+    throw py::error_already_set();
+  }
+
   // Calls work(plausi, context) without the GIL, on a context of the record
   // set up as the module's checks are; raises PlausiError or RuleError for
   // what the rules threw.
@@ -332,6 +375,8 @@ class RuleModule {
   }
   static std::string encodeName(const std::string &name) { return columnName(py::str(name)); }
 
+  std::optional<std::string> text_;
+  std::string textName_;
   std::unique_ptr<CheckerPool> pool_;
 };
 
@@ -352,8 +397,9 @@ class Checker {
       throw py::value_error("encoding " + encoding + " is not one of windows-1252, utf-8");
     }
     host::CheckSettings settings;
-    settings.library = module.library();
-    settings.module = module.name();
+    settings.library = module.settings().library;
+    settings.module = module.settings().module;
+    settings.rules = module.settings().rules;
     if (flow) settings.flow = columnName(py::str(*flow));
     settings.weightLevel = weightLevel;
     for (const auto &item : materials) addMaterial(item.first, item.second);
@@ -707,6 +753,7 @@ PYBIND11_MODULE(_quorel, m) {
   databaseErrorType = errors.attr("DatabaseError");
   ruleErrorType = errors.attr("RuleError");
   materialWarningType = errors.attr("MaterialWarning");
+  ruleFileErrorType = errors.attr("RuleFileError");
 
   py::class_<quorel::host::Problem>(m, "Problem", "One finding of a run.")
       .def_property_readonly("id", [](const quorel::host::Problem &p) { return decode(p.id); })
@@ -745,9 +792,12 @@ PYBIND11_MODULE(_quorel, m) {
       });
 
   py::class_<RuleModule>(m, "RuleModule")
-      .def(py::init<std::string, std::string>(), py::arg("library_path"), py::arg("module_name"))
-      .def_property_readonly("library_path", &RuleModule::library)
-      .def_property_readonly("module_name", &RuleModule::name)
+      .def(py::init<std::optional<std::string>, std::optional<std::string>, std::optional<std::string>, std::string>(),
+           py::arg("library_path"), py::arg("module_name"), py::arg("text"), py::arg("name"))
+      .def_property_readonly("library_path", &RuleModule::libraryPath)
+      .def_property_readonly("module_name", &RuleModule::moduleName)
+      .def_property_readonly("_text", &RuleModule::text)
+      .def_property_readonly("_text_name", &RuleModule::textName)
       .def("perform_function", &RuleModule::performFunction, py::arg("name"), py::arg("record"))
       .def("check_field", &RuleModule::checkField, py::arg("name"), py::arg("record"))
       .def("close", &RuleModule::close);

@@ -1,6 +1,6 @@
 """Plausibility checks of records with rule modules of the quorel library.
 
->>> module = quorel.RuleModule("libquorel_antrag_rules.so", "Antrag")
+>>> module = quorel.RuleModule("libquorel_antrag_rules.so", "Antrag")  # or quorel.RuleModule("antrag.qr")
 >>> problems = quorel.check_frame(df, module, materials={"Gemeinden": "gemeinden.csv"})  # flow Pruefung, the first
 >>> problems = quorel.check_frame("sqlite:antraege.db?table=antraege", module,
 ...                               materials={"Gemeinden": "sqlite:register.db?table=gemeinden"})
@@ -9,18 +9,58 @@
 import os
 import warnings
 
-from ._errors import ColumnWarning, DatabaseError, MaterialWarning, PlausiError, RecordError, RuleError
+from ._errors import (ColumnWarning, DatabaseError, MaterialWarning, PlausiError, RecordError, RuleError,
+                      RuleFileError)
 from . import _quorel
-from ._quorel import Problem, Result, RuleModule
+from ._quorel import Problem, Result
 
 __all__ = ["Checker", "ColumnWarning", "DatabaseError", "MaterialWarning", "PlausiError", "Problem", "RecordError",
-           "Result", "RuleError", "RuleModule", "check_frame", "PROBLEM_COLUMNS"]
+           "Result", "RuleError", "RuleFileError", "RuleModule", "check_frame", "PROBLEM_COLUMNS"]
 
 # The columns of a problem frame, in order, as quorel-check's JSON Lines and
 # problem tables name them; its index holds the label of the input row of
 # each problem.
 PROBLEM_COLUMNS = ["record", "line", "id", "type", "weight", "text", "details", "field", "field_indices",
                    "accessed", "sections", "failure"]
+
+
+class RuleModule(_quorel.RuleModule):
+    """The rules that check records: a rule file, RuleModule("antrag.qr"),
+    or a C++ rule module, RuleModule("libquorel_antrag_rules.so", "Antrag"),
+    by the path of its shared library and its name; from_text reads the
+    rule file from a text. A rule file with mistakes raises RuleFileError
+    naming all of them; a library that cannot be loaded raises PlausiError.
+    module_name, given for a rule file, must be the one it declares.
+
+    perform_function(name, record) runs one of the module's functions,
+    check_field(name, record) one field's check procedure; close() unloads
+    the module once runs on other threads are over. A RuleModule pickles as
+    where its rules come from (the path, or the text), so Dask workers read
+    the same rules again."""
+
+    def __init__(self, library_path, module_name=None):
+        super().__init__(os.fspath(library_path), module_name, None, "")
+
+    @classmethod
+    def from_text(cls, text, name="<text>"):
+        """The rules of a rule file's text (str, or bytes in UTF-8 or
+        Windows-1252); name is the file name its messages show."""
+        module = cls.__new__(cls)
+        _quorel.RuleModule.__init__(module, None, None, text, str(name))
+        return module
+
+    def __reduce__(self):
+        if self._text is not None:
+            return _from_text, (self._text, self._text_name)
+        return RuleModule, (self.library_path, self.module_name)
+
+    def __repr__(self):
+        return "<RuleModule %s from %s>" % (self.module_name, self._text_name if self._text is not None
+                                            else self.library_path)
+
+
+def _from_text(text, name):
+    return RuleModule.from_text(text, name)
 
 
 class Checker:
