@@ -391,8 +391,8 @@ class Checker {
  public:
   Checker(const RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
           const py::dict &materials, const py::dict &init, std::optional<std::string> log, int logLevel,
-          bool strict, const std::string &encoding)
-      : strict_(strict) {
+          bool strict, const std::string &encoding, bool warn)
+      : strict_(strict), warn_(warn) {
     if (!host::parseEncoding(encoding, &encoding_)) {
       throw py::value_error("encoding " + encoding + " is not one of windows-1252, utf-8");
     }
@@ -504,24 +504,27 @@ class Checker {
     return frame.finish();
   }
 
+  // Reports the columns (names of a frame) as checking their rows would.
+  void reportColumnNames(const py::list &names) {
+    std::vector<std::string> columns;
+    for (const auto &name : names) columns.push_back(columnName(name));
+    reportColumns(columns);
+  }
+
+  // Reports the columns of a CSV file or a database source as checking it
+  // would, reading no more than its header.
+  void reportSourceColumns(const std::string &text) {
+    reportColumns(openSource(text, 0, 0)->columns());
+  }
+
   // The same for the rows of a CSV file or a database source (a connection
   // string), rows [offset, offset + limit) of a database (all from offset
   // when limit < 0; a file is read whole), labelled by the row's number in
   // the source from 0. Raises ValueError for a file and DatabaseError for a
   // database that cannot be read.
   py::dict checkSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
-    std::unique_ptr<host::RowSource> rows;
-    std::string message;
-    if (host::SqlSource::names(text)) {
-      rows = openDatabase(text, offset, limit);
-    } else {
-      offset = 0;
-      {
-        py::gil_scoped_release release;
-        rows = host::CsvRowSource::open(text, &message, encoding_);
-      }
-      if (rows == nullptr) throw py::value_error(message);
-    }
+    if (!host::SqlSource::names(text)) offset = 0;
+    std::unique_ptr<host::RowSource> rows = openSource(text, offset, limit);
     reportColumns(rows->columns());
     host::RecordLayout layout(rows->columns());
     ProblemColumns frame;
@@ -592,6 +595,21 @@ class Checker {
     frame->addOutcome(label, place, *outcome);
   }
 
+  // Opens a CSV file (whole) or rows [offset, offset + limit) of a database
+  // source; raises ValueError for a file and DatabaseError for a database
+  // that cannot be opened.
+  std::unique_ptr<host::RowSource> openSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
+    if (host::SqlSource::names(text)) return openDatabase(text, offset, limit);
+    std::unique_ptr<host::RowSource> rows;
+    std::string message;
+    {
+      py::gil_scoped_release release;
+      rows = host::CsvRowSource::open(text, &message, encoding_);
+    }
+    if (rows == nullptr) throw py::value_error(message);
+    return rows;
+  }
+
   // Opens rows [offset, offset + limit) of a database source; raises
   // DatabaseError when it cannot be read.
   static std::unique_ptr<host::RowSource> openDatabase(const std::string &text, std::int64_t offset,
@@ -627,7 +645,7 @@ class Checker {
       if (verdict == verdicts_.end()) {
         if (check == nullptr) check = std::make_unique<host::ColumnCheck>(pool_->forThisThread()->plausi());
         verdict = verdicts_.emplace(column, host::toUtf8(check->check(column).c_str())).first;
-        if (!strict_ && !verdict->second.empty() &&
+        if (!strict_ && warn_ && !verdict->second.empty() &&
             PyErr_WarnEx(columnWarningType.ptr(), verdict->second.c_str(), 2) != 0) {
           throw py::error_already_set();  // warnings turned into errors
         }
@@ -648,6 +666,7 @@ class Checker {
     std::string errors;
     for (const std::string &error : findings.errors) errors += (errors.empty() ? "" : "\n") + host::toUtf8(error.c_str());
     if (!errors.empty()) throw py::value_error(errors);
+    if (!warn_) return;
     for (const std::string &warning : findings.warnings) {
       if (PyErr_WarnEx(materialWarningType.ptr(), host::toUtf8(warning.c_str()).c_str(), 2) != 0) {
         throw py::error_already_set();
@@ -723,6 +742,7 @@ class Checker {
   }
 
   bool strict_;
+  bool warn_;  // ColumnWarning and MaterialWarning are given
   // How CSV files without a byte-order mark are read.
   host::FileEncoding encoding_ = host::FileEncoding::kWindows1252;
   // Why each column met so far names nothing the module reads ("" when it
@@ -804,12 +824,14 @@ PYBIND11_MODULE(_quorel, m) {
 
   py::class_<Checker>(m, "Checker")
       .def(py::init<const RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
-                    std::optional<std::string>, int, bool, const std::string &>(),
+                    std::optional<std::string>, int, bool, const std::string &, bool>(),
            py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
-           py::arg("log"), py::arg("log_level"), py::arg("strict"), py::arg("encoding"))
+           py::arg("log"), py::arg("log_level"), py::arg("strict"), py::arg("encoding"), py::arg("warn"))
       .def("check", &Checker::check, py::arg("record"))
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"))
       .def("_text_fields", &Checker::textFields, py::arg("names"))
+      .def("_report_columns", &Checker::reportColumnNames, py::arg("names"))
+      .def("_report_source_columns", &Checker::reportSourceColumns, py::arg("source"))
       .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"));
   m.def("_count_rows", &countRows, py::arg("source"));
   // Whether a text is a connection string rather than a file's path.

@@ -84,20 +84,23 @@ class Checker:
     know raises ValueError. A column or key that names no field of the
     module (or has an index beyond a size the module declares) gives a
     ColumnWarning once; with strict=True it raises RecordError instead.
+    warn=False leaves out ColumnWarning and MaterialWarning, for a front end
+    that gave them already (quorel.dask gives them once, on the client).
 
     check() may be called from several threads at once: each thread gets a
     rule set of its own, and the GIL is released while the rules run.
     """
 
     def __init__(self, module, flow=None, weight_level=1, materials=None, init=None, log=None, log_level=4,
-                 strict=False, encoding="windows-1252"):
+                 strict=False, encoding="windows-1252", warn=True):
         if not isinstance(module, RuleModule):
             raise TypeError("module must be a quorel.RuleModule")
         self.module = module
         self._number_columns = set()  # number columns looked at
+        self._warn = bool(warn)
         self._engine = _quorel.Checker(module, flow, int(weight_level), dict(materials or {}), dict(init or {}),
                                        None if log is None else str(log), int(log_level), bool(strict),
-                                       str(encoding))
+                                       str(encoding), self._warn)
 
     def check(self, record):
         """Checks one record, a mapping of hierarchy texts to values, and
@@ -123,14 +126,25 @@ class Checker:
         rows = out["row"]
         return _problem_frame(out, records.index[rows] if len(rows) else records.index[:0])
 
-    def _warn_number_columns(self, records, names):
+    def _report_frame(self, records):
+        """Gives the warnings (or with strict=True the error) of the columns
+        of a frame, rows or none, as checking it would."""
+        names = [str(c) for c in records.columns]
+        self._warn_number_columns(records, names, by_type=True)
+        self._engine._report_columns(names)
+
+    def _warn_number_columns(self, records, names, by_type=False):
         """A ColumnWarning, once per column, for a column of numbers whose
         field the rules read as text: a frame read without dtype=str has
-        made 00340220 the number 340220, and the text is not to be had."""
+        made 00340220 the number 340220, and the text is not to be had. A
+        column of none but missing values holds no numbers, unless by_type
+        says that its type stands for rows read elsewhere."""
         import pandas as pd
+        if not self._warn:
+            return
         numbers = [i for i, c in enumerate(records.columns)
                    if names[i] not in self._number_columns and pd.api.types.is_numeric_dtype(records[c])
-                   and not pd.api.types.is_bool_dtype(records[c]) and records[c].notna().any()]
+                   and not pd.api.types.is_bool_dtype(records[c]) and (by_type or records[c].notna().any())]
         if not numbers:
             return
         texts = self._engine._text_fields([names[i] for i in numbers])
