@@ -108,6 +108,8 @@ def test_database_table_in_slices(client, generated, antrag_library, gemeinden, 
     assert empty.npartitions == 1 and len(empty.compute(scheduler="sync")) == 0
     with pytest.raises(quorel.DatabaseError):
         quorel.dask.check("sqlite:%s?table=fehlt" % file, antrag_library, "Antrag", **options)
+    with pytest.raises(quorel.DatabaseError, match="order="):
+        quorel.dask.check("sqlite:%s?query=SELECT * FROM antraege" % file, antrag_library, "Antrag", **options)
 
 
 def test_local_scheduler_and_bad_input(partitions, antrag_library, gemeinden):

@@ -170,3 +170,27 @@ def test_sources_that_cannot_be_read_raise(db, module, antraege, gemeinden, tmp_
     assert error.value.type == 6 and "ohne_ort" in error.value.message
     frame = checker.check_frame(pd.DataFrame([record]))
     assert frame["failure"].iloc[0].startswith("exception 6")
+
+
+def test_slices_only_in_a_stable_order(db, module, antraege, gemeinden):
+    """Slices (as quorel.dask reads them) of a source without a stable order
+    could lose and double rows: they are refused, and order= gives one."""
+    store_antraege(db, antraege)
+    keyless = "antraege"
+    if db.backend == "sqlite":  # a table keeps its rows in rowid order; a view has none
+        db.execute('CREATE VIEW keyless AS SELECT * FROM antraege;')
+        keyless = "keyless"
+    checker = quorel.Checker(module, materials={"Gemeinden": gemeinden})
+    query = "SELECT * FROM antraege"
+    assert len(checker.check_frame(db.url(table=keyless))) > 0  # read whole, in one statement
+    for source in (db.url(table=keyless), db.url(query=query)):
+        with pytest.raises(quorel.DatabaseError, match="order=A,B"):
+            checker._check_rows(source, 1, 2)
+    want = quorel.check_frame(antraege.sort_values("Antrag.Antragsnummer").reset_index(drop=True), module,
+                              materials={"Gemeinden": gemeinden})
+    for source in (db.url(table=keyless, order="Antrag.Antragsnummer"),
+                   db.url(query=query, order="Antrag.Antragsnummer")):
+        ordered = checker.check_frame(source)
+        slices = pd.concat([checker._check_rows(source, offset, 1) for offset in range(len(antraege))])
+        pd.testing.assert_frame_equal(slices.astype(str), ordered.astype(str))
+        pd.testing.assert_frame_equal(ordered.drop(columns="line").astype(str), want.drop(columns="line").astype(str))
