@@ -211,8 +211,8 @@ def check_frame(records, module, **options):
     cell an empty field) and labelled by row number from 0 (ValueError when
     it cannot be opened); or a database source, a connection string:
     sqlite:FILE?table=T or postgresql://user@host/db?table=T, or ?query=SELECT
-    ... instead of table= (parameters percent-encoded; order=A,B orders a
-    table's rows, else its primary key does). The rows of a database are
+    ... instead of table= (parameters percent-encoded; order=A,B orders the
+    rows of a table or query, else a table's primary key does). The rows of a database are
     labelled by their number from 0 in that order. A source that cannot be
     read (a malformed string, a missing database, table or column, a lost
     connection) raises DatabaseError.

@@ -83,7 +83,9 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     ROWS_PER_PARTITION rows) that each worker reads for itself, by offset
     and limit in the source's order; labels are row numbers as check_frame
     gives them. The source must be reachable from here and from every worker
-    and keep its rows while they are read; a query should order its rows.
+    and keep its rows while they are read, and must have a stable order: a
+    table's primary key (SQLite: a table's rowid) or order=A,B (for a table
+    or a query); one without is refused with DatabaseError.
     records may also be CSV files: a glob pattern (expanded here), a path or
     a list of paths, each file reachable here and by every worker at that
     path. Each file is one partition, read by a worker with quorel's own CSV
