@@ -194,3 +194,25 @@ def test_slices_only_in_a_stable_order(db, module, antraege, gemeinden):
         slices = pd.concat([checker._check_rows(source, offset, 1) for offset in range(len(antraege))])
         pd.testing.assert_frame_equal(slices.astype(str), ordered.astype(str))
         pd.testing.assert_frame_equal(ordered.drop(columns="line").astype(str), want.drop(columns="line").astype(str))
+
+
+ZAHL_RULES = """MODUL Zahl
+SATZ Zahl
+  FELD Wert TEXT
+ENDE
+ABLAUF Pruefung: Wert
+REGEL Wert
+  WENN GUELTIG(Zahl.Wert) DANN
+    MELDE HINWEIS "Z-01" GEWICHT 1 TEXT Zahl.Wert
+  ENDE
+ENDE
+"""
+
+
+def test_postgresql_numeric_keeps_every_digit(db):
+    if db.backend == "sqlite":
+        pytest.skip("SQLite has no decimal type: its NUMERIC columns hold whole numbers and doubles")
+    db.create("zahlen", [("Zahl.Wert", "NUMERIC")], [["12345678901234567.89"], ["0.10"], ["-7"], [None]])
+    module = quorel.RuleModule.from_text(ZAHL_RULES, name="zahl.qr")
+    frame = quorel.check_frame(db.url(table="zahlen"), module)
+    assert list(frame["text"]) == ["12345678901234567,89", "0,10", "-7"]
