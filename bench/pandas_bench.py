@@ -8,7 +8,7 @@ The 13 rules of examples/rules/antrag_rules.cpp are written here as a data
 team would write them in pandas: str methods, to_numeric and to_datetime
 with errors="coerce", a merge for the material Gemeinden, boolean masks.
 They give one row per problem, indexed by the label of the input row, with
-the columns id, type, weight, short_text, long_text, field and sections of
+the columns id, type, weight, text, details, field and sections of
 quorel.check_frame.
 
 The same rules run once more as a plain Python loop over the CSV rows
@@ -16,7 +16,7 @@ The same rules run once more as a plain Python loop over the CSV rows
 
 First all three are run on the same 100 000 generated applications (fewer
 when RECORDS is smaller) and must report exactly the same problems, every
-column but accessed_fields (which fields a rule read); the run stops loudly
+column but accessed (which fields a rule read); the run stops loudly
 when they do not. --check-only stops there. Then RECORDS applications
 (default 1 000 000) are timed, each the best of REPEAT runs (default 5):
   - pandas read_csv + check, and the check alone on a DataFrame in memory;
@@ -40,6 +40,7 @@ import argparse
 import csv
 import datetime
 import functools
+import json
 import math
 import os
 import re
@@ -85,7 +86,7 @@ RULES = {
     "EIN-01": (2, 2, "Ein Monatseinkommen liegt \xfcber 5.000 Euro.",
                "Bei hohem Einkommen besteht m\xf6glicherweise kein Anspruch.", ("Regel Einkommen", "Plausi")),
 }
-COLUMNS = ["id", "type", "weight", "short_text", "long_text", "field", "sections"]
+COLUMNS = ["id", "type", "weight", "text", "details", "field", "sections"]
 FAMILIENSTAND = ["L", "V", "E", "G", "W"]
 FORMER = ["G", "W"]  # below "ehemals verheiratet" (E)
 # An amount under the mask ######.##: up to six digits, points only between
@@ -348,6 +349,9 @@ def check_rows(path, gemeinden_path):
 def _rows(frame, columns):
     """The problems of a frame as a sorted list of plain tuples."""
     values = [frame.index.to_list()] + [frame[name].astype(object).to_list() for name in columns]
+    # quorel's frame holds the trail of sections as a JSON array.
+    values = [[tuple(json.loads(v)) if isinstance(v, str) and v.startswith("[") else v for v in column]
+              for column in values]
     return sorted(zip(*values))
 
 
@@ -355,9 +359,9 @@ def check_identical(module, path, records):
     """Stops the run unless pandas, the plain loop and quorel find exactly
     the same problems in the file."""
     expected = quorel.check_frame(path, module, flow="Pruefung", materials={"Gemeinden": bench_support.GEMEINDEN})
-    failed = expected["error"].notna()
+    failed = expected["failure"].notna()
     if failed.any():
-        sys.exit("quorel could not check %d rows, first: %s" % (failed.sum(), expected["error"][failed].iloc[0]))
+        sys.exit("quorel could not check %d rows, first: %s" % (failed.sum(), expected["failure"][failed].iloc[0]))
     theirs = _rows(expected, COLUMNS)
     for what, check_path in (("pandas", check_file), ("the plain loop", check_rows)):
         ours = _rows(check_path(path, bench_support.GEMEINDEN), COLUMNS)
