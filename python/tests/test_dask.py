@@ -153,6 +153,18 @@ def test_warnings_reach_the_client_once(partitions, antrag_library, gemeinden, r
                 frame = result.compute(scheduler="sync")
             assert [w for w in caught if issubclass(w.category, (quorel.ColumnWarning, quorel.MaterialWarning))] == []
             assert len(frame) > 0
+    # A file's header is read here too.
+    lines = open(partitions.replace("*", "0"), "rb").read().splitlines(keepends=True)
+    extra = os.path.join(os.path.dirname(partitions), "extra.csv")
+    with open(extra, "wb") as out:
+        out.writelines(line.rstrip(b"\r\n") + (b";Antrag.Unbekannt\n" if i == 0 else b";x\n")
+                       for i, line in enumerate(lines))
+    with pytest.warns(quorel.ColumnWarning, match="Antrag.Unbekannt") as caught:
+        result = quorel.dask.check([extra], os.path.join(rules_dir, "antrag.qr"), materials={"Gemeinden": gemeinden})
+    assert len(caught) == 1
+    with warnings.catch_warnings():
+        warnings.simplefilter("error", quorel.ColumnWarning)
+        assert len(result.compute(scheduler="sync")) > 0
     with pytest.raises(quorel.RecordError, match="Antrag.Unbekannt"), pytest.warns(quorel.ColumnWarning):
         quorel.dask.check(ddf, os.path.join(rules_dir, "antrag.qr"), materials={"Gemeinden": gemeinden}, strict=True)
     with pytest.raises(ValueError, match="Gemeinden"):
