@@ -40,6 +40,7 @@ class RuleModule(_quorel.RuleModule):
 
     def __init__(self, library_path, module_name=None):
         super().__init__(os.fspath(library_path), module_name, None, "")
+        self._made = True
 
     @classmethod
     def from_text(cls, text, name="<text>"):
@@ -47,6 +48,7 @@ class RuleModule(_quorel.RuleModule):
         Windows-1252); name is the file name its messages show."""
         module = cls.__new__(cls)
         _quorel.RuleModule.__init__(module, None, None, text, str(name))
+        module._made = True
         return module
 
     def __reduce__(self):
@@ -55,6 +57,9 @@ class RuleModule(_quorel.RuleModule):
         return RuleModule, (self.library_path, self.module_name)
 
     def __repr__(self):
+        # A traceback may show one whose making failed: it has no rules to name.
+        if not self.__dict__.get("_made"):
+            return "<RuleModule, not made>"
         return "<RuleModule %s from %s>" % (self.module_name, self._text_name if self._text is not None
                                             else self.library_path)
 
