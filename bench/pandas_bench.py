@@ -351,6 +351,9 @@ def check_rows(path, gemeinden_path):
 def _rows(frame, columns):
     """The problems of a frame as a sorted list of plain tuples."""
     values = [frame.index.to_list()] + [frame[name].astype(object).to_list() for name in columns]
+    # quorel's frame holds the trail of sections as a JSON array.
+    values = [[tuple(json.loads(v)) if isinstance(v, str) and v.startswith("[") else v for v in column]
+              for column in values]
     return sorted(zip(*values))
 
 

@@ -44,6 +44,7 @@
 #include "quorel/host/record_layout.h"
 #include "quorel/host/sql/sql_source.h"
 #include "quorel/host/table_material_access.h"
+#include "quorel/lang/rule_set.h"
 #include "cells.h"
 #include "imported.h"
 #include "problem_columns.h"
@@ -64,6 +65,7 @@ py::object columnWarningType;
 py::object databaseErrorType;
 py::object ruleErrorType;
 py::object materialWarningType;
+py::object ruleFileErrorType;
 
 // detail: what a LoadError adds, in the system's encoding.
 [[noreturn]] void raisePlausiError(const PlausiException &e, const std::string &detail = std::string()) {
@@ -249,7 +251,7 @@ class CheckerPool {
     }
     // Unloaded here, without the lock, unless another thread still runs one.
   }
-  host::CheckSettings &settings() { return settings_; }
+  const host::CheckSettings &settings() const { return settings_; }
 
  private:
   host::CheckSettings settings_;
@@ -258,20 +260,55 @@ class CheckerPool {
   std::unordered_map<std::thread::id, std::shared_ptr<host::Checker>> checkers_;
 };
 
-// quorel.RuleModule: a rule module by library and name.
+// quorel.RuleModule's base: a rule module by library and name, or a rule
+// file read from its path or from a text. A rule file with mistakes raises
+// RuleFileError holding all of them, one FILE:LINE:COLUMN: error: ... each.
 class RuleModule {
  public:
-  RuleModule(std::string library, std::string module) {
+  // text, when given, is the rule file itself (UTF-8 or Windows-1252) and
+  // name the file name its messages show; otherwise library names a rule
+  // file (".qr") or a shared library with the module name.
+  RuleModule(std::optional<std::string> library, std::optional<std::string> module, std::optional<std::string> text,
+             std::string name)
+      : text_(std::move(text)), textName_(std::move(name)) {
     host::CheckSettings settings;
-    settings.library = std::move(library);
-    settings.module = std::move(module);
+    if (text_ || (library && host::isRuleFile(*library))) {
+      std::string shown = text_ ? textName_ : *library;
+      lang::Diagnostics diagnostics;
+      {
+        py::gil_scoped_release release;
+        settings.rules = text_ ? lang::readRuleText(*text_, shown, &diagnostics)
+                               : lang::readRuleFile(shown, &diagnostics);
+      }
+      if (settings.rules == nullptr) raiseRuleFileError(diagnostics.format());
+      settings.module = settings.rules->name();
+      if (library) settings.library = *library;
+      if (module && host::toUtf8(settings.module.c_str()) != *module) {
+        throw py::value_error(shown + " declares the module " + host::toUtf8(settings.module.c_str()) + ", not " +
+                              *module);
+      }
+    } else if (!library || !module) {
+      throw py::type_error("a rule module needs a rule file (a path ending in .qr), or a library and the module's name");
+    } else {
+      settings.library = *library;
+      settings.module = *module;
+    }
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
     py::gil_scoped_release release;
     pool_->forThisThread();  // fails now for a bad path or name
   }
 
-  const std::string &library() const { return pool_->settings().library; }
-  const std::string &name() const { return pool_->settings().module; }
+  // The library or rule file; None for a module read from a text.
+  std::optional<std::string> libraryPath() const {
+    return text_ ? std::nullopt : std::optional<std::string>(settings().library);
+  }
+  std::string moduleName() const {
+    return settings().rules != nullptr ? host::toUtf8(settings().module.c_str()) : settings().module;
+  }
+  // The rule file's text as given, bytes; None unless read from a text.
+  py::object text() const { return text_ ? py::object(py::bytes(*text_)) : py::object(py::none()); }
+  const std::string &textName() const { return textName_; }
+  const host::CheckSettings &settings() const { return pool_->settings(); }
 
   py::object performFunction(const std::string &name, const py::handle &mapping) {
     auto record = recordOfChecked(mapping);
@@ -299,6 +336,12 @@ class RuleModule {
   void close() { pool_->close(); }
 
  private:
+  // message: UTF-8.
+  [[noreturn]] static void raiseRuleFileError(const std::string &message) {
+    PyErr_SetString(ruleFileErrorType.ptr(), message.c_str());
+    throw py::error_already_set();
+  }
+
   // Calls work(plausi, context) without the GIL, on a context of the record
   // set up as the module's checks are; raises PlausiError or RuleError for
   // what the rules threw.
@@ -332,6 +375,8 @@ class RuleModule {
   }
   static std::string encodeName(const std::string &name) { return columnName(py::str(name)); }
 
+  std::optional<std::string> text_;
+  std::string textName_;
   std::unique_ptr<CheckerPool> pool_;
 };
 
@@ -346,14 +391,15 @@ class Checker {
  public:
   Checker(const RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
           const py::dict &materials, const py::dict &init, std::optional<std::string> log, int logLevel,
-          bool strict, const std::string &encoding)
-      : strict_(strict) {
+          bool strict, const std::string &encoding, bool warn)
+      : strict_(strict), warn_(warn) {
     if (!host::parseEncoding(encoding, &encoding_)) {
       throw py::value_error("encoding " + encoding + " is not one of windows-1252, utf-8");
     }
     host::CheckSettings settings;
-    settings.library = module.library();
-    settings.module = module.name();
+    settings.library = module.settings().library;
+    settings.module = module.settings().module;
+    settings.rules = module.settings().rules;
     if (flow) settings.flow = columnName(py::str(*flow));
     settings.weightLevel = weightLevel;
     for (const auto &item : materials) addMaterial(item.first, item.second);
@@ -458,24 +504,27 @@ class Checker {
     return frame.finish();
   }
 
+  // Reports the columns (names of a frame) as checking their rows would.
+  void reportColumnNames(const py::list &names) {
+    std::vector<std::string> columns;
+    for (const auto &name : names) columns.push_back(columnName(name));
+    reportColumns(columns);
+  }
+
+  // Reports the columns of a CSV file or a database source as checking it
+  // would, reading no more than its header.
+  void reportSourceColumns(const std::string &text) {
+    reportColumns(openSource(text, 0, 0)->columns());
+  }
+
   // The same for the rows of a CSV file or a database source (a connection
   // string), rows [offset, offset + limit) of a database (all from offset
   // when limit < 0; a file is read whole), labelled by the row's number in
   // the source from 0. Raises ValueError for a file and DatabaseError for a
   // database that cannot be read.
   py::dict checkSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
-    std::unique_ptr<host::RowSource> rows;
-    std::string message;
-    if (host::SqlSource::names(text)) {
-      rows = openDatabase(text, offset, limit);
-    } else {
-      offset = 0;
-      {
-        py::gil_scoped_release release;
-        rows = host::CsvRowSource::open(text, &message, encoding_);
-      }
-      if (rows == nullptr) throw py::value_error(message);
-    }
+    if (!host::SqlSource::names(text)) offset = 0;
+    std::unique_ptr<host::RowSource> rows = openSource(text, offset, limit);
     reportColumns(rows->columns());
     host::RecordLayout layout(rows->columns());
     ProblemColumns frame;
@@ -546,6 +595,21 @@ class Checker {
     frame->addOutcome(label, place, *outcome);
   }
 
+  // Opens a CSV file (whole) or rows [offset, offset + limit) of a database
+  // source; raises ValueError for a file and DatabaseError for a database
+  // that cannot be opened.
+  std::unique_ptr<host::RowSource> openSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
+    if (host::SqlSource::names(text)) return openDatabase(text, offset, limit);
+    std::unique_ptr<host::RowSource> rows;
+    std::string message;
+    {
+      py::gil_scoped_release release;
+      rows = host::CsvRowSource::open(text, &message, encoding_);
+    }
+    if (rows == nullptr) throw py::value_error(message);
+    return rows;
+  }
+
   // Opens rows [offset, offset + limit) of a database source; raises
   // DatabaseError when it cannot be read.
   static std::unique_ptr<host::RowSource> openDatabase(const std::string &text, std::int64_t offset,
@@ -581,7 +645,7 @@ class Checker {
       if (verdict == verdicts_.end()) {
         if (check == nullptr) check = std::make_unique<host::ColumnCheck>(pool_->forThisThread()->plausi());
         verdict = verdicts_.emplace(column, host::toUtf8(check->check(column).c_str())).first;
-        if (!strict_ && !verdict->second.empty() &&
+        if (!strict_ && warn_ && !verdict->second.empty() &&
             PyErr_WarnEx(columnWarningType.ptr(), verdict->second.c_str(), 2) != 0) {
           throw py::error_already_set();  // warnings turned into errors
         }
@@ -602,6 +666,7 @@ class Checker {
     std::string errors;
     for (const std::string &error : findings.errors) errors += (errors.empty() ? "" : "\n") + host::toUtf8(error.c_str());
     if (!errors.empty()) throw py::value_error(errors);
+    if (!warn_) return;
     for (const std::string &warning : findings.warnings) {
       if (PyErr_WarnEx(materialWarningType.ptr(), host::toUtf8(warning.c_str()).c_str(), 2) != 0) {
         throw py::error_already_set();
@@ -677,6 +742,7 @@ class Checker {
   }
 
   bool strict_;
+  bool warn_;  // ColumnWarning and MaterialWarning are given
   // How CSV files without a byte-order mark are read.
   host::FileEncoding encoding_ = host::FileEncoding::kWindows1252;
   // Why each column met so far names nothing the module reads ("" when it
@@ -707,6 +773,7 @@ PYBIND11_MODULE(_quorel, m) {
   databaseErrorType = errors.attr("DatabaseError");
   ruleErrorType = errors.attr("RuleError");
   materialWarningType = errors.attr("MaterialWarning");
+  ruleFileErrorType = errors.attr("RuleFileError");
 
   py::class_<quorel::host::Problem>(m, "Problem", "One finding of a run.")
       .def_property_readonly("id", [](const quorel::host::Problem &p) { return decode(p.id); })
@@ -745,21 +812,26 @@ PYBIND11_MODULE(_quorel, m) {
       });
 
   py::class_<RuleModule>(m, "RuleModule")
-      .def(py::init<std::string, std::string>(), py::arg("library_path"), py::arg("module_name"))
-      .def_property_readonly("library_path", &RuleModule::library)
-      .def_property_readonly("module_name", &RuleModule::name)
+      .def(py::init<std::optional<std::string>, std::optional<std::string>, std::optional<std::string>, std::string>(),
+           py::arg("library_path"), py::arg("module_name"), py::arg("text"), py::arg("name"))
+      .def_property_readonly("library_path", &RuleModule::libraryPath)
+      .def_property_readonly("module_name", &RuleModule::moduleName)
+      .def_property_readonly("_text", &RuleModule::text)
+      .def_property_readonly("_text_name", &RuleModule::textName)
       .def("perform_function", &RuleModule::performFunction, py::arg("name"), py::arg("record"))
       .def("check_field", &RuleModule::checkField, py::arg("name"), py::arg("record"))
       .def("close", &RuleModule::close);
 
   py::class_<Checker>(m, "Checker")
       .def(py::init<const RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
-                    std::optional<std::string>, int, bool, const std::string &>(),
+                    std::optional<std::string>, int, bool, const std::string &, bool>(),
            py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
-           py::arg("log"), py::arg("log_level"), py::arg("strict"), py::arg("encoding"))
+           py::arg("log"), py::arg("log_level"), py::arg("strict"), py::arg("encoding"), py::arg("warn"))
       .def("check", &Checker::check, py::arg("record"))
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"))
       .def("_text_fields", &Checker::textFields, py::arg("names"))
+      .def("_report_columns", &Checker::reportColumnNames, py::arg("names"))
+      .def("_report_source_columns", &Checker::reportSourceColumns, py::arg("source"))
       .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"));
   m.def("_count_rows", &countRows, py::arg("source"));
   // Whether a text is a connection string rather than a file's path.

@@ -29,8 +29,8 @@ SqlCellKind kindOf(Oid type) {
     case kInt8:
     case kOid: return SqlCellKind::kInteger;
     case kFloat4:
-    case kFloat8:
-    case kNumeric: return SqlCellKind::kReal;
+    case kFloat8: return SqlCellKind::kReal;
+    case kNumeric: return SqlCellKind::kDecimal;
     case kDate: return SqlCellKind::kDate;
     default: return SqlCellKind::kText;
   }

@@ -49,6 +49,11 @@ CellRead readCellUtf8(SqlStatement *statement, int column, const std::string &ta
       if (point != std::string::npos) (*utf8)[point] = ',';
       return CellRead::kValue;
     }
+    case SqlCellKind::kDecimal:
+      // Every digit as the server wrote it, with the decimal comma (NaN as written).
+      utf8->assign(raw.data(), raw.size());
+      if (std::size_t point = utf8->find('.'); point != std::string::npos) (*utf8)[point] = ',';
+      return CellRead::kValue;
     case SqlCellKind::kDate:
       if (raw.size() == 10 && raw[4] == '-' && raw[7] == '-' && digits(raw.substr(0, 4)) &&
           digits(raw.substr(5, 2)) && digits(raw.substr(8, 2))) {

@@ -4,6 +4,7 @@
 //   NULL and the empty text   an empty field
 //   whole number              its digits (-12)
 //   real number               the shortest exact decimal, with a comma (2800,5)
+//   decimal (numeric)         every digit as stored, with a comma (0,10)
 //   date (ISO YYYY-MM-DD)     TT.MM.JJJJ; a text in a DATE column that is no
 //                             ISO date stays as it is, for the rules to judge
 //   truth value               WAHR or FALSCH

@@ -33,8 +33,10 @@ struct SqlParam {
   static SqlParam ofText(std::string value);
 };
 
-// What a cell of a result holds, as far as the database tells.
-enum class SqlCellKind { kNull, kInteger, kReal, kText, kDate, kBool, kBinary };
+// What a cell of a result holds, as far as the database tells: kReal a
+// binary floating-point number, kDecimal one whose text holds every digit
+// (PostgreSQL's numeric), which no double may round.
+enum class SqlCellKind { kNull, kInteger, kReal, kDecimal, kText, kDate, kBool, kBinary };
 
 class SqlStatement {
  public:

@@ -1,5 +1,7 @@
 #include "quorel/host/sql/sql_row_source.h"
 
+#include <limits>
+
 #include "quorel/host/sql/sql_cells.h"
 #include "quorel/host/sql/sql_connection.h"
 
@@ -8,10 +10,28 @@ namespace host {
 
 namespace {
 
+// " ORDER BY" the columns, or "" for none.
+std::string orderBy(const std::vector<std::string> &order) {
+  std::string sql;
+  for (std::size_t i = 0; i < order.size(); ++i) sql += (i == 0 ? " ORDER BY " : ", ") + quoteIdentifier(order[i]);
+  return sql;
+}
+
 // The SELECT of the source's rows, its columns checked; empty with a message
-// when the table or an order column is missing.
-std::string selectOf(const SqlSource &source, SqlConnection *connection, std::string *message) {
-  if (!source.query.empty()) return source.query;
+// when the table or an order column is missing. A slice of the rows needs
+// an order that gives the rows the same places in every statement: without
+// one, a database may hand each slice its rows in another order, and rows
+// go missing or come twice.
+std::string selectOf(const SqlSource &source, SqlConnection *connection, bool slice, std::string *message) {
+  if (!source.query.empty()) {
+    if (slice && source.order.empty()) {
+      *message = "the rows of a query are read in slices only in a stable order: name the columns that order "
+                 "them uniquely with order=A,B";
+      return std::string();
+    }
+    return source.order.empty() ? source.query
+                                : "SELECT * FROM (" + source.query + ") AS quorel_query" + orderBy(source.order);
+  }
   if (source.table.empty()) {
     *message = "no table or query in " + source.where() + " (add ?table=NAME or ?query=SELECT...)";
     return std::string();
@@ -20,16 +40,20 @@ std::string selectOf(const SqlSource &source, SqlConnection *connection, std::st
   if (!connection->describe(source.table, &table, message)) return std::string();
   std::string sql = "SELECT * FROM " + quoteIdentifier(source.table);
   const std::vector<std::string> &order = source.order.empty() ? table.key : source.order;
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    bool known = order[i] == "rowid";
-    for (const std::string &column : table.columns) known = known || column == order[i];
+  if (slice && order.empty()) {
+    *message = "table " + source.table + " has no primary key, so its rows have no stable order to be read in "
+               "slices: name the columns that order them uniquely with order=A,B";
+    return std::string();
+  }
+  for (const std::string &column : order) {
+    bool known = column == "rowid";
+    for (const std::string &c : table.columns) known = known || c == column;
     if (!known) {
-      *message = "table " + source.table + " has no column " + order[i] + " to order by";
+      *message = "table " + source.table + " has no column " + column + " to order by";
       return std::string();
     }
-    sql += (i == 0 ? " ORDER BY " : ", ") + quoteIdentifier(order[i]);
   }
-  return sql;
+  return sql + orderBy(order);
 }
 
 }  // namespace
@@ -44,12 +68,13 @@ std::unique_ptr<SqlRowSource> SqlRowSource::open(const SqlSource &source, std::s
   rows->connection_ = SqlConnection::open(source, false, message);
   if (rows->connection_ == nullptr) return nullptr;
   std::string error;
-  std::string sql = selectOf(source, rows->connection_.get(), &error);
+  const bool slice = options.limit >= 0 || options.offset > 0;
+  std::string sql = selectOf(source, rows->connection_.get(), slice, &error);
   std::vector<SqlParam> params;
-  if (!sql.empty() && options.limit >= 0) {
+  if (!sql.empty() && slice) {
     SqlConnection &c = *rows->connection_;
     sql = "SELECT * FROM (" + sql + ") AS quorel_rows LIMIT " + c.placeholder(1) + " OFFSET " + c.placeholder(2);
-    params = {SqlParam::ofInteger(options.limit), SqlParam::ofInteger(options.offset)};
+    params = {SqlParam::ofInteger(options.limit < 0 ? std::numeric_limits<std::int64_t>::max() : options.limit), SqlParam::ofInteger(options.offset)};
   }
   if (!sql.empty()) rows->statement_ = rows->connection_->prepare(sql, &error);
   if (rows->statement_ == nullptr || !rows->statement_->run(params, &error)) {
@@ -70,7 +95,7 @@ bool SqlRowSource::count(const SqlSource &source, std::int64_t *count, std::stri
   auto connection = SqlConnection::open(source, false, message);
   if (connection == nullptr) return false;
   std::string error;
-  std::string sql = selectOf(source, connection.get(), &error);
+  std::string sql = selectOf(source, connection.get(), false, &error);
   std::unique_ptr<SqlStatement> statement;
   if (!sql.empty()) statement = connection->prepare("SELECT count(*) FROM (" + sql + ") AS quorel_rows", &error);
   if (statement == nullptr || !statement->run({}, &error) || !statement->next(&error)) {

@@ -3,7 +3,7 @@
 // (Antrag.Kinder[0].Vorname, Antrag.Kinder#); cells take the form a CSV file
 // would carry (sql_cells.h). A table's rows come in the order that the
 // source names, else by its primary key (SQLite: by rowid); a query's rows in
-// its own order. Positions count the rows from 1 (after the offset).
+// the order that the source names, else in its own order. Positions count the rows from 1 (after the offset).
 //
 // A cell that cannot be a field gives its row an error naming the table and
 // column. A failure of the database (a lost connection) gives one more row
@@ -28,7 +28,9 @@ class SqlStatement;
 
 struct SqlReadOptions {
   // A slice of the rows: skip offset rows, then read at most limit (all
-  // when negative).
+  // when negative). A slice is read only in a stable order: that of the
+  // source (order=), or a table's primary key (SQLite: its rowid); a table
+  // without one, or a query without order=, is refused.
   std::int64_t offset = 0;
   std::int64_t limit = -1;
   // Cells stay UTF-8 (for a front end that speaks it) instead of turning

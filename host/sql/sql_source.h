@@ -8,7 +8,8 @@
 //   table=T          the table or view (a material's name when left out)
 //   query=SQL        a query instead of a table (records only); a ';' at
 //                    its end is dropped, as a single statement needs none
-//   order=A,B        the columns that order the rows (else the primary key)
+//   order=A,B        the columns that order the rows (else a table's primary
+//                    key); a query's rows too
 //   column.F=C       the column C for the field with hierarchy text F
 // Every other parameter of a postgresql:// string is libpq's and passes on
 // untouched (host=/run/postgresql, sslmode=..., options=...).

@@ -127,11 +127,20 @@ class SqliteConnection : public SqlConnection {
     auto info = prepare("SELECT name, pk FROM pragma_table_info(?1) ORDER BY cid", message);
     if (info == nullptr || !info->run({SqlParam::ofText(table)}, message)) return false;
     if (!readTableColumns(info.get(), table, out, message)) return false;
-    // A table without a declared key keeps its rows in rowid order; a view
-    // and a table WITHOUT ROWID have no rowid.
+    // A table without a declared key keeps its rows in rowid order; a table
+    // WITHOUT ROWID has none, and a view's rowid is NULL, whatever its rows.
     if (out->key.empty()) {
       std::string ignored;
-      if (prepare("SELECT rowid FROM " + quoteIdentifier(table), &ignored) != nullptr) out->key.push_back("rowid");
+      std::string failure;
+      auto kind = prepare("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?1", message);
+      if (kind == nullptr || !kind->run({SqlParam::ofText(table)}, message)) return false;
+      const bool isTable = kind->next(&failure);
+      kind->finish();
+      if (!failure.empty()) {
+        *message = failure;
+        return false;
+      }
+      if (isTable && prepare("SELECT rowid FROM " + quoteIdentifier(table), &ignored) != nullptr) out->key.push_back("rowid");
     }
     return true;
   }

@@ -1,6 +1,6 @@
 """Plausibility checks of records with rule modules of the quorel library.
 
->>> module = quorel.RuleModule("libquorel_antrag_rules.so", "Antrag")
+>>> module = quorel.RuleModule("libquorel_antrag_rules.so", "Antrag")  # or quorel.RuleModule("antrag.qr")
 >>> problems = quorel.check_frame(df, module, materials={"Gemeinden": "gemeinden.csv"})  # flow Pruefung, the first
 >>> problems = quorel.check_frame("sqlite:antraege.db?table=antraege", module,
 ...                               materials={"Gemeinden": "sqlite:register.db?table=gemeinden"})
@@ -9,18 +9,63 @@
 import os
 import warnings
 
-from ._errors import ColumnWarning, DatabaseError, MaterialWarning, PlausiError, RecordError, RuleError
+from ._errors import (ColumnWarning, DatabaseError, MaterialWarning, PlausiError, RecordError, RuleError,
+                      RuleFileError)
 from . import _quorel
-from ._quorel import Problem, Result, RuleModule
+from ._quorel import Problem, Result
 
 __all__ = ["Checker", "ColumnWarning", "DatabaseError", "MaterialWarning", "PlausiError", "Problem", "RecordError",
-           "Result", "RuleError", "RuleModule", "check_frame", "PROBLEM_COLUMNS"]
+           "Result", "RuleError", "RuleFileError", "RuleModule", "check_frame", "PROBLEM_COLUMNS"]
 
 # The columns of a problem frame, in order, as quorel-check's JSON Lines and
 # problem tables name them; its index holds the label of the input row of
 # each problem.
 PROBLEM_COLUMNS = ["record", "line", "id", "type", "weight", "text", "details", "field", "field_indices",
                    "accessed", "sections", "failure"]
+
+
+class RuleModule(_quorel.RuleModule):
+    """The rules that check records: a rule file, RuleModule("antrag.qr"),
+    or a C++ rule module, RuleModule("libquorel_antrag_rules.so", "Antrag"),
+    by the path of its shared library and its name; from_text reads the
+    rule file from a text. A rule file with mistakes raises RuleFileError
+    naming all of them; a library that cannot be loaded raises PlausiError.
+    module_name, given for a rule file, must be the one it declares.
+
+    perform_function(name, record) runs one of the module's functions,
+    check_field(name, record) one field's check procedure; close() unloads
+    the module once runs on other threads are over. A RuleModule pickles as
+    where its rules come from (the path, or the text), so Dask workers read
+    the same rules again."""
+
+    def __init__(self, library_path, module_name=None):
+        super().__init__(os.fspath(library_path), module_name, None, "")
+        self._made = True
+
+    @classmethod
+    def from_text(cls, text, name="<text>"):
+        """The rules of a rule file's text (str, or bytes in UTF-8 or
+        Windows-1252); name is the file name its messages show."""
+        module = cls.__new__(cls)
+        _quorel.RuleModule.__init__(module, None, None, text, str(name))
+        module._made = True
+        return module
+
+    def __reduce__(self):
+        if self._text is not None:
+            return _from_text, (self._text, self._text_name)
+        return RuleModule, (self.library_path, self.module_name)
+
+    def __repr__(self):
+        # A traceback may show one whose making failed: it has no rules to name.
+        if not self.__dict__.get("_made"):
+            return "<RuleModule, not made>"
+        return "<RuleModule %s from %s>" % (self.module_name, self._text_name if self._text is not None
+                                            else self.library_path)
+
+
+def _from_text(text, name):
+    return RuleModule.from_text(text, name)
 
 
 class Checker:
@@ -44,20 +89,23 @@ class Checker:
     know raises ValueError. A column or key that names no field of the
     module (or has an index beyond a size the module declares) gives a
     ColumnWarning once; with strict=True it raises RecordError instead.
+    warn=False leaves out ColumnWarning and MaterialWarning, for a front end
+    that gave them already (quorel.dask gives them once, on the client).
 
     check() may be called from several threads at once: each thread gets a
     rule set of its own, and the GIL is released while the rules run.
     """
 
     def __init__(self, module, flow=None, weight_level=1, materials=None, init=None, log=None, log_level=4,
-                 strict=False, encoding="windows-1252"):
+                 strict=False, encoding="windows-1252", warn=True):
         if not isinstance(module, RuleModule):
             raise TypeError("module must be a quorel.RuleModule")
         self.module = module
         self._number_columns = set()  # number columns looked at
+        self._warn = bool(warn)
         self._engine = _quorel.Checker(module, flow, int(weight_level), dict(materials or {}), dict(init or {}),
                                        None if log is None else str(log), int(log_level), bool(strict),
-                                       str(encoding))
+                                       str(encoding), self._warn)
 
     def check(self, record):
         """Checks one record, a mapping of hierarchy texts to values, and
@@ -83,14 +131,25 @@ class Checker:
         rows = out["row"]
         return _problem_frame(out, records.index[rows] if len(rows) else records.index[:0])
 
-    def _warn_number_columns(self, records, names):
+    def _report_frame(self, records):
+        """Gives the warnings (or with strict=True the error) of the columns
+        of a frame, rows or none, as checking it would."""
+        names = [str(c) for c in records.columns]
+        self._warn_number_columns(records, names, by_type=True)
+        self._engine._report_columns(names)
+
+    def _warn_number_columns(self, records, names, by_type=False):
         """A ColumnWarning, once per column, for a column of numbers whose
         field the rules read as text: a frame read without dtype=str has
-        made 00340220 the number 340220, and the text is not to be had."""
+        made 00340220 the number 340220, and the text is not to be had. A
+        column of none but missing values holds no numbers, unless by_type
+        says that its type stands for rows read elsewhere."""
         import pandas as pd
+        if not self._warn:
+            return
         numbers = [i for i, c in enumerate(records.columns)
                    if names[i] not in self._number_columns and pd.api.types.is_numeric_dtype(records[c])
-                   and not pd.api.types.is_bool_dtype(records[c]) and records[c].notna().any()]
+                   and not pd.api.types.is_bool_dtype(records[c]) and (by_type or records[c].notna().any())]
         if not numbers:
             return
         texts = self._engine._text_fields([names[i] for i in numbers])
@@ -157,8 +216,8 @@ def check_frame(records, module, **options):
     cell an empty field) and labelled by row number from 0 (ValueError when
     it cannot be opened); or a database source, a connection string:
     sqlite:FILE?table=T or postgresql://user@host/db?table=T, or ?query=SELECT
-    ... instead of table= (parameters percent-encoded; order=A,B orders a
-    table's rows, else its primary key does). The rows of a database are
+    ... instead of table= (parameters percent-encoded; order=A,B orders the
+    rows of a table or query, else a table's primary key does). The rows of a database are
     labelled by their number from 0 in that order. A source that cannot be
     read (a malformed string, a missing database, table or column, a lost
     connection) raises DatabaseError.

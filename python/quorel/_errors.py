@@ -46,3 +46,10 @@ class MaterialWarning(UserWarning):
     """A material that was given but that the rule module never queries
     (a misspelt name, say): it is never read. With strict=True it is a
     ValueError instead."""
+
+
+class RuleFileError(ValueError):
+    """A rule file (or text) that cannot be read or holds mistakes: the
+    message tells every mistake at once, each as a line
+    FILE:LINE:COLUMN: error: MESSAGE followed by the source line and a caret
+    under the column."""

@@ -13,10 +13,12 @@ own progress bars (dask.diagnostics.ProgressBar, distributed.progress).
 """
 import glob
 import os
+import pickle
 import threading
 
 import dask
 import dask.dataframe as dd
+import numpy as np
 import pandas as pd
 
 import quorel
@@ -28,36 +30,52 @@ _checkers = {}
 _lock = threading.Lock()
 
 
-def _checker(key, library_path, module_name, options, names, materials):
+def _checker(key, rules, options, names, materials):
+    """rules: the rule module pickled, which makes it again from its
+    library and name, its rule file's path or its text (bytes, which Dask
+    hands on as they are). The warnings of the columns and materials were
+    given on the client."""
     with _lock:
         checker = _checkers.get(key)
         if checker is None:
-            module = quorel.RuleModule(library_path, module_name)
-            checker = quorel.Checker(module, materials=dict(zip(names, materials)), **options)
+            checker = quorel.Checker(pickle.loads(rules), materials=dict(zip(names, materials)), warn=False, **options)
             _checkers[key] = checker
         return checker
 
 
-def _check_partition(part, key, library_path, module_name, options, names, *materials):
-    return _checker(key, library_path, module_name, options, names, materials).check_frame(part)
+def _check_partition(part, key, rules, options, names, *materials):
+    return _checker(key, rules, options, names, materials).check_frame(part)
 
 
-def _check_slice(source, offset, limit, key, library_path, module_name, options, names, *materials):
-    return _checker(key, library_path, module_name, options, names, materials)._check_rows(source, offset, limit)
+def _check_slice(source, offset, limit, key, rules, options, names, *materials):
+    return _checker(key, rules, options, names, materials)._check_rows(source, offset, limit)
 
 
-def _meta(index):
+def _check_file(file, key, rules, options, names, *materials):
+    frame = _check_slice(file, 0, -1, key, rules, options, names, *materials)
+    frame["source"] = pd.Categorical.from_codes(np.zeros(len(frame), np.int8), categories=[file])
+    return frame
+
+
+def _meta(index, source=False):
     # Each partition has categories of its own.
-    return dd.utils.clear_known_categories(quorel._empty_frame(index))
+    frame = quorel._empty_frame(index)
+    if source:
+        frame["source"] = pd.Categorical([])
+    return dd.utils.clear_known_categories(frame)
 
 
 # Rows per slice of a database source when npartitions is not given.
 ROWS_PER_PARTITION = 50000
 
 
-def check(records, library_path, module_name, materials=None, npartitions=None, **options):
+def check(records, module, module_name=None, materials=None, npartitions=None, **options):
     """A Dask DataFrame of the problems of every row of the records, exactly
     as quorel.check_frame gives them.
+
+    module: a quorel.RuleModule, or what makes one: a rule file's path, or a
+    library's path with module_name. Each worker makes it again from its
+    library and name, its rule file (at the same path) or its text.
 
     records: a Dask DataFrame, checked partition by partition; or a database
     source (a connection string, see quorel.check_frame), whose rows are
@@ -65,31 +83,51 @@ def check(records, library_path, module_name, materials=None, npartitions=None, 
     ROWS_PER_PARTITION rows) that each worker reads for itself, by offset
     and limit in the source's order; labels are row numbers as check_frame
     gives them. The source must be reachable from here and from every worker
-    and keep its rows while they are read; a query should order its rows.
+    and keep its rows while they are read, and must have a stable order: a
+    table's primary key (SQLite: a table's rowid) or order=A,B (for a table
+    or a query); one without is refused with DatabaseError.
     records may also be CSV files: a glob pattern (expanded here), a path or
-    a list of paths, each file reachable by every worker at that path. Each
-    file is one partition, read by a worker with quorel's own CSV reader
-    (as quorel.check_frame reads a CSV path) and labelled by row number from
-    0, as dask.dataframe.read_csv(files, blocksize=None) labels its rows.
+    a list of paths, each file reachable here and by every worker at that
+    path. Each file is one partition, read by a worker with quorel's own CSV
+    reader (as quorel.check_frame reads a CSV path) and labelled by row
+    number from 0, as dask.dataframe.read_csv(files, blocksize=None) labels
+    its rows; a last column, source, names the file of each problem.
     materials: {name: CSV path or connection string reachable by every
     worker, pandas DataFrame, or a Future of a scattered DataFrame}; the
-    other options are those of quorel.Checker."""
+    other options are those of quorel.Checker.
+
+    The module, the flow, the materials' names and the columns (a Dask
+    DataFrame's, or the header of each file or source) are checked here,
+    once: errors are raised and ColumnWarning and MaterialWarning given here
+    before anything is computed, and never again by the workers."""
+    if not isinstance(module, quorel.RuleModule):
+        module = quorel.RuleModule(module, module_name)
+    rules = pickle.dumps(module)
     materials = dict(materials or {})
     names = list(materials)
     values = [materials[n] for n in names]
-    # What identifies the materials on a worker: a path or connection string,
-    # a scattered DataFrame's key, or the token of a DataFrame shipped in the
-    # graph.
-    token = dask.base.tokenize(library_path, module_name, sorted(options.items()), names,
+    # What identifies the rules and materials on a worker: a path or
+    # connection string, a scattered DataFrame's key, or the token of a
+    # DataFrame shipped in the graph.
+    token = dask.base.tokenize(rules, sorted(options.items()), names,
                                [getattr(v, "key", v) if not isinstance(v, pd.DataFrame) else dask.base.tokenize(v)
                                 for v in values])
-    if isinstance(records, str) and quorel._quorel._names_database(records):
-        return _check_source(records, npartitions, token, library_path, module_name, options, names, values)
-    if isinstance(records, (str, os.PathLike, list, tuple)):
-        return _check_files(_files(records), token, library_path, module_name, options, names, values)
-    if not isinstance(records, dd.DataFrame):
+    database = isinstance(records, str) and quorel._quorel._names_database(records)
+    files = None if database or not isinstance(records, (str, os.PathLike, list, tuple)) else _files(records)
+    if not database and files is None and not isinstance(records, dd.DataFrame):
         raise TypeError("records must be a dask.dataframe.DataFrame, CSV files or a connection string")
-    return records.map_partitions(_check_partition, token, library_path, module_name, options, names, *values,
+    # The materials' names are all that matters here.
+    here = quorel.Checker(module, materials={n: pd.DataFrame() for n in names},
+                          **{k: v for k, v in options.items() if k != "log"})
+    if database:
+        here._engine._report_source_columns(records)
+        return _check_source(records, npartitions, token, rules, options, names, values)
+    if files is not None:
+        for file in files:
+            here._engine._report_source_columns(file)
+        return _check_files(files, token, rules, options, names, values)
+    here._report_frame(records._meta)
+    return records.map_partitions(_check_partition, token, rules, options, names, *values,
                                   meta=_meta(records._meta.index), align_dataframes=False)
 
 
@@ -112,14 +150,14 @@ def _shipped(values):
     return [dask.delayed(v, pure=True) if isinstance(v, pd.DataFrame) else v for v in values]
 
 
-def _check_files(files, token, library_path, module_name, options, names, values):
-    check_file = dask.delayed(_check_slice, pure=True)
+def _check_files(files, token, rules, options, names, values):
+    check_file = dask.delayed(_check_file, pure=True)
     values = _shipped(values)
-    parts = [check_file(f, 0, -1, token, library_path, module_name, options, names, *values) for f in files]
-    return dd.from_delayed(parts, meta=_meta(pd.Index([], dtype="int64")), verify_meta=False)
+    parts = [check_file(f, token, rules, options, names, *values) for f in files]
+    return dd.from_delayed(parts, meta=_meta(pd.Index([], dtype="int64"), source=True), verify_meta=False)
 
 
-def _check_source(source, npartitions, token, library_path, module_name, options, names, values):
+def _check_source(source, npartitions, token, rules, options, names, values):
     rows = quorel._quorel._count_rows(source)
     if npartitions is None:
         npartitions = -(-rows // ROWS_PER_PARTITION)
@@ -127,7 +165,7 @@ def _check_source(source, npartitions, token, library_path, module_name, options
     offsets = [rows * i // npartitions for i in range(npartitions + 1)]
     check_slice = dask.delayed(_check_slice, pure=True)
     values = _shipped(values)
-    parts = [check_slice(source, first, end - first, token, library_path, module_name, options, names, *values)
+    parts = [check_slice(source, first, end - first, token, rules, options, names, *values)
              for first, end in zip(offsets, offsets[1:])]
     # Each slice holds the labels from its offset on; the last label is rows - 1.
     divisions = offsets[:-1] + [rows - 1] if rows else None

@@ -51,3 +51,9 @@ def module(antrag_library):
     m = quorel.RuleModule(antrag_library, "Antrag")
     yield m
     m.close()
+
+
+@pytest.fixture(scope="session")
+def rules_dir(data_dir):
+    """The bundled rule files."""
+    return os.path.join(os.path.dirname(data_dir), "rules")

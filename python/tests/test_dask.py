@@ -64,17 +64,19 @@ def test_local_cluster_gives_what_check_frame_gives(client, partitions, antrag_l
     for materials in ({"Gemeinden": gemeinden}, {"Gemeinden": client.scatter(places, broadcast=True)}):
         # The same from the DataFrame and from the files that the workers read themselves.
         for records in (ddf, partitions):
-            result = quorel.dask.check(records, antrag_library, "Antrag", flow="Pruefung", materials=materials)
+            result = quorel.dask.check(records, quorel.RuleModule(antrag_library, "Antrag"), flow="Pruefung", materials=materials)
             assert result.npartitions == 4
             parts = client.gather(client.compute(result.to_delayed()))
-            for part, want_part in zip(parts, want):
-                # Files have lines, frames none.
+            for i, (part, want_part) in enumerate(zip(parts, want)):
+                if records is partitions:  # files have lines and name themselves, frames neither
+                    assert set(part.pop("source")) == {os.path.join(os.path.dirname(partitions), "part%d.csv" % i)}
                 pd.testing.assert_frame_equal(part.drop(columns="line"), want_part.drop(columns="line"))
     # All partitions in one frame: categories of their own joined in order.
     whole = quorel.dask.check(partitions, antrag_library, "Antrag", flow="Pruefung",
                               materials={"Gemeinden": gemeinden}).compute()
-    pd.testing.assert_frame_equal(whole.drop(columns="line"), pd.concat(want).drop(columns="line"),
+    pd.testing.assert_frame_equal(whole.drop(columns=["line", "source"]), pd.concat(want).drop(columns="line"),
                                   check_categorical=False)
+    assert whole["source"].nunique() == 4
     assert list(whole["id"].cat.categories) == list(dict.fromkeys(pd.concat(want)["id"].astype(object)))
 
 
@@ -106,6 +108,8 @@ def test_database_table_in_slices(client, generated, antrag_library, gemeinden, 
     assert empty.npartitions == 1 and len(empty.compute(scheduler="sync")) == 0
     with pytest.raises(quorel.DatabaseError):
         quorel.dask.check("sqlite:%s?table=fehlt" % file, antrag_library, "Antrag", **options)
+    with pytest.raises(quorel.DatabaseError, match="order="):
+        quorel.dask.check("sqlite:%s?query=SELECT * FROM antraege" % file, antrag_library, "Antrag", **options)
 
 
 def test_local_scheduler_and_bad_input(partitions, antrag_library, gemeinden):
@@ -122,3 +126,46 @@ def test_local_scheduler_and_bad_input(partitions, antrag_library, gemeinden):
                           materials={"Gemeinden": gemeinden}).compute(scheduler="sync")
     with pytest.raises(quorel.PlausiError):
         quorel.dask.check(ddf, "/nonexistent.so", "Antrag").compute(scheduler="sync")
+
+
+def test_warnings_reach_the_client_once(partitions, antrag_library, gemeinden, rules_dir):
+    """The workers' warnings are given where check() is called, before
+    anything runs, and never again while the partitions are computed."""
+    import warnings
+    ddf = read(partitions)
+    ddf = ddf.assign(**{"Antrag.Unbekannt": "x", "Antrag.Antragsteller.Name": 1})
+    materials = {"Gemeinden": gemeinden, "Regionen": gemeinden}
+    for module in (os.path.join(rules_dir, "antrag.qr"), quorel.RuleModule.from_text(
+            open(os.path.join(rules_dir, "antrag.qr"), encoding="utf-8").read(), name="antrag.qr")):
+        for records in (ddf, partitions):
+            with warnings.catch_warnings(record=True) as caught:
+                warnings.simplefilter("always")
+                result = quorel.dask.check(records, module, materials=materials)
+            messages = sorted(str(w.message).split(" ")[:2] for w in caught
+                              if issubclass(w.category, (quorel.ColumnWarning, quorel.MaterialWarning)))
+            if records is ddf:
+                assert messages == [["column", "Antrag.Antragsteller.Name"], ["column", "Antrag.Unbekannt"],
+                                    ["material", "Regionen"]], messages
+            else:
+                assert messages == [["material", "Regionen"]], messages
+            with warnings.catch_warnings(record=True) as caught:
+                warnings.simplefilter("always")
+                frame = result.compute(scheduler="sync")
+            assert [w for w in caught if issubclass(w.category, (quorel.ColumnWarning, quorel.MaterialWarning))] == []
+            assert len(frame) > 0
+    # A file's header is read here too.
+    lines = open(partitions.replace("*", "0"), "rb").read().splitlines(keepends=True)
+    extra = os.path.join(os.path.dirname(partitions), "extra.csv")
+    with open(extra, "wb") as out:
+        out.writelines(line.rstrip(b"\r\n") + (b";Antrag.Unbekannt\n" if i == 0 else b";x\n")
+                       for i, line in enumerate(lines))
+    with pytest.warns(quorel.ColumnWarning, match="Antrag.Unbekannt") as caught:
+        result = quorel.dask.check([extra], os.path.join(rules_dir, "antrag.qr"), materials={"Gemeinden": gemeinden})
+    assert len(caught) == 1
+    with warnings.catch_warnings():
+        warnings.simplefilter("error", quorel.ColumnWarning)
+        assert len(result.compute(scheduler="sync")) > 0
+    with pytest.raises(quorel.RecordError, match="Antrag.Unbekannt"), pytest.warns(quorel.ColumnWarning):
+        quorel.dask.check(ddf, os.path.join(rules_dir, "antrag.qr"), materials={"Gemeinden": gemeinden}, strict=True)
+    with pytest.raises(ValueError, match="Gemeinden"):
+        quorel.dask.check(ddf, os.path.join(rules_dir, "antrag.qr"))

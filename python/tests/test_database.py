@@ -170,3 +170,49 @@ def test_sources_that_cannot_be_read_raise(db, module, antraege, gemeinden, tmp_
     assert error.value.type == 6 and "ohne_ort" in error.value.message
     frame = checker.check_frame(pd.DataFrame([record]))
     assert frame["failure"].iloc[0].startswith("exception 6")
+
+
+def test_slices_only_in_a_stable_order(db, module, antraege, gemeinden):
+    """Slices (as quorel.dask reads them) of a source without a stable order
+    could lose and double rows: they are refused, and order= gives one."""
+    store_antraege(db, antraege)
+    keyless = "antraege"
+    if db.backend == "sqlite":  # a table keeps its rows in rowid order; a view has none
+        db.execute('CREATE VIEW keyless AS SELECT * FROM antraege;')
+        keyless = "keyless"
+    checker = quorel.Checker(module, materials={"Gemeinden": gemeinden})
+    query = "SELECT * FROM antraege"
+    assert len(checker.check_frame(db.url(table=keyless))) > 0  # read whole, in one statement
+    for source in (db.url(table=keyless), db.url(query=query)):
+        with pytest.raises(quorel.DatabaseError, match="order=A,B"):
+            checker._check_rows(source, 1, 2)
+    want = quorel.check_frame(antraege.sort_values("Antrag.Antragsnummer").reset_index(drop=True), module,
+                              materials={"Gemeinden": gemeinden})
+    for source in (db.url(table=keyless, order="Antrag.Antragsnummer"),
+                   db.url(query=query, order="Antrag.Antragsnummer")):
+        ordered = checker.check_frame(source)
+        slices = pd.concat([checker._check_rows(source, offset, 1) for offset in range(len(antraege))])
+        pd.testing.assert_frame_equal(slices.astype(str), ordered.astype(str))
+        pd.testing.assert_frame_equal(ordered.drop(columns="line").astype(str), want.drop(columns="line").astype(str))
+
+
+ZAHL_RULES = """MODUL Zahl
+SATZ Zahl
+  FELD Wert TEXT
+ENDE
+ABLAUF Pruefung: Wert
+REGEL Wert
+  WENN GUELTIG(Zahl.Wert) DANN
+    MELDE HINWEIS "Z-01" GEWICHT 1 TEXT Zahl.Wert
+  ENDE
+ENDE
+"""
+
+
+def test_postgresql_numeric_keeps_every_digit(db):
+    if db.backend == "sqlite":
+        pytest.skip("SQLite has no decimal type: its NUMERIC columns hold whole numbers and doubles")
+    db.create("zahlen", [("Zahl.Wert", "NUMERIC")], [["12345678901234567.89"], ["0.10"], ["-7"], [None]])
+    module = quorel.RuleModule.from_text(ZAHL_RULES, name="zahl.qr")
+    frame = quorel.check_frame(db.url(table="zahlen"), module)
+    assert list(frame["text"]) == ["12345678901234567,89", "0,10", "-7"]

@@ -1,0 +1,76 @@
+"""Rule files from Python: read from a path or a text, they find what the
+C++ modules of the same rules find, and a faulty one names every mistake."""
+import os
+import pickle
+
+import pandas as pd
+import pytest
+
+import quorel
+
+
+def test_rule_files_find_what_the_cpp_modules_find(rules_dir, data_dir, antraege, antrag_library, umfrage_library,
+                                                   gemeinden):
+    found = {}
+    umfragen = pd.read_csv(os.path.join(data_dir, "umfragen.csv"), sep=";", dtype=str, encoding="cp1252")
+    for rule_file, library, name, records, materials in [
+            ("antrag.qr", antrag_library, "Antrag", antraege, {"Gemeinden": gemeinden}),
+            ("umfrage.qr", umfrage_library, "Umfrage", umfragen, {})]:
+        path = os.path.join(rules_dir, rule_file)
+        interpreted = quorel.RuleModule(path)
+        assert (interpreted.module_name, interpreted.library_path) == (name, path)
+        expected = quorel.check_frame(records, quorel.RuleModule(library, name), materials=materials)
+        assert len(expected) > 0
+        for module in (interpreted, quorel.RuleModule(path, name),
+                       quorel.RuleModule.from_text(open(path, encoding="utf-8").read(), name=rule_file)):
+            frame = quorel.check_frame(records, module, materials=materials)
+            pd.testing.assert_frame_equal(frame, expected)
+            assert frame.attrs["summary"] == expected.attrs["summary"]
+        found[name] = expected
+    # A checker of its own, one record at a time.
+    checker = quorel.Checker(quorel.RuleModule(os.path.join(rules_dir, "antrag.qr")), materials={"Gemeinden": gemeinden})
+    label = found["Antrag"].index[-1]
+    result = checker.check(antraege.loc[label].to_dict())
+    assert [p.id for p in result.problems] == list(found["Antrag"].loc[[label], "id"])
+
+
+FAULTY = """MODUL Kurs
+SATZ Kurs
+  FELD Titel TEXT
+ENDE
+REGEL Titel
+  WENN GUELTIG(Kurs.Dauer) DANN
+  ENDE
+ENDE
+ABLAUF Pruefung: Titel, Ende
+"""
+
+
+def test_every_mistake_of_a_rule_file_is_named_at_once(tmp_path, rules_dir):
+    with pytest.raises(quorel.RuleFileError) as raised:
+        quorel.RuleModule.from_text(FAULTY, name="kurs.qr")
+    lines = [line for line in str(raised.value).splitlines() if ": error: " in line]
+    assert [line.split(": error: ")[0] for line in lines] == ["kurs.qr:6:21", "kurs.qr:9:25"]
+    assert "Dauer" in lines[0]
+    path = tmp_path / "kurs.qr"
+    path.write_text(FAULTY, encoding="utf-8")
+    with pytest.raises(quorel.RuleFileError, match="kurs.qr:6:21: error: "):
+        quorel.RuleModule(path)
+    with pytest.raises(quorel.RuleFileError, match="missing.qr"):
+        quorel.RuleModule(str(tmp_path / "missing.qr"))
+    with pytest.raises(ValueError, match="declares the module Antrag, not Umfrage"):
+        quorel.RuleModule(os.path.join(rules_dir, "antrag.qr"), "Umfrage")
+    with pytest.raises(TypeError, match="module's name"):
+        quorel.RuleModule("libquorel_antrag_rules.so")
+
+
+def test_rule_modules_pickle_as_where_their_rules_come_from(rules_dir, antrag_library):
+    path = os.path.join(rules_dir, "antrag.qr")
+    text = FAULTY.replace("Kurs.Dauer", "Kurs.Titel").replace(", Ende", "")
+    for module in (quorel.RuleModule(path), quorel.RuleModule(antrag_library, "Antrag"),
+                   quorel.RuleModule.from_text(text, name="kurs.qr")):
+        copy = pickle.loads(pickle.dumps(module))
+        assert type(copy) is quorel.RuleModule
+        assert (copy.module_name, copy.library_path, repr(copy)) == (module.module_name, module.library_path,
+                                                                     repr(module))
+    assert quorel.RuleModule.from_text(text.encode("cp1252")).library_path is None
