@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "quorel/lang/builtins.h"
+#include "quorel/lang/clauses.h"
 #include "quorel/lang/encoding.h"
 #include "quorel/lang/parser.h"
 #include "quorel/masks/util.h"
@@ -414,14 +415,11 @@ class Checker {
     for (Clause &clause : report->clauses) {
       if (!seen.insert(clause.kind).second) error(clause.pos, "this clause is given twice");
       for (ExprPtr &v : clause.values) {
-        if (clause.kind == kClauseLength || clause.kind == kClauseInfoType || clause.kind == kClauseIndices) {
+        if (clauseInfo(clause.kind).numeric()) {
           number(v.get());
         } else {
           value(v.get());
         }
-      }
-      if ((clause.kind == kClauseDisplay || clause.kind == kClauseMask) && report->field == nullptr) {
-        // Allowed: a problem may describe a field it does not point to.
       }
     }
   }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "quorel/lang/builtins.h"
+#include "quorel/lang/clauses.h"
 #include "quorel/lang/encoding.h"
 
 namespace quorel {
@@ -52,28 +53,19 @@ std::string number(double value) {
 
 // A C++ name for a rule-file name (umlauts spelt out, anything else '_').
 std::string identifier(const std::string &name) {
+  static const std::pair<unsigned char, const char *> kSpelt[] = {
+      {0xE4, "ae"}, {0xF6, "oe"}, {0xFC, "ue"}, {0xC4, "Ae"}, {0xD6, "Oe"}, {0xDC, "Ue"}, {0xDF, "ss"}};
   std::string out;
   for (char c : name) {
-    auto byte = static_cast<unsigned char>(c);
     if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_') {
       out += c;
-    } else if (byte == 0xE4) {
-      out += "ae";
-    } else if (byte == 0xF6) {
-      out += "oe";
-    } else if (byte == 0xFC) {
-      out += "ue";
-    } else if (byte == 0xC4) {
-      out += "Ae";
-    } else if (byte == 0xD6) {
-      out += "Oe";
-    } else if (byte == 0xDC) {
-      out += "Ue";
-    } else if (byte == 0xDF) {
-      out += "ss";
-    } else {
-      out += '_';
+      continue;
     }
+    const char *spelt = "_";
+    for (const auto &letter : kSpelt) {
+      if (letter.first == static_cast<unsigned char>(c)) spelt = letter.second;
+    }
+    out += spelt;
   }
   return out;
 }
@@ -545,7 +537,7 @@ class Emitter {
     std::string field = report.field != nullptr ? path(*report.field) : "nullptr";
     std::vector<std::string> parts;
     for (const Clause &clause : report.clauses) {
-      bool numeric = clause.kind == kClauseLength || clause.kind == kClauseInfoType || clause.kind == kClauseIndices;
+      bool numeric = clauseInfo(clause.kind).numeric();
       std::string part;
       for (std::size_t k = 0; k < clause.values.size() && k < 8; ++k) {
         std::string v = value(*clause.values[k]);
@@ -566,22 +558,14 @@ class Emitter {
     for (std::size_t c = 0; c < report.clauses.size(); ++c) {
       const Clause &clause = report.clauses[c];
       const std::string &v = parts[c];
-      switch (clause.kind) {
-        case kClauseText: line(problem + "->setShortDescription(" + v + ");"); break;
-        case kClauseDetails: line(problem + "->setLongDescription(" + v + ");"); break;
-        case kClauseCorrection: line(problem + "->setCorrectionInfo(" + v + ");"); break;
-        case kClauseTopic: line(problem + "->setReferenceTopic(" + v + ");"); break;
-        case kClauseException: line(problem + "->setException(" + v + ");"); break;
-        case kClauseDisplay: line(problem + "->setFieldDisplayName(" + v + ");"); break;
-        case kClauseMask: line(problem + "->setFieldMask(" + v + ");"); break;
-        case kClauseValueSpace: line(problem + "->setFieldValueSpace(" + v + ");"); break;
-        case kClauseLength: line(problem + "->setFieldLength(" + v + ");"); break;
-        case kClauseInfoType: line(problem + "->setInfoType(static_cast<ProblemInfoType>(" + v + "));"); break;
-        case kClauseIndices: {
-          std::size_t n = clause.values.size() < 8 ? clause.values.size() : 8;
-          line(problem + "->setReferenceFieldIndices(" + std::to_string(n) + ", " + v + ");");
-          break;
-        }
+      std::string setter = std::string(clauseInfo(clause.kind).setter) + "(";
+      if (clause.kind == kClauseInfoType) {
+        line(problem + "->" + setter + "static_cast<ProblemInfoType>(" + v + "));");
+      } else if (clause.kind == kClauseIndices) {
+        std::size_t n = clause.values.size() < 8 ? clause.values.size() : 8;
+        line(problem + "->" + setter + std::to_string(n) + ", " + v + ");");
+      } else {
+        line(problem + "->" + setter + v + ");");
       }
     }
     line("rt->setSectionInfosToProblem(" + problem + ");");

@@ -8,6 +8,7 @@
 
 #include "quorel/functions/functions.h"
 #include "quorel/lang/builtins.h"
+#include "quorel/lang/clauses.h"
 #include "quorel/masks/util.h"
 #include "quorel/material/field_set.h"
 #include "quorel/material/material.h"
@@ -359,7 +360,7 @@ void Interpreter::report(Frame &f, const Report &report) {
     part.kind = clause.kind;
     part.text = nullptr;
     part.count = 0;
-    bool numeric = clause.kind == kClauseLength || clause.kind == kClauseInfoType || clause.kind == kClauseIndices;
+    bool numeric = clauseInfo(clause.kind).numeric();
     for (const ExprPtr &value : clause.values) {
       Value *v = eval(f, *value);
       if (!numeric) {
@@ -380,22 +381,16 @@ void Interpreter::report(Frame &f, const Report &report) {
   }
   for (std::size_t c = 0; c < report.clauses.size(); ++c) {
     const Part &part = parts[c];
-    switch (part.kind) {
-      case kClauseText: problem->setShortDescription(part.text); break;
-      case kClauseDetails: problem->setLongDescription(part.text); break;
-      case kClauseCorrection: problem->setCorrectionInfo(part.text); break;
-      case kClauseTopic: problem->setReferenceTopic(part.text); break;
-      case kClauseException: problem->setException(part.text); break;
-      case kClauseDisplay: problem->setFieldDisplayName(part.text); break;
-      case kClauseMask: problem->setFieldMask(part.text); break;
-      case kClauseValueSpace: problem->setFieldValueSpace(part.text); break;
-      case kClauseLength: problem->setFieldLength(part.numbers[0]); break;
-      case kClauseInfoType: problem->setInfoType(static_cast<ProblemInfoType>(part.numbers[0])); break;
-      case kClauseIndices: {
-        const std::int32_t *i = part.numbers;
-        problem->setReferenceFieldIndices(part.count, i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7]);
-        break;
-      }
+    const ClauseInfo &info = clauseInfo(part.kind);
+    if (!info.numeric()) {
+      (problem->*info.setText)(part.text);
+    } else if (part.kind == kClauseLength) {
+      problem->setFieldLength(part.numbers[0]);
+    } else if (part.kind == kClauseInfoType) {
+      problem->setInfoType(static_cast<ProblemInfoType>(part.numbers[0]));
+    } else {
+      const std::int32_t *i = part.numbers;
+      problem->setReferenceFieldIndices(part.count, i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7]);
     }
   }
   rt->setSectionInfosToProblem(problem);

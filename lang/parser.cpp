@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "quorel/lang/clauses.h"
 #include "quorel/lang/encoding.h"
 #include "quorel/material/filter_condition.h"
 #include "quorel/values/interval_range.h"
@@ -473,23 +474,16 @@ class Parser {
     expectWord("GEWICHT");
     report->weight = wholeNumber("the problem's weight (a whole number)");
     if (acceptWord("FELD")) report->field = path();
-    static const std::pair<const char *, ReportClause> kClauses[] = {
-        {"TEXT", kClauseText},           {"DETAILS", kClauseDetails},       {"KORREKTUR", kClauseCorrection},
-        {"THEMA", kClauseTopic},         {"AUSNAHME", kClauseException},    {"FELDNAME", kClauseDisplay},
-        {"FELDMASKE", kClauseMask},      {"WERTEBEREICH", kClauseValueSpace}, {"FELDLAENGE", kClauseLength},
-        {"INFOTYP", kClauseInfoType},    {"INDIZES", kClauseIndices}};
     for (;;) {
-      const Clause *found = nullptr;
-      for (const auto &clause : kClauses) {
-        if (!isWord(clause.first)) continue;
-        Clause parsed{clause.second, next().pos, {}};
-        parsed.values.push_back(expression());
-        while (clause.second == kClauseIndices && acceptSymbol(";")) parsed.values.push_back(expression());
-        report->clauses.push_back(std::move(parsed));
-        found = &report->clauses.back();
-        break;
+      const ClauseInfo *found = nullptr;
+      for (const ClauseInfo &clause : allClauses()) {
+        if (isWord(clause.keyword)) found = &clause;
       }
       if (found == nullptr) break;
+      Clause parsed{found->kind, next().pos, {}};
+      parsed.values.push_back(expression());
+      while (found->kind == kClauseIndices && acceptSymbol(";")) parsed.values.push_back(expression());
+      report->clauses.push_back(std::move(parsed));
     }
     return stmt;
   }
@@ -554,36 +548,40 @@ class Parser {
     return left;
   }
 
-  ExprPtr concatenation() {
-    ExprPtr left = sum();
-    while (isSymbol("&")) {
+  // One level of left-associative operators: operands of next, joined by
+  // any of the symbols.
+  struct Operator {
+    const char *symbol;
+    BinaryOp op;
+  };
+  template <std::size_t N>
+  ExprPtr leftAssociative(ExprPtr (Parser::*operand)(), const Operator (&operators)[N]) {
+    ExprPtr left = (this->*operand)();
+    for (;;) {
+      const Operator *found = nullptr;
+      for (const Operator &candidate : operators) {
+        if (isSymbol(candidate.symbol)) found = &candidate;
+      }
+      if (found == nullptr) return left;
       Position pos = next().pos;
-      left = binary(kBinary, pos, std::move(left), sum());
-      left->op = kConcat;
+      left = binary(kBinary, pos, std::move(left), (this->*operand)());
+      left->op = found->op;
     }
-    return left;
+  }
+
+  ExprPtr concatenation() {
+    static const Operator kOperators[] = {{"&", kConcat}};
+    return leftAssociative(&Parser::sum, kOperators);
   }
 
   ExprPtr sum() {
-    ExprPtr left = product();
-    while (isSymbol("+") || isSymbol("-")) {
-      BinaryOp op = peek().text == "+" ? kPlus : kMinus;
-      Position pos = next().pos;
-      left = binary(kBinary, pos, std::move(left), product());
-      left->op = op;
-    }
-    return left;
+    static const Operator kOperators[] = {{"+", kPlus}, {"-", kMinus}};
+    return leftAssociative(&Parser::product, kOperators);
   }
 
   ExprPtr product() {
-    ExprPtr left = unary();
-    while (isSymbol("*") || isSymbol("/")) {
-      BinaryOp op = peek().text == "*" ? kMult : kDiv;
-      Position pos = next().pos;
-      left = binary(kBinary, pos, std::move(left), unary());
-      left->op = op;
-    }
-    return left;
+    static const Operator kOperators[] = {{"*", kMult}, {"/", kDiv}};
+    return leftAssociative(&Parser::unary, kOperators);
   }
 
   ExprPtr unary() {
