@@ -42,8 +42,11 @@ bool startsStatement(const std::string &word) {
   return kStarts.count(word) != 0;
 }
 
-// Nesting beyond this is refused instead of running the stack out.
+// Nesting beyond this is refused instead of running the stack out: of
+// brackets, blocks and prefixes, and of the tree as a whole, where a chain
+// of operators (1 + 1 + ...) adds a level per operator.
 constexpr int kMaxDepth = 100;
+constexpr int kMaxTree = 2000;
 
 struct SyntaxError {};
 
@@ -180,13 +183,31 @@ class Parser {
 
   struct Deeper {
     Deeper(Parser *parser, const Token &at) : parser_(parser) {
-      if (++parser_->depth_ > kMaxDepth) {
-        --parser_->depth_;
+      ++parser_->depth_;
+      ++parser_->tree_;
+      if (parser_->depth_ > kMaxDepth || parser_->tree_ > kMaxTree) {
         parser_->fail(at, "nested too deeply (more than " + std::to_string(kMaxDepth) + " levels)");
       }
     }
-    ~Deeper() { --parser_->depth_; }
+    ~Deeper() {
+      --parser_->depth_;
+      --parser_->tree_;
+    }
     Parser *parser_;
+  };
+
+  // The levels a chain of operators adds to the tree, given back at its end.
+  struct Chain {
+    explicit Chain(Parser *parser) : parser_(parser) {}
+    ~Chain() { parser_->tree_ -= links_; }
+    void link(const Token &at) {
+      ++links_;
+      if (++parser_->tree_ > kMaxTree) {
+        parser_->fail(at, "an expression too long (more than " + std::to_string(kMaxTree) + " operators deep)");
+      }
+    }
+    Parser *parser_;
+    int links_ = 0;
   };
 
   // --- declarations
@@ -355,22 +376,21 @@ class Parser {
 
   Block block() {
     Block body;
-    while (peek().kind == kTokWord && startsStatement(peek().text)) {
-      try {
-        body.push_back(statement());
-      } catch (const SyntaxError &) {
-        skipToStatement();
+    for (;;) {
+      while (peek().kind == kTokWord && startsStatement(peek().text)) {
+        try {
+          body.push_back(statement());
+        } catch (const SyntaxError &) {
+          skipToStatement();
+        }
       }
-    }
-    if (peek().kind != kTokEnd && !isWord("ENDE") && !isWord("SONST") && !isWord("BEI") &&
-        !(peek().kind == kTokWord && startsDeclaration(peek().text))) {
+      bool ends = peek().kind == kTokEnd || isWord("ENDE") || isWord("SONST") || isWord("BEI") ||
+                  (peek().kind == kTokWord && startsDeclaration(peek().text));
+      if (ends) return body;
       diagnostics_->error(peek().pos, "expected a statement, found " + shown(peek()));
       next();
       skipToStatement();
-      Block rest = block();
-      for (auto &stmt : rest) body.push_back(std::move(stmt));
     }
-    return body;
   }
 
   StmtPtr statement() {
@@ -504,7 +524,9 @@ class Parser {
 
   ExprPtr disjunction() {
     ExprPtr left = conjunction();
+    Chain chain(this);
     while (isWord("ODER")) {
+      chain.link(peek());
       Position pos = next().pos;
       left = binary(kOr, pos, std::move(left), conjunction());
     }
@@ -513,7 +535,9 @@ class Parser {
 
   ExprPtr conjunction() {
     ExprPtr left = negation();
+    Chain chain(this);
     while (isWord("UND")) {
+      chain.link(peek());
       Position pos = next().pos;
       left = binary(kAnd, pos, std::move(left), negation());
     }
@@ -557,12 +581,14 @@ class Parser {
   template <std::size_t N>
   ExprPtr leftAssociative(ExprPtr (Parser::*operand)(), const Operator (&operators)[N]) {
     ExprPtr left = (this->*operand)();
+    Chain chain(this);
     for (;;) {
       const Operator *found = nullptr;
       for (const Operator &candidate : operators) {
         if (isSymbol(candidate.symbol)) found = &candidate;
       }
       if (found == nullptr) return left;
+      chain.link(peek());
       Position pos = next().pos;
       left = binary(kBinary, pos, std::move(left), (this->*operand)());
       left->op = found->op;
@@ -776,6 +802,7 @@ class Parser {
   Diagnostics *diagnostics_;
   std::size_t at_ = 0;
   int depth_ = 0;
+  int tree_ = 0;
 };
 
 }  // namespace
