@@ -389,7 +389,7 @@ class Emitter {
 
   void line(const std::string &text) { code_ += std::string(static_cast<std::size_t>(depth_) * 2, ' ') + text + "\n"; }
   void open(const std::string &text) {
-    line(text + " {");
+    line(text.empty() ? "{" : text + " {");
     ++depth_;
   }
   void close(const std::string &text = "}") {
