@@ -139,7 +139,7 @@ inline Value *orInvalid(RuntimeContext *rt, Value *value) { return value != null
 
 class Emitter {
  public:
-  Emitter(const RuleSet &rules, const std::string &source) : rules_(rules), m_(rules.module()), source_(source) {}
+  Emitter(const RuleSet &rules, const std::string &source) : m_(rules.module()), source_(source) {}
 
   std::string run() {
     name_ = identifier(m_.name);
@@ -859,7 +859,6 @@ class Emitter {
   std::string checkDeclarations_;
 
  private:
-  const RuleSet &rules_;
   const Module &m_;
   std::string source_;
   std::string name_;
