@@ -65,12 +65,11 @@ void registerCodes(const std::vector<std::unique_ptr<CodeDecl>> &codes, Classifi
   }
 }
 
-// The sizes of the indices of a variadic call: the library reads as many as
-// the count says, so the rest may be anything.
-struct IndexList {
-  std::int32_t values[9];
-  std::int32_t count = 0;
-};
+// The size of the dimension of array after indices: the declared one, or
+// the record's for a size of 0.
+std::int32_t sizeOf(RuntimeContext *runtime, FieldDescriptor *array, std::int32_t declared, std::int32_t *indices) {
+  return declared != 0 ? declared : runtime->getDataRecord()->getSize(array, indices);
+}
 
 }  // namespace
 
@@ -313,7 +312,7 @@ bool Interpreter::forEach(Frame &f, const Stmt &stmt) {
     return true;
   }
   FieldDescriptor *array = resolve(f, *over.path);
-  std::int32_t count = countOf(f, over);
+  std::int32_t count = sizeOf(f.rt, array, over.path->decl->dims[0], nullptr);
   std::int32_t index[] = {0, -1};
   for (std::int32_t i = 0; i < count; ++i) {
     std::optional<SectionScope> section;
@@ -417,25 +416,17 @@ FieldDescriptor *Interpreter::resolve(Frame &f, const Path &path) {
   return field;
 }
 
-// The size of the array that expr names, after the indices that follow it
-// (ANZAHL), or of its first dimension: the declared size, else the record's.
-std::int32_t Interpreter::countOf(Frame &f, const Expr &expr) {
-  const Expr &arrayExpr = expr.kind == kCall ? *expr.args[0] : expr;
-  FieldDescriptor *array = resolve(f, *arrayExpr.path);
+// ANZAHL(array; indices...): the size of the dimension after the indices.
+std::int32_t Interpreter::countOf(Frame &f, const Expr &call) {
+  const Path &path = *call.args[0]->path;
+  FieldDescriptor *array = resolve(f, path);
   std::int32_t index[9];
   std::size_t n = 0;
-  if (expr.kind == kCall) {
-    for (std::size_t k = 1; k < expr.args.size() && n < 8; ++k, ++n) {
-      index[n] = static_cast<std::int32_t>(eval(f, *expr.args[k])->asInteger());
-    }
+  for (std::size_t k = 1; k < call.args.size() && n < 8; ++k, ++n) {
+    index[n] = static_cast<std::int32_t>(eval(f, *call.args[k])->asInteger());
   }
   index[n] = -1;
-  const std::vector<std::int32_t> &dims = arrayExpr.path->decl->dims;
-  if (n >= dims.size()) {
-    throw PlausiException(EXCEPTION_ILLEGAL_ACCESS, "Zu viele Indizes f\xFC" "r die Anzahl.");
-  }
-  if (dims[n] != 0) return dims[n];
-  return f.rt->getDataRecord()->getSize(array, n == 0 ? nullptr : index);
+  return sizeOf(f.rt, array, path.decl->dims[n], n == 0 ? nullptr : index);  // the checker bounds n
 }
 
 Value *Interpreter::eval(Frame &f, const Expr &expr) {
