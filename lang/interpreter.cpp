@@ -434,7 +434,11 @@ Value *Interpreter::eval(Frame &f, const Expr &expr) {
   RuntimeContext *rt = f.rt;
   switch (expr.kind) {
     case kLocal: return f.locals[expr.slot];
-    case kPath: return static_cast<Field *>(resolve(f, *expr.path))->get(rt);
+    case kPath: {
+      const Path &path = *expr.path;
+      FieldDescriptor *field = path.staticId >= 0 ? staticFields_[static_cast<std::size_t>(path.staticId)] : resolve(f, path);
+      return static_cast<Field *>(field)->get(rt);
+    }
     case kNot: return rt->createBoolValue(!test(f, *expr.args[0]));
     case kNeg: return F::neg(rt, eval(f, *expr.args[0]));
     case kAnd:
