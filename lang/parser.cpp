@@ -523,25 +523,13 @@ class Parser {
   }
 
   ExprPtr disjunction() {
-    ExprPtr left = conjunction();
-    Chain chain(this);
-    while (isWord("ODER")) {
-      chain.link(peek());
-      Position pos = next().pos;
-      left = binary(kOr, pos, std::move(left), conjunction());
-    }
-    return left;
+    static const Operator kOperators[] = {{"ODER", kOr, kEq}};
+    return leftAssociative(&Parser::conjunction, kOperators);
   }
 
   ExprPtr conjunction() {
-    ExprPtr left = negation();
-    Chain chain(this);
-    while (isWord("UND")) {
-      chain.link(peek());
-      Position pos = next().pos;
-      left = binary(kAnd, pos, std::move(left), negation());
-    }
-    return left;
+    static const Operator kOperators[] = {{"UND", kAnd, kEq}};
+    return leftAssociative(&Parser::negation, kOperators);
   }
 
   ExprPtr negation() {
@@ -572,11 +560,12 @@ class Parser {
     return left;
   }
 
-  // One level of left-associative operators: operands of next, joined by
-  // any of the symbols.
+  // One level of left-associative operators: operands, joined by any of
+  // the operators (a symbol, or a word such as UND).
   struct Operator {
-    const char *symbol;
-    BinaryOp op;
+    const char *text;
+    ExprKind kind;
+    BinaryOp op;  // for kBinary
   };
   template <std::size_t N>
   ExprPtr leftAssociative(ExprPtr (Parser::*operand)(), const Operator (&operators)[N]) {
@@ -585,28 +574,28 @@ class Parser {
     for (;;) {
       const Operator *found = nullptr;
       for (const Operator &candidate : operators) {
-        if (isSymbol(candidate.symbol)) found = &candidate;
+        if (isSymbol(candidate.text) || isWord(candidate.text)) found = &candidate;
       }
       if (found == nullptr) return left;
       chain.link(peek());
       Position pos = next().pos;
-      left = binary(kBinary, pos, std::move(left), (this->*operand)());
+      left = binary(found->kind, pos, std::move(left), (this->*operand)());
       left->op = found->op;
     }
   }
 
   ExprPtr concatenation() {
-    static const Operator kOperators[] = {{"&", kConcat}};
+    static const Operator kOperators[] = {{"&", kBinary, kConcat}};
     return leftAssociative(&Parser::sum, kOperators);
   }
 
   ExprPtr sum() {
-    static const Operator kOperators[] = {{"+", kPlus}, {"-", kMinus}};
+    static const Operator kOperators[] = {{"+", kBinary, kPlus}, {"-", kBinary, kMinus}};
     return leftAssociative(&Parser::product, kOperators);
   }
 
   ExprPtr product() {
-    static const Operator kOperators[] = {{"*", kMult}, {"/", kDiv}};
+    static const Operator kOperators[] = {{"*", kBinary, kMult}, {"/", kBinary, kDiv}};
     return leftAssociative(&Parser::unary, kOperators);
   }
 
