@@ -15,6 +15,7 @@
 
 #include "quorel/lang/builtins.h"
 #include "quorel/lang/cpp_emitter.h"
+#include "quorel/lang/encoding.h"
 #include "quorel/lang/rule_set.h"
 
 int main(int argc, char **argv) {
@@ -48,6 +49,19 @@ int main(int argc, char **argv) {
   if (ruleSet == nullptr) {
     std::cerr << diagnostics.format();
     return 2;
+  }
+  // The module's name becomes its entry points, loadPlausi<NAME>.
+  const std::string &name = ruleSet->name();
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    char c = name[i];
+    bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || (i > 0 && c >= '0' && c <= '9');
+    if (!letter) {
+      diagnostics.error(ruleSet->module().pos, "a compiled module's name is part of its entry point loadPlausi" +
+                                                   quorel::lang::windows1252ToUtf8(name) +
+                                                   ": write it with A-Z, a-z, 0-9 and _ alone");
+      std::cerr << diagnostics.format();
+      return 2;
+    }
   }
   std::string source = quorel::lang::emitCpp(*ruleSet, rules.substr(rules.find_last_of('/') + 1));
   std::ofstream out(output, std::ios::binary);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "quorel/lang/builtins.h"
+#include "quorel/lang/clauses.h"
 #include "quorel/lang/encoding.h"
 #include "quorel/lang/parser.h"
 #include "quorel/masks/util.h"
@@ -414,14 +415,11 @@ class Checker {
     for (Clause &clause : report->clauses) {
       if (!seen.insert(clause.kind).second) error(clause.pos, "this clause is given twice");
       for (ExprPtr &v : clause.values) {
-        if (clause.kind == kClauseLength || clause.kind == kClauseInfoType || clause.kind == kClauseIndices) {
+        if (clauseInfo(clause.kind).numeric()) {
           number(v.get());
         } else {
           value(v.get());
         }
-      }
-      if ((clause.kind == kClauseDisplay || clause.kind == kClauseMask) && report->field == nullptr) {
-        // Allowed: a problem may describe a field it does not point to.
       }
     }
   }
@@ -634,6 +632,13 @@ class Checker {
       StaticKind kind = i == 0 || builtin->op != kOpCount ? value(arg) : (number(arg), kKindNumber);
       argumentKind(expr, i, kind);
     }
+    if (builtin->op == kOpCount && !expr->args.empty() && expr->args[0]->kind == kPath) {
+      const FieldDecl *decl = expr->args[0]->path->decl;
+      if (decl != nullptr && decl->isArray() && expr->args.size() > decl->dims.size()) {
+        error(expr->args[1]->pos, "'ANZAHL' of " + q(decl->name) + " takes at most " +
+                                      std::to_string(decl->dims.size() - 1) + " index(es)");
+      }
+    }
     return resultKind(builtin);
   }
 
@@ -680,9 +685,6 @@ class Checker {
                        : call->builtin->op == kOpIntegerByMask ? FieldTypeInteger : FieldTypeDate;
       std::string fault = maskFault(type, arg->text);
       if (!fault.empty()) error(arg->pos, "the mask is refused: " + fault);
-    }
-    if (call->builtin->op == kOpFits && index == 1) {
-      error(arg->pos, "PASST takes a type (TEXT, WAHRHEITSWERT, GANZZAHL, KOMMAZAHL, DATUM or FREI) second");
     }
   }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "quorel/lang/builtins.h"
+#include "quorel/lang/clauses.h"
 #include "quorel/lang/encoding.h"
 
 namespace quorel {
@@ -52,28 +53,19 @@ std::string number(double value) {
 
 // A C++ name for a rule-file name (umlauts spelt out, anything else '_').
 std::string identifier(const std::string &name) {
+  static const std::pair<unsigned char, const char *> kSpelt[] = {
+      {0xE4, "ae"}, {0xF6, "oe"}, {0xFC, "ue"}, {0xC4, "Ae"}, {0xD6, "Oe"}, {0xDC, "Ue"}, {0xDF, "ss"}};
   std::string out;
   for (char c : name) {
-    auto byte = static_cast<unsigned char>(c);
     if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_') {
       out += c;
-    } else if (byte == 0xE4) {
-      out += "ae";
-    } else if (byte == 0xF6) {
-      out += "oe";
-    } else if (byte == 0xFC) {
-      out += "ue";
-    } else if (byte == 0xC4) {
-      out += "Ae";
-    } else if (byte == 0xD6) {
-      out += "Oe";
-    } else if (byte == 0xDC) {
-      out += "Ue";
-    } else if (byte == 0xDF) {
-      out += "ss";
-    } else {
-      out += '_';
+      continue;
     }
+    const char *spelt = "_";
+    for (const auto &letter : kSpelt) {
+      if (letter.first == static_cast<unsigned char>(c)) spelt = letter.second;
+    }
+    out += spelt;
   }
   return out;
 }
@@ -101,26 +93,30 @@ const char *operatorName(std::int32_t op) {
   return kNames[op >= 0 && op < 6 ? op : 0];
 }
 
-// Helpers every generated module carries: the few steps of a run that are
-// more than one library call.
-constexpr char kSupport[] = R"(// (Inline: a module uses only some of them.)
-// A variable keeps its value beyond the section it was made in: a value
+// The helpers a generated module may need, each written into it only when
+// it is used: the few steps of a run that are more than one library call.
+struct Helper {
+  const char *name;
+  const char *text;
+};
+constexpr Helper kHelpers[] = {
+    {"keep", R"(// A variable keeps its value beyond the section it was made in: a value
 // from a section inside the variable's own is copied into the latter.
-inline Value *keep(RuntimeContext *rt, Value *value, PlausiSection *home) {
+Value *keep(RuntimeContext *rt, Value *value, PlausiSection *home) {
   if (home == rt->getCurrentSection()) return value;
   std::unique_ptr<Value> copy(value->copy());
   home->addLocalObject(copy.get());
   return copy.release();
 }
-
-// The size of the dimension after indices: the declared one, else the record's.
-inline std::int32_t sizeOf(RuntimeContext *rt, FieldDescriptor *array, std::int32_t declared, std::int32_t *indices) {
+)"},
+    {"sizeOf", R"(// The size of the dimension after indices: the declared one, else the record's.
+std::int32_t sizeOf(RuntimeContext *rt, FieldDescriptor *array, std::int32_t declared, std::int32_t *indices) {
   return declared != 0 ? declared : rt->getDataRecord()->getSize(array, indices);
 }
-
-// A new problem with its id and its reference field's declaration.
-inline PlausiProblem *newProblem(RuntimeContext *rt, std::int32_t type, std::int32_t weight, const char *id,
-                                 FieldDescriptor *field) {
+)"},
+    {"newProblem", R"(// A new problem with its id and its reference field's declaration.
+PlausiProblem *newProblem(RuntimeContext *rt, std::int32_t type, std::int32_t weight, const char *id,
+                          FieldDescriptor *field) {
   PlausiProblem *problem = rt->createProblem(static_cast<ProblemType>(type), weight);
   problem->setId(id);
   if (field != nullptr) {
@@ -132,37 +128,47 @@ inline PlausiProblem *newProblem(RuntimeContext *rt, std::int32_t type, std::int
   }
   return problem;
 }
-
-inline Value *external(RuntimeContext *rt, const char *name) {
+)"},
+    {"externalFunction", R"(// The host's function of that name; a run without it fails.
+ExternalFunction externalFunction(RuntimeContext *rt, const char *name) {
   ExternalFunction function = rt->getExternalFunction(name);
   if (function == nullptr) {
     std::string message = std::string("Die externe Funktion ") + name + " ist nicht vorhanden.";
     throw PlausiException(EXCEPTION_GENERAL, message.c_str());
   }
-  return nullptr;
+  return function;
 }
 
-inline Value *orInvalid(RuntimeContext *rt, Value *value) { return value != nullptr ? value : rt->createInvalidValue(); }
-)";
+Value *orInvalid(RuntimeContext *rt, Value *value) { return value != nullptr ? value : rt->createInvalidValue(); }
+)"},
+};
 
 class Emitter {
  public:
-  Emitter(const RuleSet &rules, const std::string &source) : rules_(rules), m_(rules.module()), source_(source) {}
+  Emitter(const RuleSet &rules, const std::string &source) : m_(rules.module()), source_(source) {}
 
   std::string run() {
     name_ = identifier(m_.name);
-    if (m_.record != nullptr) nameGroups(m_.record.get(), "T" + identifier(m_.record->name));
-    for (const MaterialDecl &material : m_.materials) nameGroups(material.root.get(), "M" + identifier(material.root->name));
+    if (m_.record != nullptr) nameGroups(m_.record.get(), "Record_" + identifier(m_.record->name));
+    for (const MaterialDecl &material : m_.materials) {
+      nameGroups(material.root.get(), "Material_" + identifier(material.root->name));
+    }
     std::string out;
     out += "// The rule module \"" + windows1252ToUtf8(m_.name) + "\", generated by quorel-compile from " + source_ +
            ".\n// Edit the rule file, not this file.\n\n";
     out += "#include <cstdint>\n#include <cstring>\n#include <memory>\n#include <string>\n\n#include <quorel/quorel.h>\n\n";
-    out += "namespace {\n\nusing namespace quorel;\nusing F = Functions;\n\n";
-    out += kSupport;
-    out += "\nclass " + name_ + "Rules;\n\n";
-    for (const FieldDecl *group : groupOrder_) out += topicClass(group);
-    out += rulesClass();
-    out += "\n}  // namespace\n\nQUOREL_MODULE(" + name_ + ", " + name_ + "Rules);\n";
+    out += "namespace {\n\nusing namespace quorel;\nusing F = Functions;\n";
+    std::string classes;
+    for (const FieldDecl *group : groupOrder_) classes += topicClass(group);
+    classes += rulesClass();
+    for (const Helper &helper : kHelpers) {
+      if (used_.count(helper.name) != 0) out += std::string("\n") + helper.text;
+    }
+    // The field checks are registered in the constructor, before their
+    // definitions: declared first.
+    out += "\nclass Rules;\n" + checkDeclarations_ + "\n";
+    out += classes;
+    out += "\n}  // namespace\n\nQUOREL_MODULE(" + name_ + ", Rules);\n";
     return out;
   }
 
@@ -170,7 +176,9 @@ class Emitter {
   // --- the record type
 
   void nameGroups(const FieldDecl *group, const std::string &className) {
-    classOf_[group] = className;
+    std::string unique = className;
+    for (int n = 2; !classes_.insert(unique).second; ++n) unique = className + "_" + std::to_string(n);
+    classOf_[group] = unique;
     std::set<std::string> used;
     for (const auto &child : group->children) {
       // Members end in '_', so that no name of the file meets a C++ keyword
@@ -179,7 +187,7 @@ class Emitter {
       if (!used.insert(member).second) member += std::to_string(child->slot) + "_";
       used.insert(member);
       memberOf_[child.get()] = member;
-      if (child->isGroup()) nameGroups(child.get(), className + "_" + identifier(child->name));
+      if (child->isGroup()) nameGroups(child.get(), unique + "_" + identifier(child->name));
     }
     groupOrder_.push_back(group);  // after its children, whose classes it names
   }
@@ -221,7 +229,7 @@ class Emitter {
     for (const auto &child : group->children) {
       out += "  " + memberType(child.get()) + " *" + memberOf_[child.get()] + ";\n";
     }
-    if (isRoot) out += "  " + name_ + "Rules *rules = nullptr;  // the rule set, for its field checks\n";
+    if (isRoot) out += "  Rules *rules = nullptr;  // the rule set, for its field checks\n";
     out += "};\n\n";
     return out;
   }
@@ -229,7 +237,7 @@ class Emitter {
   // --- the rule set
 
   std::string rulesClass() {
-    const std::string cls = name_ + "Rules";
+    const std::string cls = "Rules";
     std::string out = "class " + cls + " : public Plausi {\n public:\n";
     out += "  " + cls + "() {\n";
     out += "    root_ = ModuleTopic::createRoot<" + classOf_[m_.record.get()] + ">(" + literal(m_.record->name) + ", " +
@@ -268,13 +276,16 @@ class Emitter {
     }
     out += "\n\n protected:\n  void performImpl(RuntimeContext *rt, const char *flow) override {\n";
     if (m_.flows.empty()) {
-      for (const RuleDecl &rule : m_.rules) out += "    rule_" + identifier(rule.name) + "(rt);\n";
+      out += "    (void)flow;  // no flows declared: every flow runs every rule\n";
+      for (const RuleDecl &rule : m_.rules) out += "    " + ruleName(rule) + "(rt);\n";
     } else {
       out += "    if (flow == nullptr) return;\n";
       bool first = true;
       for (const FlowDecl &flow : m_.flows) {
         out += std::string(first ? "    if" : "    } else if") + " (std::strcmp(flow, " + literal(flow.name) + ") == 0) {\n";
-        for (std::int32_t index : flow.ruleIndices) out += "      rule_" + identifier(m_.rules[static_cast<std::size_t>(index)].name) + "(rt);\n";
+        for (std::int32_t index : flow.ruleIndices) {
+          out += "      " + ruleName(m_.rules[static_cast<std::size_t>(index)]) + "(rt);\n";
+        }
         first = false;
       }
       out += "    }\n";
@@ -282,8 +293,8 @@ class Emitter {
     out += "  }\n\n  Value *performFunctionImpl(RuntimeContext *rt, const char *name) override {\n";
     for (const auto &function : m_.functions) {
       if (!function->params.empty()) continue;
-      out += "    if (name != nullptr && std::strcmp(name, " + literal(function->name) + ") == 0) return fn_" +
-             identifier(function->name) + "(rt);\n";
+      out += "    if (name != nullptr && std::strcmp(name, " + literal(function->name) + ") == 0) return " +
+             functionName(*function) + "(rt);\n";
     }
     out += "    (void)name;\n    return rt->createInvalidValue();\n  }\n\n private:\n";
     std::string bodies;
@@ -311,6 +322,28 @@ class Emitter {
       out += "    registerClassification(" + var + ", " + literal(code->code) + ", " + literal(code->text) + ");\n";
     }
     return out;
+  }
+
+  // C++ names of rules and functions: the spelt-out name, made unique with
+  // the declaration's place where two names spell the same.
+  std::string ruleName(const RuleDecl &rule) { return uniqueName(&rule); }
+  std::string functionName(const FunctionDecl &function) { return uniqueName(&function); }
+
+  std::string uniqueName(const void *declaration) {
+    if (names_.empty()) {
+      std::set<std::string> used;
+      auto name = [&](const std::string &base, const void *decl, std::size_t index) {
+        std::string candidate = base;
+        if (!used.insert(candidate).second) candidate = base + "_" + std::to_string(index);
+        used.insert(candidate);
+        names_[decl] = candidate;
+      };
+      for (std::size_t i = 0; i < m_.rules.size(); ++i) name("rule_" + identifier(m_.rules[i].name), &m_.rules[i], i);
+      for (std::size_t i = 0; i < m_.functions.size(); ++i) {
+        name("fn_" + identifier(m_.functions[i]->name), m_.functions[i].get(), i);
+      }
+    }
+    return names_[declaration];
   }
 
   std::string constantRef(const Expr &expr) { return "k_[" + std::to_string(expr.constant) + "]"; }
@@ -358,7 +391,7 @@ class Emitter {
   }
 
   std::string ruleBody(const RuleDecl &rule) {
-    std::string head = "  void rule_" + identifier(rule.name) + "(RuntimeContext *rt) {\n    SectionScope section(rt, " +
+    std::string head = "  void " + ruleName(rule) + "(RuntimeContext *rt) {\n    SectionScope section(rt, " +
                        literal(rule.section) + ");\n";
     begin(rule.locals, rule.refs);
     block(rule.body);
@@ -366,7 +399,7 @@ class Emitter {
   }
 
   std::string functionBody(const FunctionDecl &function) {
-    std::string head = "  Value *fn_" + identifier(function.name) + "(RuntimeContext *rt";
+    std::string head = "  Value *" + functionName(function) + "(RuntimeContext *rt";
     for (std::size_t i = 0; i < function.params.size(); ++i) head += ", Value *p" + std::to_string(i);
     head += ") {\n";
     begin(function.locals, function.refs);
@@ -380,7 +413,7 @@ class Emitter {
     const FieldCheckDecl &check = m_.fieldChecks[index];
     const std::string n = std::to_string(index);
     const std::string root = classOf_[m_.record.get()];
-    std::string out = "\nvoid " + name_ + "Rules::runCheck" + n + "(RuntimeContext *rt, Field *field) {\n";
+    std::string out = "\nvoid Rules::runCheck" + n + "(RuntimeContext *rt, Field *field) {\n";
     out += "  SectionScope section(rt, " + literal(check.section) + ", true);\n";
     begin(check.locals, check.refs);
     line("r0 = field;");
@@ -390,14 +423,13 @@ class Emitter {
     out += "  FieldDescriptor *top = field;\n  while (top->getParent() != nullptr) top = top->getParent();\n";
     out += "  static_cast<" + root + " *>(top)->rules->runCheck" + n + "(rt, field);\n";
     out += "  return rt->createNilValue();\n}\n";
-    // The check procedures are declared before the class that registers them.
     checkDeclarations_ += "Value *checkField" + n + "(RuntimeContext *rt, Field *field);\n";
     return out;
   }
 
   void line(const std::string &text) { code_ += std::string(static_cast<std::size_t>(depth_) * 2, ' ') + text + "\n"; }
   void open(const std::string &text) {
-    line(text + " {");
+    line(text.empty() ? "{" : text + " {");
     ++depth_;
   }
   void close(const std::string &text = "}") {
@@ -405,6 +437,11 @@ class Emitter {
     line(text);
   }
   std::string temp(const char *prefix = "v") { return prefix + std::to_string(temp_++); }
+  // The name of a helper, which the module will then carry.
+  std::string use(const char *helper) {
+    used_.insert(helper);
+    return helper;
+  }
 
   void block(const Block &body) {
     for (const StmtPtr &stmt : body) statement(*stmt);
@@ -445,7 +482,7 @@ class Emitter {
       case kAssign: {
         std::string v = value(*stmt.exprs[0]);
         std::string n = std::to_string(stmt.slot);
-        line("l" + n + " = keep(rt, " + v + ", h" + n + ");");
+        line("l" + n + " = " + use("keep") + "(rt, " + v + ", h" + n + ");");
         break;
       }
       case kSection:
@@ -499,7 +536,7 @@ class Emitter {
       }
       case kReturn: {
         std::string v = value(*stmt.exprs[0]);
-        line("return keep(rt, " + v + ", entry);");
+        line("return " + use("keep") + "(rt, " + v + ", entry);");
         break;
       }
     }
@@ -522,7 +559,7 @@ class Emitter {
     }
     std::string array = path(*over.path);
     std::string count = temp("count");
-    line("std::int32_t " + count + " = sizeOf(rt, " + array + ", " + std::to_string(over.path->decl->dims[0]) + ", nullptr);");
+    line("std::int32_t " + count + " = " + use("sizeOf") + "(rt, " + array + ", " + std::to_string(over.path->decl->dims[0]) + ", nullptr);");
     std::string i = temp("i");
     open("for (std::int32_t " + i + " = 0; " + i + " < " + count + "; ++" + i + ")");
     sectionOf(stmt);
@@ -545,7 +582,7 @@ class Emitter {
     std::string field = report.field != nullptr ? path(*report.field) : "nullptr";
     std::vector<std::string> parts;
     for (const Clause &clause : report.clauses) {
-      bool numeric = clause.kind == kClauseLength || clause.kind == kClauseInfoType || clause.kind == kClauseIndices;
+      bool numeric = clauseInfo(clause.kind).numeric();
       std::string part;
       for (std::size_t k = 0; k < clause.values.size() && k < 8; ++k) {
         std::string v = value(*clause.values[k]);
@@ -561,27 +598,19 @@ class Emitter {
       parts.push_back(part);
     }
     std::string problem = temp("problem");
-    line("PlausiProblem *" + problem + " = newProblem(rt, " + std::to_string(report.type) + ", " +
+    line("PlausiProblem *" + problem + " = " + use("newProblem") + "(rt, " + std::to_string(report.type) + ", " +
          std::to_string(report.weight) + ", " + id + ", " + field + ");");
     for (std::size_t c = 0; c < report.clauses.size(); ++c) {
       const Clause &clause = report.clauses[c];
       const std::string &v = parts[c];
-      switch (clause.kind) {
-        case kClauseText: line(problem + "->setShortDescription(" + v + ");"); break;
-        case kClauseDetails: line(problem + "->setLongDescription(" + v + ");"); break;
-        case kClauseCorrection: line(problem + "->setCorrectionInfo(" + v + ");"); break;
-        case kClauseTopic: line(problem + "->setReferenceTopic(" + v + ");"); break;
-        case kClauseException: line(problem + "->setException(" + v + ");"); break;
-        case kClauseDisplay: line(problem + "->setFieldDisplayName(" + v + ");"); break;
-        case kClauseMask: line(problem + "->setFieldMask(" + v + ");"); break;
-        case kClauseValueSpace: line(problem + "->setFieldValueSpace(" + v + ");"); break;
-        case kClauseLength: line(problem + "->setFieldLength(" + v + ");"); break;
-        case kClauseInfoType: line(problem + "->setInfoType(static_cast<ProblemInfoType>(" + v + "));"); break;
-        case kClauseIndices: {
-          std::size_t n = clause.values.size() < 8 ? clause.values.size() : 8;
-          line(problem + "->setReferenceFieldIndices(" + std::to_string(n) + ", " + v + ");");
-          break;
-        }
+      std::string setter = std::string(clauseInfo(clause.kind).setter) + "(";
+      if (clause.kind == kClauseInfoType) {
+        line(problem + "->" + setter + "static_cast<ProblemInfoType>(" + v + "));");
+      } else if (clause.kind == kClauseIndices) {
+        std::size_t n = clause.values.size() < 8 ? clause.values.size() : 8;
+        line(problem + "->" + setter + std::to_string(n) + ", " + v + ");");
+      } else {
+        line(problem + "->" + setter + v + ");");
       }
     }
     line("rt->setSectionInfosToProblem(" + problem + ");");
@@ -683,15 +712,15 @@ class Emitter {
       case kUserCall: {
         std::string args;
         for (const ExprPtr &arg : expr.args) args += ", " + value(*arg);
-        line("Value *" + v + " = fn_" + identifier(expr.function->name) + "(rt" + args + ");");
+        line("Value *" + v + " = " + functionName(*expr.function) + "(rt" + args + ");");
         return v;
       }
       case kExternal: {
-        line("external(rt, " + literal(expr.text) + ");");
+        std::string function = temp("function");
+        line("ExternalFunction " + function + " = " + use("externalFunction") + "(rt, " + literal(expr.text) + ");");
         std::string args;
         for (const ExprPtr &arg : expr.args) args += ", " + value(*arg);
-        line("Value *" + v + " = orInvalid(rt, rt->getExternalFunction(" + literal(expr.text) + ")(rt, " +
-             std::to_string(expr.args.size()) + args + "));");
+        line("Value *" + v + " = orInvalid(rt, " + function + "(rt, " + std::to_string(expr.args.size()) + args + "));");
         return v;
       }
       case kInterval: {
@@ -759,7 +788,7 @@ class Emitter {
     std::size_t n = expr.args.size() - 1;
     if (n > 0) line("std::int32_t " + index + "[] = {" + list + "-1};");
     std::string declared = n < arrayExpr.path->decl->dims.size() ? std::to_string(arrayExpr.path->decl->dims[n]) : "0";
-    return "sizeOf(rt, " + array + ", " + declared + ", " + (n == 0 ? std::string("nullptr") : index) + ")";
+    return use("sizeOf") + "(rt, " + array + ", " + declared + ", " + (n == 0 ? std::string("nullptr") : index) + ")";
   }
 
   std::string call(const Expr &expr, const std::string &v) {
@@ -871,14 +900,13 @@ class Emitter {
     return b;
   }
 
- public:
-  std::string checkDeclarations_;
-
- private:
-  const RuleSet &rules_;
   const Module &m_;
   std::string source_;
   std::string name_;
+  std::set<std::string> used_;
+  std::map<const void *, std::string> names_;
+  std::set<std::string> classes_;
+  std::string checkDeclarations_;
   std::map<const FieldDecl *, std::string> classOf_;
   std::map<const FieldDecl *, std::string> memberOf_;
   std::map<const FieldDecl *, const FieldDecl *> parents_;
@@ -890,18 +918,7 @@ class Emitter {
 
 }  // namespace
 
-std::string emitCpp(const RuleSet &rules, const std::string &source) {
-  Emitter emitter(rules, source);
-  std::string out = emitter.run();
-  // The field check procedures are registered in the constructor, before
-  // their definitions: declare them first.
-  if (!emitter.checkDeclarations_.empty()) {
-    std::string marker = "\nclass " + identifier(rules.module().name) + "Rules;\n";
-    std::size_t at = out.find(marker);
-    if (at != std::string::npos) out.insert(at + marker.size(), emitter.checkDeclarations_);
-  }
-  return out;
-}
+std::string emitCpp(const RuleSet &rules, const std::string &source) { return Emitter(rules, source).run(); }
 
 }  // namespace lang
 }  // namespace quorel

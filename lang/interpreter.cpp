@@ -8,6 +8,7 @@
 
 #include "quorel/functions/functions.h"
 #include "quorel/lang/builtins.h"
+#include "quorel/lang/clauses.h"
 #include "quorel/masks/util.h"
 #include "quorel/material/field_set.h"
 #include "quorel/material/material.h"
@@ -64,12 +65,11 @@ void registerCodes(const std::vector<std::unique_ptr<CodeDecl>> &codes, Classifi
   }
 }
 
-// The sizes of the indices of a variadic call: the library reads as many as
-// the count says, so the rest may be anything.
-struct IndexList {
-  std::int32_t values[9];
-  std::int32_t count = 0;
-};
+// The size of the dimension of array after indices: the declared one, or
+// the record's for a size of 0.
+std::int32_t sizeOf(RuntimeContext *runtime, FieldDescriptor *array, std::int32_t declared, std::int32_t *indices) {
+  return declared != 0 ? declared : runtime->getDataRecord()->getSize(array, indices);
+}
 
 }  // namespace
 
@@ -312,7 +312,7 @@ bool Interpreter::forEach(Frame &f, const Stmt &stmt) {
     return true;
   }
   FieldDescriptor *array = resolve(f, *over.path);
-  std::int32_t count = countOf(f, over);
+  std::int32_t count = sizeOf(f.rt, array, over.path->decl->dims[0], nullptr);
   std::int32_t index[] = {0, -1};
   for (std::int32_t i = 0; i < count; ++i) {
     std::optional<SectionScope> section;
@@ -359,7 +359,7 @@ void Interpreter::report(Frame &f, const Report &report) {
     part.kind = clause.kind;
     part.text = nullptr;
     part.count = 0;
-    bool numeric = clause.kind == kClauseLength || clause.kind == kClauseInfoType || clause.kind == kClauseIndices;
+    bool numeric = clauseInfo(clause.kind).numeric();
     for (const ExprPtr &value : clause.values) {
       Value *v = eval(f, *value);
       if (!numeric) {
@@ -380,22 +380,16 @@ void Interpreter::report(Frame &f, const Report &report) {
   }
   for (std::size_t c = 0; c < report.clauses.size(); ++c) {
     const Part &part = parts[c];
-    switch (part.kind) {
-      case kClauseText: problem->setShortDescription(part.text); break;
-      case kClauseDetails: problem->setLongDescription(part.text); break;
-      case kClauseCorrection: problem->setCorrectionInfo(part.text); break;
-      case kClauseTopic: problem->setReferenceTopic(part.text); break;
-      case kClauseException: problem->setException(part.text); break;
-      case kClauseDisplay: problem->setFieldDisplayName(part.text); break;
-      case kClauseMask: problem->setFieldMask(part.text); break;
-      case kClauseValueSpace: problem->setFieldValueSpace(part.text); break;
-      case kClauseLength: problem->setFieldLength(part.numbers[0]); break;
-      case kClauseInfoType: problem->setInfoType(static_cast<ProblemInfoType>(part.numbers[0])); break;
-      case kClauseIndices: {
-        const std::int32_t *i = part.numbers;
-        problem->setReferenceFieldIndices(part.count, i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7]);
-        break;
-      }
+    const ClauseInfo &info = clauseInfo(part.kind);
+    if (!info.numeric()) {
+      (problem->*info.setText)(part.text);
+    } else if (part.kind == kClauseLength) {
+      problem->setFieldLength(part.numbers[0]);
+    } else if (part.kind == kClauseInfoType) {
+      problem->setInfoType(static_cast<ProblemInfoType>(part.numbers[0]));
+    } else {
+      const std::int32_t *i = part.numbers;
+      problem->setReferenceFieldIndices(part.count, i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7]);
     }
   }
   rt->setSectionInfosToProblem(problem);
@@ -422,25 +416,17 @@ FieldDescriptor *Interpreter::resolve(Frame &f, const Path &path) {
   return field;
 }
 
-// The size of the array that expr names, after the indices that follow it
-// (ANZAHL), or of its first dimension: the declared size, else the record's.
-std::int32_t Interpreter::countOf(Frame &f, const Expr &expr) {
-  const Expr &arrayExpr = expr.kind == kCall ? *expr.args[0] : expr;
-  FieldDescriptor *array = resolve(f, *arrayExpr.path);
+// ANZAHL(array; indices...): the size of the dimension after the indices.
+std::int32_t Interpreter::countOf(Frame &f, const Expr &call) {
+  const Path &path = *call.args[0]->path;
+  FieldDescriptor *array = resolve(f, path);
   std::int32_t index[9];
   std::size_t n = 0;
-  if (expr.kind == kCall) {
-    for (std::size_t k = 1; k < expr.args.size() && n < 8; ++k, ++n) {
-      index[n] = static_cast<std::int32_t>(eval(f, *expr.args[k])->asInteger());
-    }
+  for (std::size_t k = 1; k < call.args.size() && n < 8; ++k, ++n) {
+    index[n] = static_cast<std::int32_t>(eval(f, *call.args[k])->asInteger());
   }
   index[n] = -1;
-  const std::vector<std::int32_t> &dims = arrayExpr.path->decl->dims;
-  if (n >= dims.size()) {
-    throw PlausiException(EXCEPTION_ILLEGAL_ACCESS, "Zu viele Indizes f\xFC" "r die Anzahl.");
-  }
-  if (dims[n] != 0) return dims[n];
-  return f.rt->getDataRecord()->getSize(array, n == 0 ? nullptr : index);
+  return sizeOf(f.rt, array, path.decl->dims[n], n == 0 ? nullptr : index);  // the checker bounds n
 }
 
 Value *Interpreter::eval(Frame &f, const Expr &expr) {
@@ -448,7 +434,11 @@ Value *Interpreter::eval(Frame &f, const Expr &expr) {
   RuntimeContext *rt = f.rt;
   switch (expr.kind) {
     case kLocal: return f.locals[expr.slot];
-    case kPath: return static_cast<Field *>(resolve(f, *expr.path))->get(rt);
+    case kPath: {
+      const Path &path = *expr.path;
+      FieldDescriptor *field = path.staticId >= 0 ? staticFields_[static_cast<std::size_t>(path.staticId)] : resolve(f, path);
+      return static_cast<Field *>(field)->get(rt);
+    }
     case kNot: return rt->createBoolValue(!test(f, *expr.args[0]));
     case kNeg: return F::neg(rt, eval(f, *expr.args[0]));
     case kAnd:

@@ -69,7 +69,7 @@ class Interpreter : public Plausi {
   Value *external(Frame &f, const Expr &expr);
   Value *query(Frame &f, const Expr &expr);
   FieldDescriptor *resolve(Frame &f, const Path &path);
-  std::int32_t countOf(Frame &f, const Expr &expr);
+  std::int32_t countOf(Frame &f, const Expr &call);
 
   // The constant of a literal or constant range, made once.
   Value *makeConstant(const Expr &expr);

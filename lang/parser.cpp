@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "quorel/lang/clauses.h"
 #include "quorel/lang/encoding.h"
 #include "quorel/material/filter_condition.h"
 #include "quorel/values/interval_range.h"
@@ -41,8 +42,11 @@ bool startsStatement(const std::string &word) {
   return kStarts.count(word) != 0;
 }
 
-// Nesting beyond this is refused instead of running the stack out.
+// Nesting beyond this is refused instead of running the stack out: of
+// brackets, blocks and prefixes, and of the tree as a whole, where a chain
+// of operators (1 + 1 + ...) adds a level per operator.
 constexpr int kMaxDepth = 100;
+constexpr int kMaxTree = 2000;
 
 struct SyntaxError {};
 
@@ -179,13 +183,31 @@ class Parser {
 
   struct Deeper {
     Deeper(Parser *parser, const Token &at) : parser_(parser) {
-      if (++parser_->depth_ > kMaxDepth) {
-        --parser_->depth_;
+      ++parser_->depth_;
+      ++parser_->tree_;
+      if (parser_->depth_ > kMaxDepth || parser_->tree_ > kMaxTree) {
         parser_->fail(at, "nested too deeply (more than " + std::to_string(kMaxDepth) + " levels)");
       }
     }
-    ~Deeper() { --parser_->depth_; }
+    ~Deeper() {
+      --parser_->depth_;
+      --parser_->tree_;
+    }
     Parser *parser_;
+  };
+
+  // The levels a chain of operators adds to the tree, given back at its end.
+  struct Chain {
+    explicit Chain(Parser *parser) : parser_(parser) {}
+    ~Chain() { parser_->tree_ -= links_; }
+    void link(const Token &at) {
+      ++links_;
+      if (++parser_->tree_ > kMaxTree) {
+        parser_->fail(at, "an expression too long (more than " + std::to_string(kMaxTree) + " operators deep)");
+      }
+    }
+    Parser *parser_;
+    int links_ = 0;
   };
 
   // --- declarations
@@ -354,22 +376,21 @@ class Parser {
 
   Block block() {
     Block body;
-    while (peek().kind == kTokWord && startsStatement(peek().text)) {
-      try {
-        body.push_back(statement());
-      } catch (const SyntaxError &) {
-        skipToStatement();
+    for (;;) {
+      while (peek().kind == kTokWord && startsStatement(peek().text)) {
+        try {
+          body.push_back(statement());
+        } catch (const SyntaxError &) {
+          skipToStatement();
+        }
       }
-    }
-    if (peek().kind != kTokEnd && !isWord("ENDE") && !isWord("SONST") && !isWord("BEI") &&
-        !(peek().kind == kTokWord && startsDeclaration(peek().text))) {
+      bool ends = peek().kind == kTokEnd || isWord("ENDE") || isWord("SONST") || isWord("BEI") ||
+                  (peek().kind == kTokWord && startsDeclaration(peek().text));
+      if (ends) return body;
       diagnostics_->error(peek().pos, "expected a statement, found " + shown(peek()));
       next();
       skipToStatement();
-      Block rest = block();
-      for (auto &stmt : rest) body.push_back(std::move(stmt));
     }
-    return body;
   }
 
   StmtPtr statement() {
@@ -473,23 +494,16 @@ class Parser {
     expectWord("GEWICHT");
     report->weight = wholeNumber("the problem's weight (a whole number)");
     if (acceptWord("FELD")) report->field = path();
-    static const std::pair<const char *, ReportClause> kClauses[] = {
-        {"TEXT", kClauseText},           {"DETAILS", kClauseDetails},       {"KORREKTUR", kClauseCorrection},
-        {"THEMA", kClauseTopic},         {"AUSNAHME", kClauseException},    {"FELDNAME", kClauseDisplay},
-        {"FELDMASKE", kClauseMask},      {"WERTEBEREICH", kClauseValueSpace}, {"FELDLAENGE", kClauseLength},
-        {"INFOTYP", kClauseInfoType},    {"INDIZES", kClauseIndices}};
     for (;;) {
-      const Clause *found = nullptr;
-      for (const auto &clause : kClauses) {
-        if (!isWord(clause.first)) continue;
-        Clause parsed{clause.second, next().pos, {}};
-        parsed.values.push_back(expression());
-        while (clause.second == kClauseIndices && acceptSymbol(";")) parsed.values.push_back(expression());
-        report->clauses.push_back(std::move(parsed));
-        found = &report->clauses.back();
-        break;
+      const ClauseInfo *found = nullptr;
+      for (const ClauseInfo &clause : allClauses()) {
+        if (isWord(clause.keyword)) found = &clause;
       }
       if (found == nullptr) break;
+      Clause parsed{found->kind, next().pos, {}};
+      parsed.values.push_back(expression());
+      while (found->kind == kClauseIndices && acceptSymbol(";")) parsed.values.push_back(expression());
+      report->clauses.push_back(std::move(parsed));
     }
     return stmt;
   }
@@ -509,21 +523,13 @@ class Parser {
   }
 
   ExprPtr disjunction() {
-    ExprPtr left = conjunction();
-    while (isWord("ODER")) {
-      Position pos = next().pos;
-      left = binary(kOr, pos, std::move(left), conjunction());
-    }
-    return left;
+    static const Operator kOperators[] = {{"ODER", kOr, kEq}};
+    return leftAssociative(&Parser::conjunction, kOperators);
   }
 
   ExprPtr conjunction() {
-    ExprPtr left = negation();
-    while (isWord("UND")) {
-      Position pos = next().pos;
-      left = binary(kAnd, pos, std::move(left), negation());
-    }
-    return left;
+    static const Operator kOperators[] = {{"UND", kAnd, kEq}};
+    return leftAssociative(&Parser::negation, kOperators);
   }
 
   ExprPtr negation() {
@@ -554,36 +560,43 @@ class Parser {
     return left;
   }
 
-  ExprPtr concatenation() {
-    ExprPtr left = sum();
-    while (isSymbol("&")) {
+  // One level of left-associative operators: operands, joined by any of
+  // the operators (a symbol, or a word such as UND).
+  struct Operator {
+    const char *text;
+    ExprKind kind;
+    BinaryOp op;  // for kBinary
+  };
+  template <std::size_t N>
+  ExprPtr leftAssociative(ExprPtr (Parser::*operand)(), const Operator (&operators)[N]) {
+    ExprPtr left = (this->*operand)();
+    Chain chain(this);
+    for (;;) {
+      const Operator *found = nullptr;
+      for (const Operator &candidate : operators) {
+        if (isSymbol(candidate.text) || isWord(candidate.text)) found = &candidate;
+      }
+      if (found == nullptr) return left;
+      chain.link(peek());
       Position pos = next().pos;
-      left = binary(kBinary, pos, std::move(left), sum());
-      left->op = kConcat;
+      left = binary(found->kind, pos, std::move(left), (this->*operand)());
+      left->op = found->op;
     }
-    return left;
+  }
+
+  ExprPtr concatenation() {
+    static const Operator kOperators[] = {{"&", kBinary, kConcat}};
+    return leftAssociative(&Parser::sum, kOperators);
   }
 
   ExprPtr sum() {
-    ExprPtr left = product();
-    while (isSymbol("+") || isSymbol("-")) {
-      BinaryOp op = peek().text == "+" ? kPlus : kMinus;
-      Position pos = next().pos;
-      left = binary(kBinary, pos, std::move(left), product());
-      left->op = op;
-    }
-    return left;
+    static const Operator kOperators[] = {{"+", kBinary, kPlus}, {"-", kBinary, kMinus}};
+    return leftAssociative(&Parser::product, kOperators);
   }
 
   ExprPtr product() {
-    ExprPtr left = unary();
-    while (isSymbol("*") || isSymbol("/")) {
-      BinaryOp op = peek().text == "*" ? kMult : kDiv;
-      Position pos = next().pos;
-      left = binary(kBinary, pos, std::move(left), unary());
-      left->op = op;
-    }
-    return left;
+    static const Operator kOperators[] = {{"*", kBinary, kMult}, {"/", kBinary, kDiv}};
+    return leftAssociative(&Parser::unary, kOperators);
   }
 
   ExprPtr unary() {
@@ -778,6 +791,7 @@ class Parser {
   Diagnostics *diagnostics_;
   std::size_t at_ = 0;
   int depth_ = 0;
+  int tree_ = 0;
 };
 
 }  // namespace

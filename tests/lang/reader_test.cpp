@@ -88,6 +88,20 @@ TEST(ReaderTest, ReadsUtf8AndWindows1252AlikeAndTakesAnyBytesWithoutHarm) {
   }
 }
 
+TEST(ReaderTest, RefusesTreesTooDeepForTheStackInsteadOfCrashing) {
+  const std::string head = "MODUL M\nSATZ R\n FELD A GANZZAHL\nENDE\nREGEL T\n";
+  std::string chain = head + " SEI a = 1";
+  for (int i = 0; i < 100000; ++i) chain += i % 2 ? " + 1" : " UND 1";
+  std::string nested = head + " SEI a = " + std::string(50000, '(') + "1" + std::string(50000, ')');
+  std::string stray = head;
+  for (int i = 0; i < 100000; ++i) stray += "x SEI a" + std::to_string(i) + " = 1\n";
+  for (const std::string *text : {&chain, &nested, &stray}) {
+    Diagnostics diagnostics;
+    EXPECT_EQ(readRuleText(*text + "\nENDE\n", "tief.qr", &diagnostics), nullptr);
+    EXPECT_FALSE(diagnostics.empty());
+  }
+}
+
 // The blocks of docs/language.md: a whole file (from MODUL) reads as it
 // is; declarations and statements read in the module the page gives for
 // them.
