@@ -74,3 +74,19 @@ def test_rule_modules_pickle_as_where_their_rules_come_from(rules_dir, antrag_li
         assert (copy.module_name, copy.library_path, repr(copy)) == (module.module_name, module.library_path,
                                                                      repr(module))
     assert quorel.RuleModule.from_text(text.encode("cp1252")).library_path is None
+
+
+def test_the_newcomers_survey_from_pandas_finds_what_the_command_line_finds(data_dir):
+    survey = os.path.join(os.path.dirname(data_dir), "survey")
+    frame = pd.read_csv(os.path.join(survey, "betriebe.csv"), sep=";", dtype=str, encoding="cp1252",
+                        keep_default_na=False)
+    found = quorel.check_frame(frame, quorel.RuleModule(os.path.join(survey, "erhebung.qr")),
+                               materials={"Branchen": os.path.join(survey, "branchen.csv")})
+    # The command line's expected output: one "line N: KIND ID ..." per problem.
+    expected = []
+    with open(os.path.join(survey, "betriebe.expected.txt"), encoding="utf-8") as text:
+        for line in text:
+            if line.startswith("line "):
+                expected.append(line.split()[3])
+    assert list(found["id"].astype(str)) == expected
+    assert found.attrs["summary"]["not_checked"] == 0
