@@ -14,13 +14,13 @@ constexpr int kDateTextSize = 64;
 
 }  // namespace
 
-DateValue::DateValue(const std::tm *date, const char *mask) : date_(std::make_unique<std::tm>()) {
-  date_->tm_year = date->tm_year;
-  date_->tm_mon = date->tm_mon;
-  date_->tm_mday = date->tm_mday;
-  date_->tm_hour = date->tm_hour;
-  date_->tm_min = date->tm_min;
-  date_->tm_sec = date->tm_sec;
+DateValue::DateValue(const std::tm *date, const char *mask) : dated_(true) {
+  date_.tm_year = date->tm_year;
+  date_.tm_mon = date->tm_mon;
+  date_.tm_mday = date->tm_mday;
+  date_.tm_hour = date->tm_hour;
+  date_.tm_min = date->tm_min;
+  date_.tm_sec = date->tm_sec;
   setMask(mask);
 }
 
@@ -43,12 +43,14 @@ const char *DateValue::asString() {
 }
 
 std::tm *DateValue::asDate() {
-  if (date_ == nullptr) {
-    auto parsed = std::make_unique<std::tm>();
-    Util::stringToDate(parsed.get(), text_.get(), mask_.get());
-    date_ = std::move(parsed);
+  if (!dated_) {
+    // Parsed aside: a text that is no date leaves the value as it was.
+    std::tm parsed{};
+    Util::stringToDate(&parsed, text_.get(), mask_.get());
+    date_ = parsed;
+    dated_ = true;
   }
-  return date_.get();
+  return &date_;
 }
 
 std::int64_t DateValue::asInteger() { messages::refuseConversion(messages::kDateToInteger); }

@@ -13,7 +13,7 @@
 #ifndef QUOREL_VALUES_DATE_VALUE_H_
 #define QUOREL_VALUES_DATE_VALUE_H_
 
-#include <memory>
+#include <ctime>
 
 #include "quorel/rules/nullable_text.h"
 #include "quorel/values/scalar_value.h"
@@ -56,7 +56,10 @@ class DateValue : public ScalarValue {
   // conversion comes first.
   std::int32_t compareTo(Value *other);
 
-  std::unique_ptr<std::tm> date_;
+  // Inside the value rather than on the heap: runs read dates by the
+  // thousand, and a date is asked for its tm at nearly every use.
+  std::tm date_{};
+  bool dated_ = false;  // whether date_ holds the date
   NullableText text_;
   NullableText mask_;
 };
