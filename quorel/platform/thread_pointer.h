@@ -13,19 +13,17 @@ namespace platform {
 
 #if defined(__x86_64__) && defined(__linux__)
 constexpr bool kHasThreadPointer = true;
-#else
-constexpr bool kHasThreadPointer = false;
-#endif
 
 inline std::uintptr_t threadPointer() {
-#if defined(__x86_64__) && defined(__linux__)
   std::uintptr_t pointer;
   asm("mov %%fs:0, %0" : "=r"(pointer));
   return pointer;
-#else
-  return 0;
-#endif
 }
+#else
+constexpr bool kHasThreadPointer = false;
+
+inline std::uintptr_t threadPointer() { return 0; }
+#endif
 
 }  // namespace platform
 }  // namespace quorel

@@ -104,8 +104,9 @@ Value *RuntimeContext::createInconvertibleValue(const char *message) {
 
 ValueIterator *RuntimeContext::createIterator(Value *value) {
   ValueIterator *walk = own(value->asRange());
-  // A scalar delivers itself; only ranges make values.
-  if (value->isRange()) walk->keepDeliveredIn(own(new ValueKeeper()));
+  // Asked of every value, not of ranges alone: a classification or a
+  // material value hands out the walk of the range behind it.
+  walk->keepDeliveredIn(own(new ValueKeeper()));
   return walk;
 }
 
