@@ -40,6 +40,23 @@ std::string Outcome::failure() const {
   return "exception " + (cppType.empty() ? std::to_string(exceptionType) : cppType) + ": " + message;
 }
 
+void Outcome::failWithCurrentException() {
+  failed = true;
+  exceptionType = 0;
+  try {
+    throw;
+  } catch (abi::__forced_unwind &) {
+    throw;  // a thread being cancelled must go on unwinding
+  } catch (const std::exception &e) {
+    // Rule code is C++ and may throw what C++ throws.
+    cppType = classOf(typeid(e));
+    message = e.what();
+  } catch (...) {
+    cppType = "of an unknown type";
+    message = "not derived from std::exception";
+  }
+}
+
 Checker::Checker(const CheckSettings &settings)
     : settings_(settings), plausi_(load(&loader_, settings, &ruleFile_)), flow_(settings.flow) {
   const char *const *declared = plausi_->getFlows();
@@ -95,18 +112,9 @@ void Checker::check(DataRecord *record, Outcome *outcome) {
       outcome->failed = true;
       outcome->exceptionType = e.getType();
       outcome->message = e.getMessage();
-    } catch (abi::__forced_unwind &) {
-      throw;  // a thread being cancelled must go on unwinding
-    } catch (const std::exception &e) {
-      // Rule code is C++ and may throw what C++ throws: that fails this
-      // record, not the run of all the others.
-      outcome->failed = true;
-      outcome->cppType = classOf(typeid(e));
-      outcome->message = e.what();
     } catch (...) {
-      outcome->failed = true;
-      outcome->cppType = "of an unknown type";
-      outcome->message = "not derived from std::exception";
+      // Fails this record, not the run of all the others.
+      outcome->failWithCurrentException();
     }
     collectProblems(context, &outcome->problems);
     outcome->errors = context.getNumOfProblems(PROBLEM_ERROR);

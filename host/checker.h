@@ -63,6 +63,10 @@ struct Outcome {
   // Why the run failed, as hosts report it: "exception TYPE: MESSAGE", TYPE
   // the PlausiException's number or the C++ class name.
   std::string failure() const;
+  // Within a catch block for what rule code threw other than a
+  // PlausiException: marks the outcome failed with the exception's class and
+  // text. A thread's cancellation is thrown on.
+  void failWithCurrentException();
 };
 
 class Checker {

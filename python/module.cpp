@@ -12,13 +12,9 @@
 // library needs a Plausi per thread, so a Checker keeps one host::Checker
 // per thread that calls it.
 
-#include <cxxabi.h>
-
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
-#include <exception>
-#include <typeinfo>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -95,18 +91,9 @@ py::object ruleFileErrorType;
 // in the words of host::Outcome::failure() (UTF-8; the text is the rule
 // code's, taken as it is).
 std::string thrownByRules() {
-  try {
-    throw;
-  } catch (abi::__forced_unwind &) {
-    throw;  // a thread being cancelled must go on unwinding
-  } catch (const std::exception &e) {
-    const char *mangled = typeid(e).name();
-    int status = 0;
-    std::unique_ptr<char, void (*)(void *)> name(abi::__cxa_demangle(mangled, nullptr, nullptr, &status), std::free);
-    return "exception " + std::string(status == 0 ? name.get() : mangled) + ": " + e.what();
-  } catch (...) {
-    return "exception of an unknown type: not derived from std::exception";
-  }
+  host::Outcome outcome;
+  outcome.failWithCurrentException();
+  return outcome.failure();
 }
 
 // message: UTF-8.
