@@ -75,29 +75,41 @@ void SimpleDataRecord::setEmpty(FieldDescriptor *field) { store(getKeyAsHashCode
 
 DataRecord *SimpleDataRecord::getSubDataRecord(FieldDescriptor *) { return this; }
 
-Value *SimpleDataRecord::getValue(const char *name) { return find(Util::getHashCode(name)); }
+Value *SimpleDataRecord::getValue(const char *name) { return find(keyOf(name)); }
 
-void SimpleDataRecord::setValue(const char *name, std::int64_t number) {
-  store(Util::getHashCode(name), new NumberValue(static_cast<double>(number)));
+std::int32_t SimpleDataRecord::keyOf(const char *name) { return Util::getHashCode(name); }
+
+std::int32_t SimpleDataRecord::keyOfSize(const char *name) {
+  TextHash key;
+  key.append(name);
+  key.append(kSizeSuffix);
+  return key.get();
 }
+
+void SimpleDataRecord::setValueAt(std::int32_t key, const char *text) {
+  store(key, text != nullptr ? new StringValue(text) : nullptr);
+}
+
+void SimpleDataRecord::setValueAt(std::int32_t key, std::int64_t number) {
+  store(key, new NumberValue(static_cast<double>(number)));
+}
+
+void SimpleDataRecord::setValueAt(std::int32_t key, double number) { store(key, new NumberValue(number)); }
+
+void SimpleDataRecord::setValue(const char *name, std::int64_t number) { setValueAt(keyOf(name), number); }
 
 void SimpleDataRecord::setValue(const char *name, std::int32_t number) {
   setValue(name, static_cast<std::int64_t>(number));
 }
 
-void SimpleDataRecord::setValue(const char *name, double number) {
-  store(Util::getHashCode(name), new NumberValue(number));
-}
+void SimpleDataRecord::setValue(const char *name, double number) { setValueAt(keyOf(name), number); }
 
 void SimpleDataRecord::setValue(const char *name, const char *text) {
-  store(Util::getHashCode(name), new StringValue(text));
+  store(keyOf(name), new StringValue(text));
 }
 
 void SimpleDataRecord::setSize(const char *name, std::int32_t size) {
-  TextHash key;
-  key.append(name);
-  key.append(kSizeSuffix);
-  store(key.get(), new NumberValue(static_cast<double>(size)));
+  setValueAt(keyOfSize(name), static_cast<std::int64_t>(size));
 }
 
 }  // namespace quorel

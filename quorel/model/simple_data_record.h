@@ -49,6 +49,16 @@ class SimpleDataRecord : public DataRecord {
   void setValue(const char *name, const char *text);
   void setSize(const char *name, std::int32_t size);
 
+  // The same by key: keyOf(name) is the key under which setValue(name, ...)
+  // stores, and keyOfSize(name) the one of setSize(name, ...). A host that
+  // fills many records of one layout works the keys out once per column.
+  static std::int32_t keyOf(const char *name);
+  static std::int32_t keyOfSize(const char *name);
+  // Null text empties the field.
+  void setValueAt(std::int32_t key, const char *text);
+  void setValueAt(std::int32_t key, std::int64_t number);
+  void setValueAt(std::int32_t key, double number);
+
  private:
   std::int32_t getKeyAsHashCode(FieldDescriptor *field);
   std::int32_t getKeyForSizeAsHashCode(FieldDescriptor *field, const std::int32_t *indices);

@@ -54,6 +54,21 @@ TEST_F(SimpleDataRecordTest, SizesPerRowComeFromTheRecord) {
                 "Wert konnte nicht ermittelt werden.");
 }
 
+TEST_F(SimpleDataRecordTest, KeysWorkedOutOnceFillAsNamesDo) {
+  std::int32_t name = SimpleDataRecord::keyOf("Root.Name");
+  record_.setValueAt(name, "x");
+  EXPECT_STREQ("x", record_.getString(root_.name));
+  record_.setValueAt(name, std::int64_t{7});
+  EXPECT_EQ(7, record_.getInteger(root_.name));
+  record_.setValueAt(name, 2.5);
+  EXPECT_EQ(2.5, record_.getReal(root_.name));
+  record_.setValueAt(name, static_cast<const char *>(nullptr));
+  EXPECT_TRUE(record_.isEmpty(root_.name));
+  record_.setValueAt(SimpleDataRecord::keyOfSize("Root.Matrix[1]"), std::int64_t{4});
+  std::int32_t row1[] = {1, -1};
+  EXPECT_EQ(4, record_.getSize(root_.matrix, row1));
+}
+
 TEST_F(SimpleDataRecordTest, SizeForDeclaredOpenAndElementDimensions) {
   LoggingRecord record;
   PlausiContext context(&record);
