@@ -8,6 +8,7 @@
 #ifndef QUOREL_RULES_NULLABLE_TEXT_H_
 #define QUOREL_RULES_NULLABLE_TEXT_H_
 
+#include <cstddef>
 #include <string>
 
 namespace quorel {
@@ -17,6 +18,11 @@ class NullableText {
   void set(const char *text) {
     if (text == nullptr) return;
     text_.assign(text);
+    set_ = true;
+  }
+  // The first length bytes of text, which must have as many.
+  void set(const char *text, std::size_t length) {
+    text_.assign(text, length);
     set_ = true;
   }
   const char *get() const { return set_ ? text_.c_str() : nullptr; }
