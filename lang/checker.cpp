@@ -93,7 +93,7 @@ class Checker {
     if (module_->record == nullptr) {
       error(module_->pos, "the module declares no record type (SATZ)");
     } else {
-      declareFields(module_->record.get());
+      declareFields(module_->record.get(), module_->record.get(), module_->record->name);
     }
     declareMaterials();
     declareCodes(module_->codes);
@@ -127,7 +127,9 @@ class Checker {
 
   // --- declarations
 
-  void declareFields(FieldDecl *group) {
+  // The fields of group, which is root or below it; hierarchy is group's
+  // type hierarchy text.
+  void declareFields(FieldDecl *group, FieldDecl *root, const std::string &hierarchy) {
     std::set<std::string> names;
     for (std::size_t i = 0; i < group->children.size(); ++i) {
       FieldDecl *child = group->children[i].get();
@@ -140,7 +142,12 @@ class Checker {
         std::string fault = maskFault(child->type, child->mask);
         if (!fault.empty()) error(child->pos, "the mask of " + q(child->name) + " is refused: " + fault);
       }
-      if (child->isGroup()) declareFields(child);
+      std::string own = hierarchy + "." + child->name;
+      if (child->hasColumn) {
+        if (child->column.empty()) error(child->pos, "the name in the data source of " + q(child->name) + " is empty");
+        root->columns.emplace_back(own, child->column);
+      }
+      if (child->isGroup()) declareFields(child, root, own);
     }
   }
 
@@ -153,7 +160,7 @@ class Checker {
       if (module_->record != nullptr && material.root->name == module_->record->name) {
         error(material.root->pos, "the material " + q(material.root->name) + " has the record type's name");
       }
-      declareFields(material.root.get());
+      declareFields(material.root.get(), material.root.get(), material.root->name);
     }
   }
 

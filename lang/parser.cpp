@@ -25,7 +25,7 @@ const std::set<std::string> &keywords() {
       "INFOTYP",   "INDIZES",       "PRUEFE",     "VERSUCHE",    "BEI",        "ERGEBNIS",   "UND",
       "ODER",      "NICHT",         "WAHR",       "FALSCH",      "NICHTS",     "UNGUELTIG",  "UNUMWANDELBAR",
       "LIES",      "AUS",           "WO",         "EXISTIERT",   "WAHRHEITSWERT", "GANZZAHL", "KOMMAZAHL",
-      "DATUM",     "FREI"};
+      "DATUM",     "FREI",          "SPALTE"};
   return kWords;
 }
 
@@ -337,10 +337,7 @@ class Parser {
           if (type < 0) expected("the field's type (TEXT, WAHRHEITSWERT, GANZZAHL, KOMMAZAHL, DATUM or FREI)");
           next();
           decl->type = static_cast<FieldType>(type);
-          if (acceptWord("MASKE")) {
-            decl->mask = text("the mask");
-            decl->hasMask = true;
-          }
+          fieldClauses(decl.get());
           parent->children.push_back(std::move(decl));
         } else {
           expected("FELD, GRUPPE or ENDE");
@@ -353,6 +350,24 @@ class Parser {
       }
     }
     expectEnd(opener);
+  }
+
+  // [MASKE "mask"] [SPALTE "name"], in either order, each at most once.
+  void fieldClauses(FieldDecl *decl) {
+    for (;;) {
+      const Token &clause = peek();
+      bool mask = isWord("MASKE");
+      if (!mask && !isWord("SPALTE")) return;
+      next();
+      if (mask ? decl->hasMask : decl->hasColumn) diagnostics_->error(clause.pos, "this clause is given twice");
+      if (mask) {
+        decl->mask = text("the mask");
+        decl->hasMask = true;
+      } else {
+        decl->column = text("the field's name in the data source");
+        decl->hasColumn = true;
+      }
+    }
   }
 
   // "code" = "text" [MIT ... ENDE] ... ENDE

@@ -75,6 +75,51 @@ TEST(RecordTypeTest, DeclaresFieldsGroupsAndArraysAsTheLibraryDescribesThem) {
   EXPECT_TRUE(plausi->isKnownFlow("Irgendwas"));
 }
 
+TEST(RecordTypeTest, GivesFieldsTheirNamesInTheDataSource) {
+  auto rules = readOk(R"(
+MODUL Test
+SATZ R
+  FELD Name TEXT SPALTE "NAME"
+  FELD Betrag KOMMAZAHL SPALTE "BETRAG" MASKE "####.##0"
+  FELD Frei TEXT
+  GRUPPE Kinder[0]
+    FELD Vorname TEXT SPALTE "KIND_VORNAME"
+  ENDE
+  FELD Werte[3] GANZZAHL SPALTE "WERT"
+ENDE
+MATERIAL Orte DATENBESTAND "ORTE"
+  FELD PLZ TEXT SPALTE "plz"
+ENDE
+MATERIAL Laender
+  FELD Name TEXT
+ENDE
+)");
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  Topic *root = plausi->getRootTopic();
+  auto dataset = [](FieldDescriptor *field) {
+    const char *name = field->getTypeDescriptor()->getFieldNameDataset();
+    return std::string(name != nullptr ? name : "-");
+  };
+  EXPECT_EQ(dataset(root->getField(nullptr, "Name")), "NAME");
+  EXPECT_EQ(dataset(root->getField(nullptr, "Betrag")), "BETRAG");
+  EXPECT_STREQ(root->getField(nullptr, "Betrag")->getTypeDescriptor()->getMask(), "####.##0");
+  EXPECT_EQ(dataset(root->getField(nullptr, "Frei")), "-");
+  EXPECT_EQ(dataset(root->getField(nullptr, "Kinder[1].Vorname")), "KIND_VORNAME");
+  EXPECT_EQ(dataset(root->getField(nullptr, "Werte[2]")), "WERT");
+  auto *orte = dynamic_cast<Topic *>(plausi->getMaterial("Orte"));
+  ASSERT_NE(orte, nullptr);
+  EXPECT_EQ(dataset(orte->getField(nullptr, "PLZ")), "plz");
+  EXPECT_NE(orte->getTypeDescriptor()->getMapping(), root->getTypeDescriptor()->getMapping());
+  // A tree without names has no mapping at all, as a module that declares none.
+  auto *laender = dynamic_cast<Topic *>(plausi->getMaterial("Laender"));
+  ASSERT_NE(laender, nullptr);
+  EXPECT_EQ(laender->getField(nullptr, "Name")->getTypeDescriptor()->getMapping(), nullptr);
+  auto plain = readOk(kRecord);
+  ASSERT_NE(plain, nullptr);
+  EXPECT_EQ(plain->createPlausi()->getRootTopic()->getTypeDescriptor()->getMapping(), nullptr);
+}
+
 TEST(FlowTest, RunsTheRulesOfTheFlowInItsOrderAndRefusesOthers) {
   std::string text = kRecord + R"(
 ABLAUF Voll: B, A
