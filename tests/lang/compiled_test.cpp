@@ -56,7 +56,9 @@ void compareFields(Plausi *interpreted, Topic *a, Plausi *compiled, Topic *b, co
     FieldDescriptor *fieldA = a->getField(nullptr, path.c_str());
     FieldDescriptor *fieldB = b->getField(nullptr, path.c_str());
     EXPECT_EQ(describe(fieldA), describe(fieldB)) << path;
-    if (record) EXPECT_EQ(fieldCheck(interpreted, path), fieldCheck(compiled, path)) << path;
+    if (record) {
+      EXPECT_EQ(fieldCheck(interpreted, path), fieldCheck(compiled, path)) << path;
+    }
     if (child->isGroup()) compareFields(interpreted, a, compiled, b, *child, path + ".", record);
   }
 }
@@ -95,7 +97,9 @@ TEST(CompiledTest, RegistersWhatTheInterpreterRegisters) {
   const char *const *flowsB = compiled->getFlows();
   ASSERT_EQ(flowsA == nullptr, flowsB == nullptr);
   for (; flowsA != nullptr && *flowsA != nullptr; ++flowsA, ++flowsB) EXPECT_EQ(text(*flowsA), text(*flowsB));
-  if (flowsB != nullptr) EXPECT_EQ(*flowsB, nullptr);
+  if (flowsB != nullptr) {
+    EXPECT_EQ(*flowsB, nullptr);
+  }
 
   for (const auto &code : module.codes) {
     Value *a = interpreted->getClassificationByCode(code->code.c_str());
