@@ -254,7 +254,8 @@ class Checker {
       }
       if (!ok) continue;
       if (decl->isGroup()) {
-        error(path->pos, "a field check checks a field, and " + q(decl->name) + " is a group");
+        // The library hands the check of a group no field to work on.
+        error(path->pos, q(decl->name) + " is a group, and a group has no field check: check its fields");
         continue;
       }
       if (!checked.insert(decl).second) error(path->pos, "the field " + q(hierarchy) + " has a second check");

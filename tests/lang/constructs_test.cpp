@@ -339,6 +339,49 @@ ENDE
             "FP 1 1: negativ | - | R.Werte[1] | read R.Werte[1] | trail Pruefung Wert < Plausi\n");
 }
 
+// The host names a field by its path as the library resolves it: a field of
+// a group, a field of an element of an array of groups, an array without
+// indices (its first element). A group has no check.
+TEST(FieldCheckTest, ReachesFieldsAtAnyDepthByTheLibrarysPaths) {
+  std::string more = R"(
+FELDPRUEFUNG R.Adresse.Ort ALS ort
+  WENN NICHT GUELTIG(ort) DANN
+    MELDE FEHLER "ORT" GEWICHT 1 FELD ort TEXT "Ort fehlt"
+  ENDE
+ENDE
+FELDPRUEFUNG R.Kinder.Vorname ALS vorname ABSCHNITT "Pruefung Vorname"
+  WENN WERTLAENGE(vorname) < 2 DANN
+    MELDE HINWEIS "VN" GEWICHT 1 FELD vorname TEXT "kurz: " & vorname
+  ENDE
+ENDE
+FELDPRUEFUNG R.Werte ALS wert
+  MELDE HINWEIS "W" GEWICHT 1 FELD wert TEXT "" & wert
+ENDE
+)";
+  auto rules = readOk(rule("FUER JEDES kind IN R.Kinder\n  PRUEFE kind.Vorname\nENDE", more));
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  EXPECT_EQ(run(plausi.get(), {{"R.Kinder#", "2"}, {"R.Kinder[0].Vorname", "Anna"}, {"R.Kinder[1].Vorname", "B"}}),
+            "VN 2 1: kurz: B | - | R.Kinder[1].Vorname | read R.Kinder[1].Vorname | trail Pruefung Vorname < Regel T < Plausi\n");
+  auto check = [&](const char *path) {
+    SimpleDataRecord record;
+    testing::fill(&record, {{"R.Kinder#", "3"}, {"R.Kinder[2].Vorname", "C"}, {"R.Werte[0]", "7"}});
+    PlausiContext context(&record);
+    try {
+      plausi->performFieldCheck(path, &context);
+    } catch (const PlausiException &e) {
+      return testing::describe(context) + "Ausnahme " + std::to_string(e.getType()) + ": " + e.getMessage();
+    }
+    return testing::describe(context);
+  };
+  EXPECT_EQ(check("Adresse.Ort"), "ORT 1 1: Ort fehlt | - | R.Adresse.Ort | read R.Adresse.Ort | trail ort < Plausi\n");
+  EXPECT_EQ(check("Kinder[2].Vorname"),
+            "VN 2 1: kurz: C | - | R.Kinder[2].Vorname | read R.Kinder[2].Vorname | trail Pruefung Vorname < Plausi\n");
+  EXPECT_EQ(check("Werte"), "W 2 1: 7 | - | R.Werte[0] | read R.Werte[0] | trail wert < Plausi\n");
+  EXPECT_EQ(check("Adresse"), "Ausnahme 4: R.Adresse");
+  EXPECT_EQ(check("Name"), "Ausnahme 4: R.Name");
+}
+
 TEST(TryTest, CatchesTheLibrarysFaultAndLeavesTheSectionsOpenedInside) {
   std::string body = R"(
 VERSUCHE
