@@ -261,8 +261,7 @@ class Parser {
       rule.pos = peek().pos;
       rule.name = name("the rule's name");
       rule.section = acceptWord("ABSCHNITT") ? text("the section's name") : rule.name;
-      rule.body = block();
-      expectEnd(start);
+      rule.body = body(start);
       module->rules.push_back(std::move(rule));
     } else if (word == "FUNKTION") {
       auto function = std::make_unique<FunctionDecl>();
@@ -276,8 +275,7 @@ class Parser {
         }
         expectSymbol(")");
       }
-      function->body = block();
-      expectEnd(start);
+      function->body = body(start);
       module->functions.push_back(std::move(function));
     } else {  // FELDPRUEFUNG
       FieldCheckDecl check;
@@ -286,8 +284,7 @@ class Parser {
       expectWord("ALS");
       check.bound = name("the name of the checked field");
       check.section = acceptWord("ABSCHNITT") ? text("the section's name") : check.bound;
-      check.body = block();
-      expectEnd(start);
+      check.body = body(start);
       module->fieldChecks.push_back(std::move(check));
     }
   }
@@ -389,6 +386,50 @@ class Parser {
 
   // --- statements
 
+  // The statements of a rule, function or field check, and its ENDE.
+  //
+  // A WENN on the line after SONST either continues the chain or is a
+  // statement of its own in the SONST block, with an ENDE of its own; the
+  // ENDEs of the file tell which. The body is read first with every such
+  // WENN a statement of its own, then, when that reading fails, with every
+  // such WENN continuing its chain. A reading fits when it finds no mistake
+  // and the next declaration or the end of the file after its ENDE; the
+  // first that fits is taken, else the mistakes of the first are told. Both
+  // cannot fit: they differ in the number of ENDEs they take, and no body
+  // reaches past a declaration.
+  Block body(const Token &opener) {
+    const std::size_t start = at_;
+    const std::size_t errors = diagnostics_->size();
+    splitElse_ = false;
+    // Reading 2, when neither fits, tells the mistakes of the first.
+    for (int reading = 0;; ++reading) {
+      chainSplitElse_ = reading == 1;
+      try {
+        Block statements = block();
+        expectEnd(opener);
+        bool fits = diagnostics_->size() == errors && (peek().kind == kTokEnd || startsDeclaration(peek().text));
+        if (!splitElse_ || fits) return statements;
+        if (reading == 2) {
+          splitElseHint();
+          return statements;
+        }
+      } catch (const SyntaxError &) {
+        if (!splitElse_) throw;
+        if (reading == 2) {
+          splitElseHint();
+          throw;
+        }
+      }
+      at_ = start;
+      diagnostics_->forgetAfter(errors);
+    }
+  }
+
+  void splitElseHint() {
+    diagnostics_->error(splitElsePos_, "this WENN is read as a statement of its own, which needs an ENDE; "
+                                       "to continue the chain, write SONST WENN on one line");
+  }
+
   Block block() {
     Block body;
     for (;;) {
@@ -418,10 +459,13 @@ class Parser {
       expectWord("DANN");
       stmt->blocks.push_back(block());
       while (isWord("SONST")) {
-        // SONST WENN on one line continues this statement; a WENN on the
-        // next line begins a statement of its own inside the SONST block.
+        // SONST WENN on one line continues this statement; for a WENN on
+        // a later line, see body().
         std::int32_t line = next().pos.line;
-        if (isWord("WENN") && peek().pos.line == line) {
+        bool split = isWord("WENN") && peek().pos.line != line;
+        if (split && !splitElse_) splitElsePos_ = peek().pos;
+        splitElse_ = splitElse_ || split;
+        if (isWord("WENN") && (!split || chainSplitElse_)) {
           next();
           stmt->exprs.push_back(expression());
           expectWord("DANN");
@@ -805,6 +849,9 @@ class Parser {
   const std::vector<Token> &tokens_;
   Diagnostics *diagnostics_;
   std::size_t at_ = 0;
+  bool splitElse_ = false;       // the body read holds a WENN on the line after SONST
+  bool chainSplitElse_ = false;  // such a WENN continues its chain
+  Position splitElsePos_;        // the first such WENN
   int depth_ = 0;
   int tree_ = 0;
 };

@@ -166,16 +166,38 @@ ENDE)";
             "sonst 2 1: x | - | - | read R.Zahl, R.Name, R.Ja | trail Regel T < Plausi\n");
 }
 
-TEST(ConditionTest, SonstWennOnOneLineContinuesAndOnALineOfItsOwnNests) {
-  // On one line: one statement, one ENDE. On two lines: a WENN inside the
-  // SONST block, with an ENDE of its own, and statements after it.
+TEST(ConditionTest, SonstWennContinuesTheChainUnlessTheWennHasAnEndeOfItsOwn) {
+  // SONST WENN on one line, or on two lines with one ENDE for the chain: one
+  // statement. A WENN on the line after SONST with an ENDE of its own: a
+  // statement inside the SONST block, with statements after it.
   std::string chained = "WENN R.Zahl = 1 DANN " + say("eins") + "SONST WENN R.Zahl = 2 DANN " + say("zwei") + "ENDE";
+  std::string ladder = "WENN R.Zahl = 1 DANN\n" + say("eins") + "SONST\nWENN R.Zahl = 2 DANN\n" + say("zwei") +
+                       "SONST\n  WENN R.Zahl = 3 DANN\n" + say("drei") + "SONST\n" + say("sonst") + "ENDE\n" +
+                       say("danach");
   std::string nested = "WENN R.Zahl = 1 DANN " + say("eins") + "SONST\nWENN R.Zahl = 2 DANN " + say("zwei") +
                        "ENDE\n" + say("sonst") + "ENDE";
-  EXPECT_EQ(runText(rule(chained), {{"R.Zahl", "2"}}), "zwei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
-  EXPECT_EQ(runText(rule(nested), {{"R.Zahl", "2"}}), "zwei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n"
-                                                      "sonst 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  const std::string zwei = "zwei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n";
+  const std::string danach = "danach 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n";
+  EXPECT_EQ(runText(rule(chained), {{"R.Zahl", "2"}}), zwei);
+  EXPECT_EQ(runText(rule(ladder), {{"R.Zahl", "2"}}), zwei + danach);
+  EXPECT_EQ(runText(rule(ladder), {{"R.Zahl", "3"}}), "drei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n" + danach);
+  EXPECT_EQ(runText(rule(ladder), {{"R.Zahl", "4"}}), "sonst 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n" + danach);
+  EXPECT_EQ(runText(rule(nested), {{"R.Zahl", "2"}}), zwei + "sonst 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
   EXPECT_EQ(runText(rule(nested), {{"R.Zahl", "1"}}), "eins 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  // A rule reads all its split SONSTs one way: mixed, neither reading fits,
+  // and the first split WENN is told how to write a chain.
+  std::string mixed = ladder + "\n" + nested;
+  EXPECT_EQ(testing::mistakes(rule(mixed) + "REGEL U\nENDE\n"),
+            "test.qr:22:1: error: this WENN is read as a statement of its own, which needs an ENDE; to continue the "
+            "chain, write SONST WENN on one line\n"
+            "WENN R.Zahl = 2 DANN\n"
+            "^\n"
+            "test.qr:39:1: error: expected 'ENDE' to close the WENN of line 19, found 'REGEL'\n"
+            "REGEL U\n"
+            "^\n"
+            "test.qr:39:1: error: expected 'ENDE' to close the REGEL of line 18, found 'REGEL'\n"
+            "REGEL U\n"
+            "^\n");
 }
 
 TEST(ValueTest, LiteralsOperatorsAndRangesAnswerAsTheLibrary) {
