@@ -24,6 +24,9 @@ namespace lang {
 
 namespace {
 
+// The flow of a module that declares none.
+constexpr char kDefaultFlow[] = "Pruefung";
+
 // Names in messages are UTF-8; the tree holds Windows-1252.
 std::string q(const std::string &name) { return "'" + windows1252ToUtf8(name) + "'"; }
 
@@ -210,6 +213,18 @@ class Checker {
   }
 
   void declareFlows() {
+    if (module_->flows.empty()) {
+      // A module runs its rules in flows; without ABLAUF it has one, which
+      // runs every rule in the order of the file.
+      FlowDecl all;
+      all.pos = module_->pos;
+      all.name = kDefaultFlow;
+      for (const RuleDecl &rule : module_->rules) {
+        all.rules.push_back(rule.name);
+        all.rulePos.push_back(rule.pos);
+      }
+      module_->flows.push_back(std::move(all));
+    }
     std::set<std::string> names;
     for (FlowDecl &flow : module_->flows) {
       if (!names.insert(flow.name).second) error(flow.pos, "the flow " + q(flow.name) + " is declared twice");

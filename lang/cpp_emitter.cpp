@@ -271,32 +271,23 @@ class Emitter {
       out += "  ~" + cls + "() override {\n    for (Value *constant : k_) delete constant;\n  }\n";
     }
     out += "\n  const char *const *getFlows() const override {\n";
-    if (m_.flows.empty()) {
-      out += "    return nullptr;\n  }\n";
-    } else {
-      out += "    static const char *const kFlows[] = {";
-      for (const FlowDecl &flow : m_.flows) out += literal(flow.name) + ", ";
-      out += "nullptr};\n    return kFlows;\n  }\n";
-    }
+    out += "    static const char *const kFlows[] = {";
+    for (const FlowDecl &flow : m_.flows) out += literal(flow.name) + ", ";
+    out += "nullptr};\n    return kFlows;\n  }\n";
     for (std::size_t i = 0; i < m_.fieldChecks.size(); ++i) {
       out += "\n  void runCheck" + std::to_string(i) + "(RuntimeContext *rt, Field *field);";
     }
     out += "\n\n protected:\n  void performImpl(RuntimeContext *rt, const char *flow) override {\n";
-    if (m_.flows.empty()) {
-      out += "    (void)flow;  // no flows declared: every flow runs every rule\n";
-      for (const RuleDecl &rule : m_.rules) out += "    " + ruleName(rule) + "(rt);\n";
-    } else {
-      out += "    if (flow == nullptr) return;\n";
-      bool first = true;
-      for (const FlowDecl &flow : m_.flows) {
-        out += std::string(first ? "    if" : "    } else if") + " (std::strcmp(flow, " + literal(flow.name) + ") == 0) {\n";
-        for (std::int32_t index : flow.ruleIndices) {
-          out += "      " + ruleName(m_.rules[static_cast<std::size_t>(index)]) + "(rt);\n";
-        }
-        first = false;
+    out += "    if (flow == nullptr) return;\n";
+    bool first = true;
+    for (const FlowDecl &flow : m_.flows) {
+      out += std::string(first ? "    if" : "    } else if") + " (std::strcmp(flow, " + literal(flow.name) + ") == 0) {\n";
+      for (std::int32_t index : flow.ruleIndices) {
+        out += "      " + ruleName(m_.rules[static_cast<std::size_t>(index)]) + "(rt);\n";
       }
-      out += "    }\n";
+      first = false;
     }
+    out += "    }\n";
     out += "  }\n\n  Value *performFunctionImpl(RuntimeContext *rt, const char *name) override {\n";
     for (const auto &function : m_.functions) {
       if (!function->params.empty()) continue;

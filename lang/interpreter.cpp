@@ -175,10 +175,6 @@ Value *Interpreter::makeConstant(const Expr &expr) {
 // --- runs
 
 void Interpreter::performImpl(RuntimeContext *runtime, const char *flow) {
-  if (module_.flows.empty()) {
-    for (const RuleDecl &rule : module_.rules) runRule(runtime, rule);
-    return;
-  }
   if (flow == nullptr) return;
   for (const FlowDecl &declared : module_.flows) {
     if (std::strcmp(declared.name.c_str(), flow) != 0) continue;

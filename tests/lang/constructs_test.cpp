@@ -71,8 +71,6 @@ TEST(RecordTypeTest, DeclaresFieldsGroupsAndArraysAsTheLibraryDescribesThem) {
   EXPECT_EQ(dims[0], 2);
   EXPECT_EQ(dims[1], 0);
   EXPECT_LT(dims[2], 0);
-  EXPECT_EQ(plausi->getFlows(), nullptr);  // no ABLAUF: every flow runs every rule
-  EXPECT_TRUE(plausi->isKnownFlow("Irgendwas"));
 }
 
 TEST(RecordTypeTest, GivesFieldsTheirNamesInTheDataSource) {
@@ -141,6 +139,17 @@ ENDE
                                             "A 2 1: - | - | - | read | trail A < Plausi\n");
   EXPECT_EQ(run(plausi.get(), {}, "Kurz"), "A 2 1: - | - | - | read | trail A < Plausi\n");
   EXPECT_EQ(run(plausi.get(), {}, "Anders"), "");
+
+  // Without ABLAUF, the one flow Pruefung runs every rule in the order of the file.
+  auto all = readOk(kRecord + "REGEL A\n" + say("A") + "ENDE\nREGEL B\n" + say("B") + "ENDE\n");
+  ASSERT_NE(all, nullptr);
+  plausi = all->createPlausi();
+  ASSERT_NE(plausi->getFlows(), nullptr);
+  EXPECT_STREQ(plausi->getFlows()[0], "Pruefung");
+  EXPECT_EQ(plausi->getFlows()[1], nullptr);
+  EXPECT_FALSE(plausi->isKnownFlow("Anders"));
+  EXPECT_EQ(run(plausi.get(), {}, "Pruefung"), "A 2 1: x | - | - | read | trail A < Plausi\n"
+                                                "B 2 1: x | - | - | read | trail B < Plausi\n");
 }
 
 TEST(ConditionTest, BranchesAndShortCircuitsAsWrittenAndReadsOnlyWhatItEvaluates) {
