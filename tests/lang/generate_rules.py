@@ -6,6 +6,8 @@ compiled to C++.
   generate_rules.py rules SEED      a rule file (UTF-8) on standard output
   generate_rules.py records N       N records (CSV, Windows-1252)
   generate_rules.py material        the material M (CSV)
+  generate_rules.py material-db F   the material M as the table M of the SQLite file F, whose
+                                    column of M.S has the name the rule files give it
 """
 import random
 import sys
@@ -33,7 +35,7 @@ SATZ Z
 ENDE
 
 MATERIAL M
-  FELD S TEXT SPALTE "s"
+  FELD S TEXT SPALTE "kurztext"
   FELD Q GANZZAHL
 ENDE
 
@@ -235,10 +237,25 @@ def records(count):
         out.write((";".join(row) + "\n").encode("cp1252"))
 
 
+MATERIAL_ROWS = (("A", 1), ("abc", 3), ("B", 7), ("X1", 12), ("", 5))
+
+
 def material():
     print("M.S;M.Q")
-    for s, q in (("A", 1), ("abc", 3), ("B", 7), ("X1", 12), ("", 5)):
+    for s, q in MATERIAL_ROWS:
         print("%s;%d" % (s, q))
+
+
+def material_db(path):
+    import os
+    import sqlite3
+    if os.path.exists(path):
+        os.remove(path)
+    db = sqlite3.connect(path)
+    db.execute("CREATE TABLE M (kurztext TEXT, Q INTEGER)")
+    db.executemany("INSERT INTO M VALUES (?, ?)", MATERIAL_ROWS)
+    db.commit()
+    db.close()
 
 
 if __name__ == "__main__":
@@ -247,5 +264,7 @@ if __name__ == "__main__":
         sys.stdout.buffer.write(Rules(int(sys.argv[2])).module().encode("utf-8"))
     elif mode == "records":
         records(int(sys.argv[2]))
+    elif mode == "material-db":
+        material_db(sys.argv[2])
     else:
         material()
