@@ -393,41 +393,62 @@ class Parser {
   // ENDEs of the file tell which. The body is read first with every such
   // WENN a statement of its own, then, when that reading fails, with every
   // such WENN continuing its chain. A reading fits when it finds no mistake
-  // and the next declaration or the end of the file after its ENDE; the
-  // first that fits is taken, else the mistakes of the first are told. Both
-  // cannot fit: they differ in the number of ENDEs they take, and no body
-  // reaches past a declaration.
+  // and the next declaration or the end of the file after its ENDE; both
+  // cannot fit, since they differ in the number of ENDEs they take and no
+  // body reaches past a declaration. When neither fits, the reading with
+  // fewer mistakes is told (the first, of two alike); when the second
+  // failed only by what it left behind and the first lacks the body's ENDE,
+  // the body mixes both forms, and the first is told with a hint at the
+  // one-line form.
   Block body(const Token &opener) {
     const std::size_t start = at_;
     const std::size_t errors = diagnostics_->size();
     splitElse_ = false;
-    // Reading 2, when neither fits, tells the mistakes of the first.
-    for (int reading = 0;; ++reading) {
-      chainSplitElse_ = reading == 1;
-      try {
-        Block statements = block();
-        expectEnd(opener);
-        bool fits = diagnostics_->size() == errors && (peek().kind == kTokEnd || startsDeclaration(peek().text));
-        if (!splitElse_ || fits) return statements;
-        if (reading == 2) {
-          splitElseHint();
-          return statements;
-        }
-      } catch (const SyntaxError &) {
-        if (!splitElse_) throw;
-        if (reading == 2) {
-          splitElseHint();
-          throw;
-        }
+    Block statements;
+    Reading told = readBody(opener, false, &statements);
+    if (splitElse_ && !told.fits) {
+      const Reading nested = told;
+      auto again = [&] {
+        at_ = start;
+        diagnostics_->forgetAfter(errors);
+      };
+      again();
+      const Reading chained = readBody(opener, true, &statements);
+      if (chained.fits) return statements;
+      // The second reading closes the body early when it finds no mistake
+      // and still does not fit; it is never told then.
+      bool closedEarly = chained.mistakes == 0;
+      again();
+      told = readBody(opener, !closedEarly && chained.mistakes < nested.mistakes, &statements);
+      if (closedEarly && nested.threw) {
+        diagnostics_->error(splitElsePos_, "this WENN is read as a statement of its own, which needs an ENDE; "
+                                           "to continue the chain, write SONST WENN on one line");
       }
-      at_ = start;
-      diagnostics_->forgetAfter(errors);
     }
+    if (told.threw) throw SyntaxError();
+    return statements;
   }
 
-  void splitElseHint() {
-    diagnostics_->error(splitElsePos_, "this WENN is read as a statement of its own, which needs an ENDE; "
-                                       "to continue the chain, write SONST WENN on one line");
+  // One reading of a body, whose mistakes stay reported.
+  struct Reading {
+    bool threw = false;          // it ended in a syntax error
+    bool fits = false;           // see body()
+    std::size_t mistakes = 0;
+  };
+  Reading readBody(const Token &opener, bool chainSplitElse, Block *statements) {
+    const std::size_t errors = diagnostics_->size();
+    chainSplitElse_ = chainSplitElse;
+    Reading reading;
+    try {
+      *statements = block();
+      expectEnd(opener);
+      reading.fits = peek().kind == kTokEnd || startsDeclaration(peek().text);
+    } catch (const SyntaxError &) {
+      reading.threw = true;
+    }
+    reading.mistakes = diagnostics_->size() - errors;
+    reading.fits = reading.fits && reading.mistakes == 0;
+    return reading;
   }
 
   Block block() {

@@ -207,6 +207,15 @@ TEST(ConditionTest, SonstWennContinuesTheChainUnlessTheWennHasAnEndeOfItsOwn) {
             "test.qr:39:1: error: expected 'ENDE' to close the REGEL of line 18, found 'REGEL'\n"
             "REGEL U\n"
             "^\n");
+  // A mistake elsewhere is told alone, in either form.
+  EXPECT_EQ(testing::mistakes(rule(ladder + "\nSEI = 1") + "REGEL U\nENDE\n"),
+            "test.qr:32:5: error: expected a variable's name, found '='\n"
+            "SEI = 1\n"
+            "    ^\n");
+  EXPECT_EQ(testing::mistakes(rule(nested + "\nSEI = 1") + "REGEL U\nENDE\n"),
+            "test.qr:25:5: error: expected a variable's name, found '='\n"
+            "SEI = 1\n"
+            "    ^\n");
 }
 
 TEST(ValueTest, LiteralsOperatorsAndRangesAnswerAsTheLibrary) {
