@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "quorel/lang/position.h"
@@ -40,9 +41,15 @@ struct FieldDecl {
   FieldType type = FieldTypeText;  // FieldTypeTopic for a group
   std::string mask;
   bool hasMask = false;
+  std::string column;              // the field's name in the data source (SPALTE)
+  bool hasColumn = false;
   std::vector<std::int32_t> dims;  // empty for no array; 0 for a size per record
   std::vector<std::unique_ptr<FieldDecl>> children;  // a group's fields
   std::int32_t slot = 0;           // place among the parent's children
+  // Resolved, for a root (the record type or a material): the type
+  // hierarchy text and data-source name of every field below it that names
+  // one, in the order declared: the entries of the root's Mapping.
+  std::vector<std::pair<std::string, std::string>> columns;
 
   bool isGroup() const { return type == FieldTypeTopic; }
   bool isArray() const { return !dims.empty(); }

@@ -24,6 +24,9 @@ namespace lang {
 
 namespace {
 
+// The flow of a module that declares none.
+constexpr char kDefaultFlow[] = "Pruefung";
+
 // Names in messages are UTF-8; the tree holds Windows-1252.
 std::string q(const std::string &name) { return "'" + windows1252ToUtf8(name) + "'"; }
 
@@ -93,7 +96,7 @@ class Checker {
     if (module_->record == nullptr) {
       error(module_->pos, "the module declares no record type (SATZ)");
     } else {
-      declareFields(module_->record.get());
+      declareFields(module_->record.get(), module_->record.get(), module_->record->name);
     }
     declareMaterials();
     declareCodes(module_->codes);
@@ -127,7 +130,9 @@ class Checker {
 
   // --- declarations
 
-  void declareFields(FieldDecl *group) {
+  // The fields of group, which is root or below it; hierarchy is group's
+  // type hierarchy text.
+  void declareFields(FieldDecl *group, FieldDecl *root, const std::string &hierarchy) {
     std::set<std::string> names;
     for (std::size_t i = 0; i < group->children.size(); ++i) {
       FieldDecl *child = group->children[i].get();
@@ -140,7 +145,12 @@ class Checker {
         std::string fault = maskFault(child->type, child->mask);
         if (!fault.empty()) error(child->pos, "the mask of " + q(child->name) + " is refused: " + fault);
       }
-      if (child->isGroup()) declareFields(child);
+      std::string own = hierarchy + "." + child->name;
+      if (child->hasColumn) {
+        if (child->column.empty()) error(child->pos, "the name in the data source of " + q(child->name) + " is empty");
+        root->columns.emplace_back(own, child->column);
+      }
+      if (child->isGroup()) declareFields(child, root, own);
     }
   }
 
@@ -153,7 +163,7 @@ class Checker {
       if (module_->record != nullptr && material.root->name == module_->record->name) {
         error(material.root->pos, "the material " + q(material.root->name) + " has the record type's name");
       }
-      declareFields(material.root.get());
+      declareFields(material.root.get(), material.root.get(), material.root->name);
     }
   }
 
@@ -203,6 +213,18 @@ class Checker {
   }
 
   void declareFlows() {
+    if (module_->flows.empty()) {
+      // A module runs its rules in flows; without ABLAUF it has one, which
+      // runs every rule in the order of the file.
+      FlowDecl all;
+      all.pos = module_->pos;
+      all.name = kDefaultFlow;
+      for (const RuleDecl &rule : module_->rules) {
+        all.rules.push_back(rule.name);
+        all.rulePos.push_back(rule.pos);
+      }
+      module_->flows.push_back(std::move(all));
+    }
     std::set<std::string> names;
     for (FlowDecl &flow : module_->flows) {
       if (!names.insert(flow.name).second) error(flow.pos, "the flow " + q(flow.name) + " is declared twice");
@@ -247,7 +269,8 @@ class Checker {
       }
       if (!ok) continue;
       if (decl->isGroup()) {
-        error(path->pos, "a field check checks a field, and " + q(decl->name) + " is a group");
+        // The library hands the check of a group no field to work on.
+        error(path->pos, q(decl->name) + " is a group, and a group has no field check: check its fields");
         continue;
       }
       if (!checked.insert(decl).second) error(path->pos, "the field " + q(hierarchy) + " has a second check");

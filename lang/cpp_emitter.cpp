@@ -240,13 +240,20 @@ class Emitter {
     const std::string cls = "Rules";
     std::string out = "class " + cls + " : public Plausi {\n public:\n";
     out += "  " + cls + "() {\n";
+    std::string mapping = mappingOf(*m_.record, "mapping", "setMapping(");
+    out += mapping;
     out += "    root_ = ModuleTopic::createRoot<" + classOf_[m_.record.get()] + ">(" + literal(m_.record->name) + ", " +
-           literal(m_.record->display) + ");\n    root_->rules = this;\n    setRootTopic(root_);\n";
+           literal(m_.record->display) + (mapping.empty() ? "" : ", mapping") +
+           ");\n    root_->rules = this;\n    setRootTopic(root_);\n";
     for (std::size_t i = 0; i < m_.materials.size(); ++i) {
       const MaterialDecl &material = m_.materials[i];
       std::string var = "material" + std::to_string(i) + "_";
+      std::string materialMapping =
+          mappingOf(*material.root, "mapping" + std::to_string(i), "setMappingForMaterial(" + literal(material.root->name) + ", ");
+      out += materialMapping;
       out += "    " + var + " = ModuleTopic::createRoot<" + classOf_[material.root.get()] + ">(" +
-             literal(material.root->name) + ", " + literal(material.root->display) + ");\n";
+             literal(material.root->name) + ", " + literal(material.root->display) +
+             (materialMapping.empty() ? "" : ", mapping" + std::to_string(i)) + ");\n";
       out += "    " + var + "->setMaterialName(" + literal(material.root->name) + ");\n";
       if (material.hasDataset) out += "    " + var + "->setMaterialNameDataset(" + literal(material.dataset) + ");\n";
       out += "    setMaterial(" + literal(material.root->name) + ", " + var + ");\n";
@@ -264,32 +271,23 @@ class Emitter {
       out += "  ~" + cls + "() override {\n    for (Value *constant : k_) delete constant;\n  }\n";
     }
     out += "\n  const char *const *getFlows() const override {\n";
-    if (m_.flows.empty()) {
-      out += "    return nullptr;\n  }\n";
-    } else {
-      out += "    static const char *const kFlows[] = {";
-      for (const FlowDecl &flow : m_.flows) out += literal(flow.name) + ", ";
-      out += "nullptr};\n    return kFlows;\n  }\n";
-    }
+    out += "    static const char *const kFlows[] = {";
+    for (const FlowDecl &flow : m_.flows) out += literal(flow.name) + ", ";
+    out += "nullptr};\n    return kFlows;\n  }\n";
     for (std::size_t i = 0; i < m_.fieldChecks.size(); ++i) {
       out += "\n  void runCheck" + std::to_string(i) + "(RuntimeContext *rt, Field *field);";
     }
     out += "\n\n protected:\n  void performImpl(RuntimeContext *rt, const char *flow) override {\n";
-    if (m_.flows.empty()) {
-      out += "    (void)flow;  // no flows declared: every flow runs every rule\n";
-      for (const RuleDecl &rule : m_.rules) out += "    " + ruleName(rule) + "(rt);\n";
-    } else {
-      out += "    if (flow == nullptr) return;\n";
-      bool first = true;
-      for (const FlowDecl &flow : m_.flows) {
-        out += std::string(first ? "    if" : "    } else if") + " (std::strcmp(flow, " + literal(flow.name) + ") == 0) {\n";
-        for (std::int32_t index : flow.ruleIndices) {
-          out += "      " + ruleName(m_.rules[static_cast<std::size_t>(index)]) + "(rt);\n";
-        }
-        first = false;
+    out += "    if (flow == nullptr) return;\n";
+    bool first = true;
+    for (const FlowDecl &flow : m_.flows) {
+      out += std::string(first ? "    if" : "    } else if") + " (std::strcmp(flow, " + literal(flow.name) + ") == 0) {\n";
+      for (std::int32_t index : flow.ruleIndices) {
+        out += "      " + ruleName(m_.rules[static_cast<std::size_t>(index)]) + "(rt);\n";
       }
-      out += "    }\n";
+      first = false;
     }
+    out += "    }\n";
     out += "  }\n\n  Value *performFunctionImpl(RuntimeContext *rt, const char *name) override {\n";
     for (const auto &function : m_.functions) {
       if (!function->params.empty()) continue;
@@ -308,6 +306,18 @@ class Emitter {
     if (!m_.constants.empty()) out += "  Value *k_[" + std::to_string(m_.constants.size()) + "];  // the literals, made once\n";
     out += "};\n";
     for (std::size_t i = 0; i < m_.fieldChecks.size(); ++i) out += checkBody(i);
+    return out;
+  }
+
+  // The statements that make and register the Mapping of root's data-source
+  // names as var, before the topic that reads it is built; none when root
+  // declares no names.
+  static std::string mappingOf(const FieldDecl &root, const std::string &var, const std::string &registration) {
+    if (root.columns.empty()) return "";
+    std::string out = "    auto *" + var + " = new Mapping();\n    " + registration + var + ");\n";
+    for (const auto &column : root.columns) {
+      out += "    " + var + "->put(" + literal(column.first) + ", " + literal(column.second) + ");\n";
+    }
     return out;
   }
 

@@ -19,6 +19,7 @@
 
 namespace quorel {
 
+class Mapping;
 class Plausi;
 
 namespace lang {
@@ -40,15 +41,25 @@ class DeclaredTopic : public Topic {
   void setOwner(Plausi *owner) { owner_ = owner; }
   Plausi *owner() const { return owner_; }
 
-  // A type for decl below parent, with decl's name, display name, type, mask
-  // and sizes. The caller owns it.
-  static TypeDescriptor *makeType(TypeDescriptor *parent, const FieldDecl *decl);
+  // The root topic of decl (the record type or a material) with its type,
+  // whose fields read their data-source names from mapping (may be null).
+  // The caller owns both, as the Plausi it hands them to does after.
+  static DeclaredTopic *createRoot(const FieldDecl *decl, Mapping *mapping);
 
  private:
+  // A type for decl below parent, with decl's name, display name, type, mask
+  // and sizes, reading mapping. The caller owns it.
+  static TypeDescriptor *makeType(TypeDescriptor *parent, Mapping *mapping, const FieldDecl *decl);
+
   const FieldDecl *decl_;
   std::vector<FieldDescriptor *> slots_;  // owned through Topic
   Plausi *owner_ = nullptr;
 };
+
+// A new Mapping of the data-source names that root's fields declare
+// (FieldDecl::columns), which the caller owns; null when none declares one,
+// as a module without names registers no mapping.
+Mapping *newMapping(const FieldDecl &root);
 
 // The root topic above field, walking up its parents; field must belong to
 // a tree of DeclaredTopics.

@@ -34,6 +34,12 @@ class Diagnostics {
 
   void error(Position pos, const std::string &message);
 
+  // Forgets the errors after the first count, those of a reading that the
+  // parser tried and gave up.
+  void forgetAfter(std::size_t count) {
+    if (count < errors_.size()) errors_.resize(count);
+  }
+
   bool empty() const { return errors_.empty(); }
   std::size_t size() const { return errors_.size(); }
   const std::vector<Diagnostic> &errors() const { return errors_; }

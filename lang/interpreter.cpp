@@ -111,16 +111,17 @@ struct Interpreter::Frame {
 };
 
 Interpreter::Interpreter(std::shared_ptr<const RuleSet> rules) : rules_(std::move(rules)), module_(rules_->module()) {
-  const FieldDecl *record = module_.record.get();
-  std::unique_ptr<TypeDescriptor> type(DeclaredTopic::makeType(nullptr, record));
-  root_ = new DeclaredTopic(record, type.get(), nullptr);
-  type.release();
+  // A mapping is registered before the topic that reads it is built, so
+  // that the Plausi owns it whatever fails after.
+  Mapping *mapping = newMapping(*module_.record);
+  if (mapping != nullptr) setMapping(mapping);
+  root_ = DeclaredTopic::createRoot(module_.record.get(), mapping);
   root_->setOwner(this);
   setRootTopic(root_);
   for (const MaterialDecl &material : module_.materials) {
-    std::unique_ptr<TypeDescriptor> materialType(DeclaredTopic::makeType(nullptr, material.root.get()));
-    auto *topic = new DeclaredTopic(material.root.get(), materialType.get(), nullptr);
-    materialType.release();
+    Mapping *materialMapping = newMapping(*material.root);
+    if (materialMapping != nullptr) setMappingForMaterial(material.root->name.c_str(), materialMapping);
+    DeclaredTopic *topic = DeclaredTopic::createRoot(material.root.get(), materialMapping);
     topic->setMaterialName(material.root->name.c_str());
     if (material.hasDataset) topic->setMaterialNameDataset(material.dataset.c_str());
     setMaterial(material.root->name.c_str(), topic);
@@ -174,10 +175,6 @@ Value *Interpreter::makeConstant(const Expr &expr) {
 // --- runs
 
 void Interpreter::performImpl(RuntimeContext *runtime, const char *flow) {
-  if (module_.flows.empty()) {
-    for (const RuleDecl &rule : module_.rules) runRule(runtime, rule);
-    return;
-  }
   if (flow == nullptr) return;
   for (const FlowDecl &declared : module_.flows) {
     if (std::strcmp(declared.name.c_str(), flow) != 0) continue;

@@ -25,7 +25,7 @@ const std::set<std::string> &keywords() {
       "INFOTYP",   "INDIZES",       "PRUEFE",     "VERSUCHE",    "BEI",        "ERGEBNIS",   "UND",
       "ODER",      "NICHT",         "WAHR",       "FALSCH",      "NICHTS",     "UNGUELTIG",  "UNUMWANDELBAR",
       "LIES",      "AUS",           "WO",         "EXISTIERT",   "WAHRHEITSWERT", "GANZZAHL", "KOMMAZAHL",
-      "DATUM",     "FREI"};
+      "DATUM",     "FREI",          "SPALTE"};
   return kWords;
 }
 
@@ -261,8 +261,7 @@ class Parser {
       rule.pos = peek().pos;
       rule.name = name("the rule's name");
       rule.section = acceptWord("ABSCHNITT") ? text("the section's name") : rule.name;
-      rule.body = block();
-      expectEnd(start);
+      rule.body = body(start);
       module->rules.push_back(std::move(rule));
     } else if (word == "FUNKTION") {
       auto function = std::make_unique<FunctionDecl>();
@@ -276,8 +275,7 @@ class Parser {
         }
         expectSymbol(")");
       }
-      function->body = block();
-      expectEnd(start);
+      function->body = body(start);
       module->functions.push_back(std::move(function));
     } else {  // FELDPRUEFUNG
       FieldCheckDecl check;
@@ -286,8 +284,7 @@ class Parser {
       expectWord("ALS");
       check.bound = name("the name of the checked field");
       check.section = acceptWord("ABSCHNITT") ? text("the section's name") : check.bound;
-      check.body = block();
-      expectEnd(start);
+      check.body = body(start);
       module->fieldChecks.push_back(std::move(check));
     }
   }
@@ -337,10 +334,7 @@ class Parser {
           if (type < 0) expected("the field's type (TEXT, WAHRHEITSWERT, GANZZAHL, KOMMAZAHL, DATUM or FREI)");
           next();
           decl->type = static_cast<FieldType>(type);
-          if (acceptWord("MASKE")) {
-            decl->mask = text("the mask");
-            decl->hasMask = true;
-          }
+          fieldClauses(decl.get());
           parent->children.push_back(std::move(decl));
         } else {
           expected("FELD, GRUPPE or ENDE");
@@ -353,6 +347,24 @@ class Parser {
       }
     }
     expectEnd(opener);
+  }
+
+  // [MASKE "mask"] [SPALTE "name"], in either order, each at most once.
+  void fieldClauses(FieldDecl *decl) {
+    for (;;) {
+      const Token &clause = peek();
+      bool mask = isWord("MASKE");
+      if (!mask && !isWord("SPALTE")) return;
+      next();
+      if (mask ? decl->hasMask : decl->hasColumn) diagnostics_->error(clause.pos, "this clause is given twice");
+      if (mask) {
+        decl->mask = text("the mask");
+        decl->hasMask = true;
+      } else {
+        decl->column = text("the field's name in the data source");
+        decl->hasColumn = true;
+      }
+    }
   }
 
   // "code" = "text" [MIT ... ENDE] ... ENDE
@@ -373,6 +385,71 @@ class Parser {
   }
 
   // --- statements
+
+  // The statements of a rule, function or field check, and its ENDE.
+  //
+  // A WENN on the line after SONST either continues the chain or is a
+  // statement of its own in the SONST block, with an ENDE of its own; the
+  // ENDEs of the file tell which. The body is read first with every such
+  // WENN a statement of its own, then, when that reading fails, with every
+  // such WENN continuing its chain. A reading fits when it finds no mistake
+  // and the next declaration or the end of the file after its ENDE; both
+  // cannot fit, since they differ in the number of ENDEs they take and no
+  // body reaches past a declaration. When neither fits, the reading with
+  // fewer mistakes is told (the first, of two alike); when the second
+  // failed only by what it left behind and the first lacks the body's ENDE,
+  // the body mixes both forms, and the first is told with a hint at the
+  // one-line form.
+  Block body(const Token &opener) {
+    const std::size_t start = at_;
+    const std::size_t errors = diagnostics_->size();
+    splitElse_ = false;
+    Block statements;
+    Reading told = readBody(opener, false, &statements);
+    if (splitElse_ && !told.fits) {
+      const Reading nested = told;
+      auto again = [&] {
+        at_ = start;
+        diagnostics_->forgetAfter(errors);
+      };
+      again();
+      const Reading chained = readBody(opener, true, &statements);
+      if (chained.fits) return statements;
+      // The second reading closes the body early when it finds no mistake
+      // and still does not fit; it is never told then.
+      bool closedEarly = chained.mistakes == 0;
+      again();
+      told = readBody(opener, !closedEarly && chained.mistakes < nested.mistakes, &statements);
+      if (closedEarly && nested.threw) {
+        diagnostics_->error(splitElsePos_, "this WENN is read as a statement of its own, which needs an ENDE; "
+                                           "to continue the chain, write SONST WENN on one line");
+      }
+    }
+    if (told.threw) throw SyntaxError();
+    return statements;
+  }
+
+  // One reading of a body, whose mistakes stay reported.
+  struct Reading {
+    bool threw = false;          // it ended in a syntax error
+    bool fits = false;           // see body()
+    std::size_t mistakes = 0;
+  };
+  Reading readBody(const Token &opener, bool chainSplitElse, Block *statements) {
+    const std::size_t errors = diagnostics_->size();
+    chainSplitElse_ = chainSplitElse;
+    Reading reading;
+    try {
+      *statements = block();
+      expectEnd(opener);
+      reading.fits = peek().kind == kTokEnd || startsDeclaration(peek().text);
+    } catch (const SyntaxError &) {
+      reading.threw = true;
+    }
+    reading.mistakes = diagnostics_->size() - errors;
+    reading.fits = reading.fits && reading.mistakes == 0;
+    return reading;
+  }
 
   Block block() {
     Block body;
@@ -403,10 +480,13 @@ class Parser {
       expectWord("DANN");
       stmt->blocks.push_back(block());
       while (isWord("SONST")) {
-        // SONST WENN on one line continues this statement; a WENN on the
-        // next line begins a statement of its own inside the SONST block.
+        // SONST WENN on one line continues this statement; for a WENN on
+        // a later line, see body().
         std::int32_t line = next().pos.line;
-        if (isWord("WENN") && peek().pos.line == line) {
+        bool split = isWord("WENN") && peek().pos.line != line;
+        if (split && !splitElse_) splitElsePos_ = peek().pos;
+        splitElse_ = splitElse_ || split;
+        if (isWord("WENN") && (!split || chainSplitElse_)) {
           next();
           stmt->exprs.push_back(expression());
           expectWord("DANN");
@@ -790,6 +870,9 @@ class Parser {
   const std::vector<Token> &tokens_;
   Diagnostics *diagnostics_;
   std::size_t at_ = 0;
+  bool splitElse_ = false;       // the body read holds a WENN on the line after SONST
+  bool chainSplitElse_ = false;  // such a WENN continues its chain
+  Position splitElsePos_;        // the first such WENN
   int depth_ = 0;
   int tree_ = 0;
 };

@@ -1,7 +1,10 @@
 #include "quorel/lang/rule_set.h"
 
-#include <fstream>
-#include <sstream>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <system_error>
 
 #include "quorel/lang/checker.h"
 #include "quorel/lang/encoding.h"
@@ -49,16 +52,35 @@ std::shared_ptr<const RuleSet> readRuleText(const std::string &text, const std::
   return std::make_shared<RuleSet>(std::move(module));
 }
 
+namespace {
+
+// The whole file at path, or false with the system's reason.
+bool readWhole(const std::string &path, std::string *text, std::string *reason) {
+  std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+  if (file == nullptr) {
+    *reason = std::generic_category().message(errno);
+    return false;
+  }
+  char buffer[1 << 16];
+  std::size_t count;
+  while ((count = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) text->append(buffer, count);
+  if (std::ferror(file.get()) != 0) {  // a folder, for one, opens but cannot be read
+    *reason = std::generic_category().message(errno);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 std::shared_ptr<const RuleSet> readRuleFile(const std::string &path, Diagnostics *diagnostics) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  if (in) text << in.rdbuf();
-  if (!in || in.bad()) {
+  std::string text, reason;
+  if (!readWhole(path, &text, &reason)) {
     diagnostics->setSource(path, "");
-    diagnostics->error(Position{}, "cannot read the rule file");
+    diagnostics->error(Position{}, "cannot read the rule file: " + reason);
     return nullptr;
   }
-  return readRuleText(text.str(), path, diagnostics);
+  return readRuleText(text, path, diagnostics);
 }
 
 std::unique_ptr<Plausi> loadRuleFile(const std::string &path, Diagnostics *diagnostics) {

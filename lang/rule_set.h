@@ -31,8 +31,9 @@ class RuleSet : public std::enable_shared_from_this<RuleSet> {
   const std::string &name() const { return module_.name; }
   // The checked tree, for the emitter and for tools.
   const Module &module() const { return module_; }
-  // The declared flows as Plausi::getFlows gives them; null without any.
-  const char *const *flows() const { return flows_.size() > 1 ? flows_.data() : nullptr; }
+  // The flows as Plausi::getFlows gives them: the declared ones, or the
+  // one a module without ABLAUF has.
+  const char *const *flows() const { return flows_.data(); }
 
   // A new Plausi running these rules; it keeps the rule set alive.
   std::unique_ptr<Plausi> createPlausi() const;

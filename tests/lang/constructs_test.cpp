@@ -71,8 +71,51 @@ TEST(RecordTypeTest, DeclaresFieldsGroupsAndArraysAsTheLibraryDescribesThem) {
   EXPECT_EQ(dims[0], 2);
   EXPECT_EQ(dims[1], 0);
   EXPECT_LT(dims[2], 0);
-  EXPECT_EQ(plausi->getFlows(), nullptr);  // no ABLAUF: every flow runs every rule
-  EXPECT_TRUE(plausi->isKnownFlow("Irgendwas"));
+}
+
+TEST(RecordTypeTest, GivesFieldsTheirNamesInTheDataSource) {
+  auto rules = readOk(R"(
+MODUL Test
+SATZ R
+  FELD Name TEXT SPALTE "NAME"
+  FELD Betrag KOMMAZAHL SPALTE "BETRAG" MASKE "####.##0"
+  FELD Frei TEXT
+  GRUPPE Kinder[0]
+    FELD Vorname TEXT SPALTE "KIND_VORNAME"
+  ENDE
+  FELD Werte[3] GANZZAHL SPALTE "WERT"
+ENDE
+MATERIAL Orte DATENBESTAND "ORTE"
+  FELD PLZ TEXT SPALTE "plz"
+ENDE
+MATERIAL Laender
+  FELD Name TEXT
+ENDE
+)");
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  Topic *root = plausi->getRootTopic();
+  auto dataset = [](FieldDescriptor *field) {
+    const char *name = field->getTypeDescriptor()->getFieldNameDataset();
+    return std::string(name != nullptr ? name : "-");
+  };
+  EXPECT_EQ(dataset(root->getField(nullptr, "Name")), "NAME");
+  EXPECT_EQ(dataset(root->getField(nullptr, "Betrag")), "BETRAG");
+  EXPECT_STREQ(root->getField(nullptr, "Betrag")->getTypeDescriptor()->getMask(), "####.##0");
+  EXPECT_EQ(dataset(root->getField(nullptr, "Frei")), "-");
+  EXPECT_EQ(dataset(root->getField(nullptr, "Kinder[1].Vorname")), "KIND_VORNAME");
+  EXPECT_EQ(dataset(root->getField(nullptr, "Werte[2]")), "WERT");
+  auto *orte = dynamic_cast<Topic *>(plausi->getMaterial("Orte"));
+  ASSERT_NE(orte, nullptr);
+  EXPECT_EQ(dataset(orte->getField(nullptr, "PLZ")), "plz");
+  EXPECT_NE(orte->getTypeDescriptor()->getMapping(), root->getTypeDescriptor()->getMapping());
+  // A tree without names has no mapping at all, as a module that declares none.
+  auto *laender = dynamic_cast<Topic *>(plausi->getMaterial("Laender"));
+  ASSERT_NE(laender, nullptr);
+  EXPECT_EQ(laender->getField(nullptr, "Name")->getTypeDescriptor()->getMapping(), nullptr);
+  auto plain = readOk(kRecord);
+  ASSERT_NE(plain, nullptr);
+  EXPECT_EQ(plain->createPlausi()->getRootTopic()->getTypeDescriptor()->getMapping(), nullptr);
 }
 
 TEST(FlowTest, RunsTheRulesOfTheFlowInItsOrderAndRefusesOthers) {
@@ -96,6 +139,17 @@ ENDE
                                             "A 2 1: - | - | - | read | trail A < Plausi\n");
   EXPECT_EQ(run(plausi.get(), {}, "Kurz"), "A 2 1: - | - | - | read | trail A < Plausi\n");
   EXPECT_EQ(run(plausi.get(), {}, "Anders"), "");
+
+  // Without ABLAUF, the one flow Pruefung runs every rule in the order of the file.
+  auto all = readOk(kRecord + "REGEL A\n" + say("A") + "ENDE\nREGEL B\n" + say("B") + "ENDE\n");
+  ASSERT_NE(all, nullptr);
+  plausi = all->createPlausi();
+  ASSERT_NE(plausi->getFlows(), nullptr);
+  EXPECT_STREQ(plausi->getFlows()[0], "Pruefung");
+  EXPECT_EQ(plausi->getFlows()[1], nullptr);
+  EXPECT_FALSE(plausi->isKnownFlow("Anders"));
+  EXPECT_EQ(run(plausi.get(), {}, "Pruefung"), "A 2 1: x | - | - | read | trail A < Plausi\n"
+                                                "B 2 1: x | - | - | read | trail B < Plausi\n");
 }
 
 TEST(ConditionTest, BranchesAndShortCircuitsAsWrittenAndReadsOnlyWhatItEvaluates) {
@@ -121,16 +175,47 @@ ENDE)";
             "sonst 2 1: x | - | - | read R.Zahl, R.Name, R.Ja | trail Regel T < Plausi\n");
 }
 
-TEST(ConditionTest, SonstWennOnOneLineContinuesAndOnALineOfItsOwnNests) {
-  // On one line: one statement, one ENDE. On two lines: a WENN inside the
-  // SONST block, with an ENDE of its own, and statements after it.
+TEST(ConditionTest, SonstWennContinuesTheChainUnlessTheWennHasAnEndeOfItsOwn) {
+  // SONST WENN on one line, or on two lines with one ENDE for the chain: one
+  // statement. A WENN on the line after SONST with an ENDE of its own: a
+  // statement inside the SONST block, with statements after it.
   std::string chained = "WENN R.Zahl = 1 DANN " + say("eins") + "SONST WENN R.Zahl = 2 DANN " + say("zwei") + "ENDE";
+  std::string ladder = "WENN R.Zahl = 1 DANN\n" + say("eins") + "SONST\nWENN R.Zahl = 2 DANN\n" + say("zwei") +
+                       "SONST\n  WENN R.Zahl = 3 DANN\n" + say("drei") + "SONST\n" + say("sonst") + "ENDE\n" +
+                       say("danach");
   std::string nested = "WENN R.Zahl = 1 DANN " + say("eins") + "SONST\nWENN R.Zahl = 2 DANN " + say("zwei") +
                        "ENDE\n" + say("sonst") + "ENDE";
-  EXPECT_EQ(runText(rule(chained), {{"R.Zahl", "2"}}), "zwei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
-  EXPECT_EQ(runText(rule(nested), {{"R.Zahl", "2"}}), "zwei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n"
-                                                      "sonst 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  const std::string zwei = "zwei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n";
+  const std::string danach = "danach 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n";
+  EXPECT_EQ(runText(rule(chained), {{"R.Zahl", "2"}}), zwei);
+  EXPECT_EQ(runText(rule(ladder), {{"R.Zahl", "2"}}), zwei + danach);
+  EXPECT_EQ(runText(rule(ladder), {{"R.Zahl", "3"}}), "drei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n" + danach);
+  EXPECT_EQ(runText(rule(ladder), {{"R.Zahl", "4"}}), "sonst 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n" + danach);
+  EXPECT_EQ(runText(rule(nested), {{"R.Zahl", "2"}}), zwei + "sonst 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
   EXPECT_EQ(runText(rule(nested), {{"R.Zahl", "1"}}), "eins 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n");
+  // A rule reads all its split SONSTs one way: mixed, neither reading fits,
+  // and the first split WENN is told how to write a chain.
+  std::string mixed = ladder + "\n" + nested;
+  EXPECT_EQ(testing::mistakes(rule(mixed) + "REGEL U\nENDE\n"),
+            "test.qr:22:1: error: this WENN is read as a statement of its own, which needs an ENDE; to continue the "
+            "chain, write SONST WENN on one line\n"
+            "WENN R.Zahl = 2 DANN\n"
+            "^\n"
+            "test.qr:39:1: error: expected 'ENDE' to close the WENN of line 19, found 'REGEL'\n"
+            "REGEL U\n"
+            "^\n"
+            "test.qr:39:1: error: expected 'ENDE' to close the REGEL of line 18, found 'REGEL'\n"
+            "REGEL U\n"
+            "^\n");
+  // A mistake elsewhere is told alone, in either form.
+  EXPECT_EQ(testing::mistakes(rule(ladder + "\nSEI = 1") + "REGEL U\nENDE\n"),
+            "test.qr:32:5: error: expected a variable's name, found '='\n"
+            "SEI = 1\n"
+            "    ^\n");
+  EXPECT_EQ(testing::mistakes(rule(nested + "\nSEI = 1") + "REGEL U\nENDE\n"),
+            "test.qr:25:5: error: expected a variable's name, found '='\n"
+            "SEI = 1\n"
+            "    ^\n");
 }
 
 TEST(ValueTest, LiteralsOperatorsAndRangesAnswerAsTheLibrary) {
@@ -292,6 +377,49 @@ ENDE
   plausi->performFieldCheck("Werte[1]", &context);
   EXPECT_EQ(testing::describe(context),
             "FP 1 1: negativ | - | R.Werte[1] | read R.Werte[1] | trail Pruefung Wert < Plausi\n");
+}
+
+// The host names a field by its path as the library resolves it: a field of
+// a group, a field of an element of an array of groups, an array without
+// indices (its first element). A group has no check.
+TEST(FieldCheckTest, ReachesFieldsAtAnyDepthByTheLibrarysPaths) {
+  std::string more = R"(
+FELDPRUEFUNG R.Adresse.Ort ALS ort
+  WENN NICHT GUELTIG(ort) DANN
+    MELDE FEHLER "ORT" GEWICHT 1 FELD ort TEXT "Ort fehlt"
+  ENDE
+ENDE
+FELDPRUEFUNG R.Kinder.Vorname ALS vorname ABSCHNITT "Pruefung Vorname"
+  WENN WERTLAENGE(vorname) < 2 DANN
+    MELDE HINWEIS "VN" GEWICHT 1 FELD vorname TEXT "kurz: " & vorname
+  ENDE
+ENDE
+FELDPRUEFUNG R.Werte ALS wert
+  MELDE HINWEIS "W" GEWICHT 1 FELD wert TEXT "" & wert
+ENDE
+)";
+  auto rules = readOk(rule("FUER JEDES kind IN R.Kinder\n  PRUEFE kind.Vorname\nENDE", more));
+  ASSERT_NE(rules, nullptr);
+  std::unique_ptr<Plausi> plausi = rules->createPlausi();
+  EXPECT_EQ(run(plausi.get(), {{"R.Kinder#", "2"}, {"R.Kinder[0].Vorname", "Anna"}, {"R.Kinder[1].Vorname", "B"}}),
+            "VN 2 1: kurz: B | - | R.Kinder[1].Vorname | read R.Kinder[1].Vorname | trail Pruefung Vorname < Regel T < Plausi\n");
+  auto check = [&](const char *path) {
+    SimpleDataRecord record;
+    testing::fill(&record, {{"R.Kinder#", "3"}, {"R.Kinder[2].Vorname", "C"}, {"R.Werte[0]", "7"}});
+    PlausiContext context(&record);
+    try {
+      plausi->performFieldCheck(path, &context);
+    } catch (const PlausiException &e) {
+      return testing::describe(context) + "Ausnahme " + std::to_string(e.getType()) + ": " + e.getMessage();
+    }
+    return testing::describe(context);
+  };
+  EXPECT_EQ(check("Adresse.Ort"), "ORT 1 1: Ort fehlt | - | R.Adresse.Ort | read R.Adresse.Ort | trail ort < Plausi\n");
+  EXPECT_EQ(check("Kinder[2].Vorname"),
+            "VN 2 1: kurz: C | - | R.Kinder[2].Vorname | read R.Kinder[2].Vorname | trail Pruefung Vorname < Plausi\n");
+  EXPECT_EQ(check("Werte"), "W 2 1: 7 | - | R.Werte[0] | read R.Werte[0] | trail wert < Plausi\n");
+  EXPECT_EQ(check("Adresse"), "Ausnahme 4: R.Adresse");
+  EXPECT_EQ(check("Name"), "Ausnahme 4: R.Name");
 }
 
 TEST(TryTest, CatchesTheLibrarysFaultAndLeavesTheSectionsOpenedInside) {

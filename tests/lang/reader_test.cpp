@@ -4,6 +4,8 @@
 // built-ins matches the library and the documentation.
 
 #include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
@@ -56,10 +58,25 @@ TEST(ReaderTest, ReportsEveryMistakeOfAFaultyFileWithItsPlace) {
   }
 }
 
-TEST(ReaderTest, TellsAFileThatCannotBeReadAndStopsCountingAfterAHundred) {
-  Diagnostics diagnostics;
-  EXPECT_EQ(readRuleFile("/nonexistent/regeln.qr", &diagnostics), nullptr);
-  EXPECT_EQ(diagnostics.format(), "/nonexistent/regeln.qr: error: cannot read the rule file\n");
+TEST(ReaderTest, TellsAFileThatCannotBeReadWithTheReasonAndStopsCountingAfterAHundred) {
+  auto unreadable = [](const std::string &path) {
+    Diagnostics diagnostics;
+    EXPECT_EQ(readRuleFile(path, &diagnostics), nullptr) << path;
+    return diagnostics.format();
+  };
+  EXPECT_EQ(unreadable("/nonexistent/regeln.qr"),
+            "/nonexistent/regeln.qr: error: cannot read the rule file: No such file or directory\n");
+  EXPECT_EQ(unreadable(kSource + "/tests/lang"),
+            kSource + "/tests/lang: error: cannot read the rule file: Is a directory\n");
+  char locked[] = "/tmp/quorel_lang_lockedXXXXXX";
+  int fd = mkstemp(locked);
+  ASSERT_GE(fd, 0);
+  close(fd);
+  chmod(locked, 0);
+  if (access(locked, R_OK) != 0) {  // not for a user whom permissions do not stop
+    EXPECT_EQ(unreadable(locked), std::string(locked) + ": error: cannot read the rule file: Permission denied\n");
+  }
+  unlink(locked);
   std::string many = "MODUL M\nSATZ R\n FELD A TEXT\nENDE\nREGEL T\n";
   for (int i = 0; i < 500; ++i) many += "SEI a" + std::to_string(i) + " = unbekannt\n";
   Diagnostics lots;
