@@ -1,0 +1,89 @@
+"""The problem frame of many rows against the problems of each row checked
+on its own: the same rows, values, types and categories, whatever the
+frame keeps once for all rows."""
+import io
+import json
+import os
+import subprocess
+import sys
+
+import numpy as np
+import pandas as pd
+import pytest
+
+import quorel
+
+
+@pytest.fixture(scope="module")
+def records():
+    """300 generated applications; the first row and two later ones cannot
+    be checked (a character outside Windows-1252, a size that is no number)."""
+    generator = os.environ.get("QUOREL_GENERATOR")
+    if not generator:
+        pytest.skip("QUOREL_GENERATOR is not set")
+    text = subprocess.run([sys.executable, generator, "300"], check=True, capture_output=True).stdout
+    frame = pd.read_csv(io.BytesIO(text), sep=";", dtype=str, encoding="cp1252", keep_default_na=False,
+                        na_values=[""])
+    frame.loc[0, "Antrag.Antragsteller.Name"] = "\u0141ukasz"
+    frame.loc[7, "Antrag.Kinder#"] = "zwei"
+    frame.loc[150, "Antrag.Adresse.Ort"] = "\u4e2d"
+    return frame
+
+
+def rows_of(checker, records):
+    """The problem frame's rows, made from checking each record alone."""
+    rows = []
+    for label, record in records.iterrows():
+        try:
+            result = checker.check({k: v for k, v in record.items() if not pd.isna(v)})
+        except quorel.RecordError as error:
+            rows.append((label, None, None, None, None, None, None, "[]", "[]", "[]", str(error)))
+            continue
+        for p in result.problems:
+            rows.append((label, p.id, p.type, p.weight, p.short_text, p.long_text, p.field,
+                         json.dumps(p.field_indices), json.dumps(p.accessed_fields, ensure_ascii=False,
+                                                                 separators=(",", ":")),
+                         json.dumps(p.sections, ensure_ascii=False, separators=(",", ":")), None))
+    return rows
+
+
+def test_frame_holds_each_rows_problems_with_categories_in_order_of_appearance(module, gemeinden, records):
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    frame = checker.check_frame(records)
+    expected = rows_of(checker, records)
+    names = ["id", "type", "weight", "text", "details", "field", "field_indices", "accessed", "sections", "failure"]
+    got = [(label, *(None if pd.isna(v) else v for v in values))
+           for label, values in zip(frame.index, frame[names].astype(object).itertuples(index=False))]
+    assert len(got) == len(expected) > 300
+    for mine, theirs in zip(got, expected):
+        # A failure is reported with the row's own words, which check() raises as they are.
+        assert mine[:-1] == theirs[:-1] and (mine[-1] is None) == (theirs[-1] is None)
+    assert [label for label, *_, failure in got if failure is not None] == [0, 7, 150]
+    assert frame["record"].tolist() == [label + 1 for label in frame.index]
+    assert frame["line"].isna().all()
+    assert [str(t) for t in frame.dtypes] == ["Int64", "Int64", "category", "Int32", "Int32", "category",
+                                              "category", "category", "category", "category", "category",
+                                              "category"]
+    for name in frame.columns:
+        if frame[name].dtype != "category":
+            continue
+        values = frame[name]
+        # Each distinct value once, in order of first appearance, with codes
+        # in the integer type pandas chooses for that many.
+        assert list(values.cat.categories) == list(dict.fromkeys(values.dropna()))
+        assert values.cat.codes.dtype == pd.Categorical(values.astype(object)).codes.dtype
+    # The failure rows come first among the list columns' values.
+    assert frame["sections"].cat.categories[0] == "[]"
+    summary = frame.attrs["summary"]
+    assert summary == {"records": 300, "checked": 297, "not_checked": 3, "problems": len(frame) - 3,
+                       "errors": int((frame["type"] == 1).sum())}
+
+
+def test_an_empty_frame_and_a_frame_of_failures(module, gemeinden, records):
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    empty = checker.check_frame(records.iloc[:0])
+    assert list(empty.columns) == quorel.PROBLEM_COLUMNS and len(empty) == 0
+    failed = checker.check_frame(records.iloc[[0, 7]])
+    assert failed["failure"].notna().all() and failed[["type", "weight"]].isna().all().all()
+    assert failed["type"].dtype == "Int32" and failed["id"].cat.categories.empty
+    assert np.array_equal(failed.index, [0, 7])
