@@ -16,6 +16,9 @@ namespace python {
 
 namespace {
 
+// The longest fixed form of a double has 327 digits.
+constexpr std::size_t kNumberText = 400;
+
 // The text of an ASCII str without NUL, which is its own Windows-1252 form;
 // null for any other cell. Most cells are such texts.
 const char *asciiText(PyObject *cell) {
@@ -44,16 +47,13 @@ bool isDate(const py::handle &cell) {
 // A number as the text a table would hold: every digit of a whole number;
 // a real number with the fewest digits that give it back, a decimal comma
 // and no exponent, so that a fraction in a whole-number field is as
-// inconvertible as its text.
-std::string integerText(std::int64_t number) { return std::to_string(number); }
-
-std::string realText(double number) {
-  char text[400];  // the longest fixed form of a double has 327 digits
-  auto end = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed).ptr;
-  std::string out(text, end);
-  std::size_t point = out.find('.');
-  if (point != std::string::npos) out[point] = ',';
-  return out;
+// inconvertible as its text. Written into text, which it ends with a NUL.
+template <typename Number, typename... Format>
+const char *numberText(Number number, char (&text)[kNumberText], Format... format) {
+  char *end = std::to_chars(text, text + sizeof text - 1, number, format...).ptr;
+  *end = '\0';
+  if (char *point = std::strchr(text, '.')) *point = ',';
+  return text;
 }
 
 std::string germanDate(const py::handle &cell) { return cell.attr("strftime")("%d.%m.%Y").cast<std::string>(); }
@@ -93,7 +93,10 @@ std::string encode(const py::handle &text, const std::string &what) {
 }
 
 Column::Column(std::string text)
-    : name(std::move(text)), utf8(host::toUtf8(name.c_str())), array(host::RecordLayout::arrayOf(name)) {}
+    : name(std::move(text)),
+      utf8(host::toUtf8(name.c_str())),
+      key(SimpleDataRecord::keyOf(name.c_str())),
+      array(host::RecordLayout::arrayOf(name)) {}
 
 void readCell(const Column &at, const py::handle &cell, Cell *out) {
   if (at.array.empty()) {
@@ -139,17 +142,18 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
 }
 
 bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::string *error) {
+  char number[kNumberText];
   switch (cell.kind) {
     case Cell::kEmpty:
       return true;
     case Cell::kText:
-      record->setValue(at.name.c_str(), cell.text.c_str());
+      record->setValueAt(at.key, cell.text.c_str());
       return true;
     case Cell::kInteger:
-      record->setValue(at.name.c_str(), integerText(cell.integer).c_str());
+      record->setValueAt(at.key, numberText(cell.integer, number));
       return true;
     case Cell::kReal:
-      record->setValue(at.name.c_str(), realText(cell.real).c_str());
+      record->setValueAt(at.key, numberText(cell.real, number, std::chars_format::fixed));
       return true;
     case Cell::kSize:
       if (host::RecordLayout::setSize(at.array, cell.integer, cell.text, record, error)) return true;
