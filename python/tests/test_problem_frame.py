@@ -79,6 +79,16 @@ def test_frame_holds_each_rows_problems_with_categories_in_order_of_appearance(m
                        "errors": int((frame["type"] == 1).sum())}
 
 
+def test_rows_handed_over_in_slices_keep_their_labels(module, gemeinden, records, monkeypatch):
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    whole = checker.check_frame(records)
+    # Slices of 7 rows: the failure row 7 begins the second.
+    monkeypatch.setattr(quorel, "_CHUNK_ROWS", 7)
+    sliced = checker.check_frame(records.set_axis(records.index * 2))
+    pd.testing.assert_frame_equal(sliced, whole.set_axis(whole.index * 2))
+    assert sliced.attrs == whole.attrs
+
+
 def test_an_empty_frame_and_a_frame_of_failures(module, gemeinden, records):
     checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
     empty = checker.check_frame(records.iloc[:0])
