@@ -19,13 +19,24 @@ namespace {
 // The longest fixed form of a double has 327 digits.
 constexpr std::size_t kNumberText = 400;
 
-// The text of an ASCII str without NUL, which is its own Windows-1252 form;
-// null for any other cell. Most cells are such texts.
-const char *asciiText(PyObject *cell) {
-  if (!PyUnicode_Check(cell) || !PyUnicode_IS_COMPACT_ASCII(cell)) return nullptr;
-  const char *text = static_cast<const char *>(PyUnicode_DATA(cell));
+// The text of a non-empty str that is its own Windows-1252 form: one whose
+// characters all lie below U+0100 (Python keeps it a byte a character)
+// outside U+0080..U+009F, where the code page differs from Latin-1, and that
+// holds no NUL. Null for any other cell. Most cells are such texts, and they
+// need no UTF-8 form made on the way (which Python would keep in the str).
+std::string_view ownText(PyObject *cell) {
+  if (!PyUnicode_Check(cell) || !PyUnicode_IS_COMPACT(cell) || PyUnicode_KIND(cell) != PyUnicode_1BYTE_KIND) {
+    return {};
+  }
+  const auto *text = static_cast<const unsigned char *>(PyUnicode_DATA(cell));
   auto length = static_cast<std::size_t>(PyUnicode_GET_LENGTH(cell));
-  return length > 0 && std::strlen(text) == length ? text : nullptr;
+  if (!PyUnicode_IS_ASCII(cell)) {
+    for (std::size_t i = 0; i < length; ++i) {
+      if (text[i] >= 0x80 && text[i] < 0xA0) return {};
+    }
+  }
+  if (std::memchr(text, 0, length) != nullptr) return {};
+  return std::string_view(reinterpret_cast<const char *>(text), length);
 }
 
 // An empty field: None, NaN, pandas' missing values, and the empty text (an
@@ -100,7 +111,8 @@ Column::Column(std::string text)
 
 void readCell(const Column &at, const py::handle &cell, Cell *out) {
   if (at.array.empty()) {
-    if (const char *text = asciiText(cell.ptr())) {
+    std::string_view text = ownText(cell.ptr());
+    if (!text.empty()) {
       out->kind = Cell::kText;
       out->text.assign(text);
       return;

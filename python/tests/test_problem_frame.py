@@ -14,6 +14,14 @@ import pytest
 import quorel
 
 
+@pytest.fixture(scope="session")
+def stoerfall_library():
+    library = os.environ.get("QUOREL_STOERFALL_MODULE")
+    if not library:
+        pytest.skip("QUOREL_STOERFALL_MODULE is not set: run the tests through CTest")
+    return library
+
+
 @pytest.fixture(scope="module")
 def records():
     """300 generated applications; the first row and two later ones cannot
@@ -97,3 +105,21 @@ def test_an_empty_frame_and_a_frame_of_failures(module, gemeinden, records):
     assert failed["failure"].notna().all() and failed[["type", "weight"]].isna().all().all()
     assert failed["type"].dtype == "Int32" and failed["id"].cat.categories.empty
     assert np.array_equal(failed.index, [0, 7])
+
+
+def test_texts_reach_the_rules_in_windows_1252_whatever_form_python_keeps(stoerfall_library):
+    module = quorel.RuleModule(stoerfall_library, "Stoerfall")
+    text = lambda value: module.perform_function("Text", {"Stoerfall.Text": value})  # noqa: E731
+    # Latin-1 beyond ASCII, and the euro sign, which Python keeps two bytes a character.
+    for value in ("M\u00fcller", "Stra\u00dfe \u00ff\u00a0", "\u20ac 5", "a"):
+        assert text(value) == value
+    # Controls U+0080..U+009F, NUL and characters beyond the code page are refused, by position.
+    for value, position in (("x\u0081y", 1), ("\u009f", 0), ("a\x00b", 1), ("\u00e9\x00", 1), ("\u0100", 0)):
+        with pytest.raises(ValueError, match="position %d is not in Windows-1252" % position):
+            text(value)
+    # A str read as it is gets no UTF-8 form attached for the rest of its life.
+    name = "".join(["M\u00fc", "ller"])
+    size = sys.getsizeof(name)
+    problems = quorel.check_frame(pd.DataFrame({"Stoerfall.Text": [name, "x\u0081y"]}), module, flow="Pruefung")
+    assert sys.getsizeof(name) == size
+    assert problems["failure"].notna().tolist() == [False, True]
