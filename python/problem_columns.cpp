@@ -14,18 +14,22 @@ namespace {
 
 std::size_t combine(std::size_t hash, std::size_t more) { return hash * 1000003u ^ more; }
 
-// An array of type T of the values, each mapped by map.
-template <typename T, typename U, typename Map>
-py::array_t<T> arrayOf(const std::deque<U> &values, Map map) {
-  py::array_t<T> out(static_cast<py::ssize_t>(values.size()));
+// An array of type T of count values, written by fill(put), which calls
+// put(value) for each in order.
+template <typename T, typename Fill>
+py::array_t<T> arrayOf(std::size_t count, Fill fill) {
+  py::array_t<T> out(static_cast<py::ssize_t>(count));
   T *data = out.mutable_data();
-  for (const U &value : values) *data++ = static_cast<T>(map(value));
+  fill([&data](auto value) { *data++ = static_cast<T>(value); });
   return out;
 }
 
-template <typename T>
-py::array_t<T> arrayOf(const std::deque<T> &values) {
-  return arrayOf<T>(values, [](T value) { return value; });
+// The values, each mapped by map.
+template <typename U, typename Map>
+auto mapped(const std::deque<U> &values, Map map) {
+  return [&values, map](auto put) {
+    for (const U &value : values) put(map(value));
+  };
 }
 
 nlohmann::json jsonOf(std::int32_t index) { return index; }
@@ -60,15 +64,16 @@ std::vector<std::int32_t> categoriesOf(const Dictionary<Key, Hash> &values, Make
   return remap;
 }
 
-// The codes and categories of a Categorical, a code for each of rows by
-// code(row), in the integer type that pandas makes of codes for that many
-// categories, so that it takes the array as it is.
-template <typename U, typename Code>
-py::tuple categorical(const std::deque<U> &rows, Code code, const py::list &categories) {
+// The codes (rows of them, written by fill as arrayOf takes it) and
+// categories of a Categorical, the codes in the integer type that pandas
+// makes of codes for that many categories, so that it takes the array as it
+// is.
+template <typename Fill>
+py::tuple categorical(std::size_t rows, Fill fill, const py::list &categories) {
   std::size_t count = py::len(categories);
-  if (count < 127) return py::make_tuple(arrayOf<std::int8_t>(rows, code), categories);
-  if (count < 32767) return py::make_tuple(arrayOf<std::int16_t>(rows, code), categories);
-  return py::make_tuple(arrayOf<std::int32_t>(rows, code), categories);
+  if (count < 127) return py::make_tuple(arrayOf<std::int8_t>(rows, fill), categories);
+  if (count < 32767) return py::make_tuple(arrayOf<std::int16_t>(rows, fill), categories);
+  return py::make_tuple(arrayOf<std::int32_t>(rows, fill), categories);
 }
 
 // A column of the kinds: get(kind) gives the value of a kind (null for
@@ -85,7 +90,8 @@ py::tuple kindColumn(const std::vector<const host::Problem *> &kinds, const std:
   py::list categories;
   std::vector<std::int32_t> remap = categoriesOf(values, [](const Key &key) { return pythonOf(key); }, &categories);
   for (std::int32_t &code : codes) code = code < 0 ? -1 : remap[static_cast<std::size_t>(code)];
-  return categorical(rows, [&codes](std::int32_t kind) { return codes[static_cast<std::size_t>(kind)]; }, categories);
+  return categorical(rows.size(), mapped(rows, [&codes](std::int32_t kind) { return codes[static_cast<std::size_t>(kind)]; }),
+                     categories);
 }
 
 template <typename Get>
@@ -110,7 +116,8 @@ py::tuple numberColumn(const std::vector<const host::Problem *> &kinds, const st
     return problem != nullptr ? get(*problem) : 0;
   };
   auto missing = [&](std::int32_t kind) { return kinds[static_cast<std::size_t>(kind)] == nullptr; };
-  return py::make_tuple(arrayOf<std::int32_t>(rows, value), arrayOf<bool>(rows, missing));
+  return py::make_tuple(arrayOf<std::int32_t>(rows.size(), mapped(rows, value)),
+                        arrayOf<bool>(rows.size(), mapped(rows, missing)));
 }
 
 const std::string *optionalText(const std::optional<std::string> &text) { return text ? &*text : nullptr; }
@@ -135,13 +142,19 @@ bool KindEqual::operator()(const host::Problem &a, const host::Problem &b) const
 
 void ProblemColumns::addOutcome(std::int64_t row, const host::Place &place, const host::Outcome &outcome) {
   summary_.add(outcome.problems, outcome.errors, !outcome.failed);
-  if (outcome.failed) addRow(row, place, failureKind(), messages_.codeOf(host::toUtf8(outcome.failure().c_str())));
-  for (const host::Problem &problem : outcome.problems) addRow(row, place, kindOf(problem), -1);
+  std::int32_t failure = -1;
+  if (outcome.failed) {
+    failure = messages_.codeOf(host::toUtf8(outcome.failure().c_str()));
+    kinds_.push_back(failureKind());
+  }
+  for (const host::Problem &problem : outcome.problems) kinds_.push_back(kindOf(problem));
+  addSource(row, place, outcome.problems.size() + (outcome.failed ? 1 : 0), failure);
 }
 
 void ProblemColumns::addFailure(std::int64_t row, const host::Place &place, const std::string &message) {
   summary_.add({}, 0, false);
-  addRow(row, place, failureKind(), messages_.codeOf(message));
+  kinds_.push_back(failureKind());
+  addSource(row, place, 1, messages_.codeOf(message));
 }
 
 std::int32_t ProblemColumns::kindOf(const host::Problem &problem) {
@@ -158,20 +171,30 @@ std::int32_t ProblemColumns::failureKind() {
   return failureKind_;
 }
 
-void ProblemColumns::addRow(std::int64_t row, const host::Place &place, std::int32_t kind, std::int32_t failure) {
-  rows_.push_back(row);
-  records_.push_back(place.record);
-  lines_.push_back(place.line > 0 ? place.line : 0);
-  kinds_.push_back(kind);
-  failures_.push_back(failure);
+void ProblemColumns::addSource(std::int64_t label, const host::Place &place, std::size_t rows,
+                               std::int32_t failure) {
+  if (rows == 0) return;
+  sources_.push_back({label, place.record, place.line > 0 ? place.line : 0, static_cast<std::int32_t>(rows), failure});
 }
 
 py::dict ProblemColumns::finish() const {
   const std::vector<const host::Problem *> &kinds = kindList_;
+  const std::size_t rows = kinds_.size();
+  // Each row of the input's value(source, first) for each of its rows, first
+  // for the first of them.
+  auto bySource = [this](auto value) {
+    return [this, value](auto put) {
+      for (const Source &source : sources_) {
+        for (std::int32_t i = 0; i < source.rows; ++i) put(value(source, i == 0));
+      }
+    };
+  };
   py::dict out;
-  out["row"] = arrayOf(rows_);
-  out["record"] = py::make_tuple(arrayOf(records_), arrayOf<bool>(records_, [](std::int64_t) { return false; }));
-  out["line"] = py::make_tuple(arrayOf(lines_), arrayOf<bool>(lines_, [](std::int64_t line) { return line == 0; }));
+  out["row"] = arrayOf<std::int64_t>(rows, bySource([](const Source &s, bool) { return s.label; }));
+  out["record"] = py::make_tuple(arrayOf<std::int64_t>(rows, bySource([](const Source &s, bool) { return s.record; })),
+                                 arrayOf<bool>(rows, bySource([](const Source &, bool) { return false; })));
+  out["line"] = py::make_tuple(arrayOf<std::int64_t>(rows, bySource([](const Source &s, bool) { return s.line; })),
+                               arrayOf<bool>(rows, bySource([](const Source &s, bool) { return s.line == 0; })));
   out["id"] = textColumn(kinds, kinds_, [](const host::Problem *p) { return p ? optionalText(p->id) : nullptr; });
   out["type"] = numberColumn(kinds, kinds_, [](const host::Problem &p) { return static_cast<std::int32_t>(p.type); });
   out["weight"] = numberColumn(kinds, kinds_, [](const host::Problem &p) { return p.weight; });
@@ -191,9 +214,10 @@ py::dict ProblemColumns::finish() const {
   py::list messages;
   std::vector<std::int32_t> remap =
       categoriesOf(messages_, [](const std::string &text) { return py::str(text); }, &messages);
-  out["failure"] = categorical(
-      failures_, [&remap](std::int32_t code) { return code < 0 ? -1 : remap[static_cast<std::size_t>(code)]; },
-      messages);
+  out["failure"] = categorical(rows, bySource([&remap](const Source &s, bool first) {
+                                 return first && s.failure >= 0 ? remap[static_cast<std::size_t>(s.failure)] : -1;
+                               }),
+                               messages);
   out["summary"] = py::dict(py::arg("records") = summary_.records, py::arg("checked") = summary_.checked(),
                             py::arg("not_checked") = summary_.notChecked, py::arg("problems") = summary_.problems,
                             py::arg("errors") = summary_.errors);

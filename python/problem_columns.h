@@ -13,6 +13,9 @@
 // (astype(str), to_sql). That keeps the frame small to build, to ship
 // between processes and to concatenate.
 //
+// A row of the input keeps its label and place once, whatever the number of
+// its problems.
+//
 // Rows grow in blocks (std::deque) rather than by doubling and copying: a
 // cluster's workers run with a low malloc trim threshold, under which every
 // large block is fresh memory, and each page of it costs a fault.
@@ -99,12 +102,21 @@ class ProblemColumns {
   // problem attributes, empty lists).
   std::int32_t kindOf(const host::Problem &problem);
   std::int32_t failureKind();
-  void addRow(std::int64_t row, const host::Place &place, std::int32_t kind, std::int32_t failure);
 
-  // By row.
-  std::deque<std::int64_t> rows_, records_, lines_;
-  std::deque<std::int32_t> kinds_;
-  std::deque<std::int32_t> failures_;  // the code of the failure's message, -1 for none
+  // A row of the input with problems or a failure, and so rows of the frame.
+  struct Source {
+    std::int64_t label;
+    std::int64_t record;
+    std::int64_t line;  // 0 for none
+    std::int32_t rows;
+    std::int32_t failure;  // the code of the failure's message, for its first row; -1 for none
+  };
+
+  // A row of the input whose rows of the frame follow, rows of them.
+  void addSource(std::int64_t label, const host::Place &place, std::size_t rows, std::int32_t failure);
+
+  std::deque<Source> sources_;
+  std::deque<std::int32_t> kinds_;  // by row of the frame
   // The kinds by code, the failure rows' one null; it has a code once a
   // failure row is met.
   std::unordered_map<host::Problem, std::int32_t, KindHash, KindEqual> kindCodes_;

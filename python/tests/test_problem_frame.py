@@ -123,3 +123,15 @@ def test_texts_reach_the_rules_in_windows_1252_whatever_form_python_keeps(stoerf
     problems = quorel.check_frame(pd.DataFrame({"Stoerfall.Text": [name, "x\u0081y"]}), module, flow="Pruefung")
     assert sys.getsizeof(name) == size
     assert problems["failure"].notna().tolist() == [False, True]
+
+
+def test_a_run_that_fails_after_its_problems_gives_the_failure_first(stoerfall_library):
+    module = quorel.RuleModule(stoerfall_library, "Stoerfall")
+    frame = pd.DataFrame({"Stoerfall.Anlass": ["", "danach", "", "alloc"], "Stoerfall.Text": ["a", "b", "c", "d"]})
+    problems = quorel.check_frame(frame, module, flow="Pruefung")
+    assert list(problems.index) == [0, 1, 1, 2, 3]
+    assert problems["failure"].tolist() == [np.nan, "exception std::logic_error: danach", np.nan, np.nan,
+                                            "exception std::bad_alloc: std::bad_alloc"]
+    assert problems["text"].tolist() == ["a", np.nan, "b", "c", np.nan]
+    assert problems["record"].tolist() == [1, 2, 2, 3, 4]
+    assert problems.attrs["summary"] == {"records": 4, "checked": 2, "not_checked": 2, "problems": 3, "errors": 3}
