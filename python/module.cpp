@@ -562,15 +562,20 @@ class Checker {
     std::vector<std::string> reasons(kChunk);
     for (std::size_t start = 0; start < rows; start += kChunk) {
       std::size_t count = std::min(kChunk, rows - start);
-      for (std::size_t r = 0; r < count; ++r) {
-        auto row = static_cast<Py_ssize_t>(start + r);
-        std::size_t c = 0;
-        try {
-          for (; c < width; ++c) readCell(at[c], PyList_GET_ITEM(lists[c], row), &cells[r * width + c]);
-        } catch (const CellError &e) {
-          reasons[r] = e.message;
+      // Column by column: the cells of a column were made one after another
+      // and mostly lie side by side. A row's cells after an unread one stay
+      // unread.
+      std::fill(unread.begin(), unread.begin() + static_cast<std::ptrdiff_t>(count), width);
+      for (std::size_t c = 0; c < width; ++c) {
+        for (std::size_t r = 0; r < count; ++r) {
+          if (unread[r] < c) continue;
+          try {
+            readCell(at[c], PyList_GET_ITEM(lists[c], static_cast<Py_ssize_t>(start + r)), &cells[r * width + c]);
+          } catch (const CellError &e) {
+            reasons[r] = e.message;
+            unread[r] = c;
+          }
         }
-        unread[r] = c;
       }
       py::gil_scoped_release release;
       host::Outcome outcome;
