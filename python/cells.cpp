@@ -16,13 +16,27 @@ namespace python {
 
 namespace {
 
-// The text of an ASCII str without NUL, which is its own Windows-1252 form;
-// null for any other cell. Most cells are such texts.
-const char *asciiText(PyObject *cell) {
-  if (!PyUnicode_Check(cell) || !PyUnicode_IS_COMPACT_ASCII(cell)) return nullptr;
-  const char *text = static_cast<const char *>(PyUnicode_DATA(cell));
+// The longest fixed form of a double has 327 digits.
+constexpr std::size_t kNumberText = 400;
+
+// The text of a non-empty str that is its own Windows-1252 form: one whose
+// characters all lie below U+0100 (Python keeps it a byte a character)
+// outside U+0080..U+009F, where the code page differs from Latin-1, and that
+// holds no NUL. Null for any other cell. Most cells are such texts, and they
+// need no UTF-8 form made on the way (which Python would keep in the str).
+std::string_view ownText(PyObject *cell) {
+  if (!PyUnicode_Check(cell) || !PyUnicode_IS_COMPACT(cell) || PyUnicode_KIND(cell) != PyUnicode_1BYTE_KIND) {
+    return {};
+  }
+  const auto *text = static_cast<const unsigned char *>(PyUnicode_DATA(cell));
   auto length = static_cast<std::size_t>(PyUnicode_GET_LENGTH(cell));
-  return length > 0 && std::strlen(text) == length ? text : nullptr;
+  if (!PyUnicode_IS_ASCII(cell)) {
+    for (std::size_t i = 0; i < length; ++i) {
+      if (text[i] >= 0x80 && text[i] < 0xA0) return {};
+    }
+  }
+  if (std::memchr(text, 0, length) != nullptr) return {};
+  return std::string_view(reinterpret_cast<const char *>(text), length);
 }
 
 // An empty field: None, NaN, pandas' missing values, and the empty text (an
@@ -44,16 +58,13 @@ bool isDate(const py::handle &cell) {
 // A number as the text a table would hold: every digit of a whole number;
 // a real number with the fewest digits that give it back, a decimal comma
 // and no exponent, so that a fraction in a whole-number field is as
-// inconvertible as its text.
-std::string integerText(std::int64_t number) { return std::to_string(number); }
-
-std::string realText(double number) {
-  char text[400];  // the longest fixed form of a double has 327 digits
-  auto end = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed).ptr;
-  std::string out(text, end);
-  std::size_t point = out.find('.');
-  if (point != std::string::npos) out[point] = ',';
-  return out;
+// inconvertible as its text. Written into text, which it ends with a NUL.
+template <typename Number, typename... Format>
+const char *numberText(Number number, char (&text)[kNumberText], Format... format) {
+  char *end = std::to_chars(text, text + sizeof text - 1, number, format...).ptr;
+  *end = '\0';
+  if (char *point = std::strchr(text, '.')) *point = ',';
+  return text;
 }
 
 std::string germanDate(const py::handle &cell) { return cell.attr("strftime")("%d.%m.%Y").cast<std::string>(); }
@@ -93,11 +104,15 @@ std::string encode(const py::handle &text, const std::string &what) {
 }
 
 Column::Column(std::string text)
-    : name(std::move(text)), utf8(host::toUtf8(name.c_str())), array(host::RecordLayout::arrayOf(name)) {}
+    : name(std::move(text)),
+      utf8(host::toUtf8(name.c_str())),
+      key(SimpleDataRecord::keyOf(name.c_str())),
+      array(host::RecordLayout::arrayOf(name)) {}
 
 void readCell(const Column &at, const py::handle &cell, Cell *out) {
   if (at.array.empty()) {
-    if (const char *text = asciiText(cell.ptr())) {
+    std::string_view text = ownText(cell.ptr());
+    if (!text.empty()) {
       out->kind = Cell::kText;
       out->text.assign(text);
       return;
@@ -139,17 +154,18 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
 }
 
 bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::string *error) {
+  char number[kNumberText];
   switch (cell.kind) {
     case Cell::kEmpty:
       return true;
     case Cell::kText:
-      record->setValue(at.name.c_str(), cell.text.c_str());
+      record->setValueAt(at.key, cell.text.c_str());
       return true;
     case Cell::kInteger:
-      record->setValue(at.name.c_str(), integerText(cell.integer).c_str());
+      record->setValueAt(at.key, numberText(cell.integer, number));
       return true;
     case Cell::kReal:
-      record->setValue(at.name.c_str(), realText(cell.real).c_str());
+      record->setValueAt(at.key, numberText(cell.real, number, std::chars_format::fixed));
       return true;
     case Cell::kSize:
       if (host::RecordLayout::setSize(at.array, cell.integer, cell.text, record, error)) return true;

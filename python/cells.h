@@ -33,12 +33,13 @@ struct CellError {
 std::string encode(const pybind11::handle &text, const std::string &what);
 
 // A column of records, with what every cell of it needs worked out once: the
-// field name (Windows-1252), the same for messages (UTF-8), and the array
-// whose size it gives, for a '#' column.
+// field name (Windows-1252), the same for messages (UTF-8), the record's key
+// of the field, and the array whose size it gives, for a '#' column.
 struct Column {
   explicit Column(std::string text);
   std::string name;
   std::string utf8;
+  std::int32_t key;
   std::string array;
 };
 

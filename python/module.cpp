@@ -435,58 +435,33 @@ class Checker {
     return Result{std::move(outcome.problems), outcome.errors == 0};
   }
 
-  // Checks the rows of columns (lists of equal length) and gives the columns
-  // of the problem frame (see ProblemColumns), labelled by the position of
-  // the input row. The cells of a chunk of rows are read with the GIL; then
-  // each row becomes a record and is checked without it.
-  py::dict checkColumns(const py::list &names, const py::list &columns) {
+  // Checks the rows of a frame and gives the columns of the problem frame
+  // (see ProblemColumns), labelled by the position of the input row. chunks
+  // gives the rows in slices, each a list of columns, one per name: lists
+  // of cells of equal length. The cells of kChunk rows are read with the
+  // GIL; then each row becomes a record and is checked without it.
+  py::dict checkColumns(const py::list &names, const py::iterable &chunks) {
     std::vector<std::string> fields;
     for (const auto &name : names) fields.push_back(columnName(name));
     reportColumns(fields);
     std::vector<Column> at(fields.begin(), fields.end());
-    std::size_t rows = columns.empty() ? 0 : py::len(columns[0]);
-    std::vector<PyObject *> lists;
-    for (const auto &column : columns) {
-      if (!PyList_Check(column.ptr()) || py::len(column) != rows) {
-        throw py::value_error("columns must be lists of equal length");
-      }
-      lists.push_back(column.ptr());
-    }
-    const std::size_t width = at.size();
     ProblemColumns frame;
-    std::vector<Cell> cells(kChunk * width);
-    // For each row of the chunk, the column whose cell could not be read
-    // (width when all could) and why.
-    std::vector<std::size_t> unread(kChunk);
-    std::vector<std::string> reasons(kChunk);
-    for (std::size_t first = 0; first < rows; first += kChunk) {
-      std::size_t count = std::min(kChunk, rows - first);
-      for (std::size_t r = 0; r < count; ++r) {
-        auto row = static_cast<Py_ssize_t>(first + r);
-        std::size_t c = 0;
-        try {
-          for (; c < width; ++c) readCell(at[c], PyList_GET_ITEM(lists[c], row), &cells[r * width + c]);
-        } catch (const CellError &e) {
-          reasons[r] = e.message;
-        }
-        unread[r] = c;
+    std::int64_t first = 0;
+    for (const py::handle &item : chunks) {
+      py::object chunk = py::reinterpret_borrow<py::object>(item);  // holds the cells while they are read
+      if (!PyList_Check(chunk.ptr()) || py::len(chunk) != at.size()) {
+        throw py::value_error("each chunk must be a list of one column per name");
       }
-      py::gil_scoped_release release;
-      host::Outcome outcome;
-      for (std::size_t r = 0; r < count; ++r) {
-        // The cells before an unread one go in first, as their failures come first.
-        SimpleDataRecord record;
-        std::string error;
-        std::size_t c = 0;
-        while (c < unread[r] && putCell(at[c], cells[r * width + c], &record, &error)) ++c;
-        // A frame has no lines: its rows are numbered from 1.
-        const host::Place place{static_cast<std::int64_t>(first + r) + 1, 0};
-        if (c == width) {
-          checkRecord(static_cast<std::int64_t>(first + r), place, &record, &outcome, &frame);
-        } else {
-          frame.addFailure(static_cast<std::int64_t>(first + r), place, c < unread[r] ? error : reasons[r]);
+      std::vector<PyObject *> lists;
+      std::size_t rows = at.empty() ? 0 : py::len(py::reinterpret_borrow<py::list>(chunk)[0]);
+      for (const auto &column : py::reinterpret_borrow<py::list>(chunk)) {
+        if (!PyList_Check(column.ptr()) || py::len(column) != rows) {
+          throw py::value_error("columns must be lists of equal length");
         }
+        lists.push_back(column.ptr());
       }
+      checkRows(at, lists, rows, first, &frame);
+      first += static_cast<std::int64_t>(rows);
     }
     return frame.finish();
   }
@@ -574,6 +549,53 @@ class Checker {
  private:
   // Rows of a DataFrame are read from Python in chunks of this many.
   static constexpr std::size_t kChunk = 1024;
+
+  // Checks rows [0, rows) of the lists (one per column, with the GIL held),
+  // labelled from first on, into the frame.
+  void checkRows(const std::vector<Column> &at, const std::vector<PyObject *> &lists, std::size_t rows,
+                 std::int64_t first, ProblemColumns *frame) {
+    const std::size_t width = at.size();
+    std::vector<Cell> cells(kChunk * width);
+    // For each row of the chunk, the column whose cell could not be read
+    // (width when all could) and why.
+    std::vector<std::size_t> unread(kChunk);
+    std::vector<std::string> reasons(kChunk);
+    for (std::size_t start = 0; start < rows; start += kChunk) {
+      std::size_t count = std::min(kChunk, rows - start);
+      // Column by column: the cells of a column were made one after another
+      // and mostly lie side by side. A row's cells after an unread one stay
+      // unread.
+      std::fill(unread.begin(), unread.begin() + static_cast<std::ptrdiff_t>(count), width);
+      for (std::size_t c = 0; c < width; ++c) {
+        for (std::size_t r = 0; r < count; ++r) {
+          if (unread[r] < c) continue;
+          try {
+            readCell(at[c], PyList_GET_ITEM(lists[c], static_cast<Py_ssize_t>(start + r)), &cells[r * width + c]);
+          } catch (const CellError &e) {
+            reasons[r] = e.message;
+            unread[r] = c;
+          }
+        }
+      }
+      py::gil_scoped_release release;
+      host::Outcome outcome;
+      for (std::size_t r = 0; r < count; ++r) {
+        // The cells before an unread one go in first, as their failures come first.
+        SimpleDataRecord record;
+        std::string error;
+        std::size_t c = 0;
+        while (c < unread[r] && putCell(at[c], cells[r * width + c], &record, &error)) ++c;
+        const std::int64_t label = first + static_cast<std::int64_t>(start + r);
+        // A frame has no lines: its rows are numbered from 1.
+        const host::Place place{label + 1, 0};
+        if (c == width) {
+          checkRecord(label, place, &record, &outcome, frame);
+        } else {
+          frame->addFailure(label, place, c < unread[r] ? error : reasons[r]);
+        }
+      }
+    }
+  }
 
   // Checks a record into the frame; without the GIL.
   void checkRecord(std::int64_t label, const host::Place &place, SimpleDataRecord *record, host::Outcome *outcome,
@@ -815,7 +837,7 @@ PYBIND11_MODULE(_quorel, m) {
            py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
            py::arg("log"), py::arg("log_level"), py::arg("strict"), py::arg("encoding"), py::arg("warn"))
       .def("check", &Checker::check, py::arg("record"))
-      .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("columns"))
+      .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("chunks"))
       .def("_text_fields", &Checker::textFields, py::arg("names"))
       .def("_report_columns", &Checker::reportColumnNames, py::arg("names"))
       .def("_report_source_columns", &Checker::reportSourceColumns, py::arg("source"))

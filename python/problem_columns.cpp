@@ -12,18 +12,24 @@ namespace python {
 
 namespace {
 
-// An array of type T of the values, each mapped by map.
-template <typename T, typename U, typename Map>
-py::array_t<T> arrayOf(const std::deque<U> &values, Map map) {
-  py::array_t<T> out(static_cast<py::ssize_t>(values.size()));
+std::size_t combine(std::size_t hash, std::size_t more) { return hash * 1000003u ^ more; }
+
+// An array of type T of count values, written by fill(put), which calls
+// put(value) for each in order.
+template <typename T, typename Fill>
+py::array_t<T> arrayOf(std::size_t count, Fill fill) {
+  py::array_t<T> out(static_cast<py::ssize_t>(count));
   T *data = out.mutable_data();
-  for (const U &value : values) *data++ = static_cast<T>(map(value));
+  fill([&data](auto value) { *data++ = static_cast<T>(value); });
   return out;
 }
 
-template <typename T>
-py::array_t<T> arrayOf(const std::deque<T> &values) {
-  return arrayOf<T>(values, [](T value) { return value; });
+// The values, each mapped by map.
+template <typename U, typename Map>
+auto mapped(const std::deque<U> &values, Map map) {
+  return [&values, map](auto put) {
+    for (const U &value : values) put(map(value));
+  };
 }
 
 nlohmann::json jsonOf(std::int32_t index) { return index; }
@@ -38,103 +44,180 @@ py::object pythonOf(const std::vector<T> &list) {
   return py::str(array.dump());
 }
 
-// The codes and categories of a Categorical: each distinct value becomes a
-// Python str once, by make. Distinct
-// Windows-1252 texts may decode to one str (the code page's undefined bytes
-// all become U+FFFD), and categories must be distinct, so codes are mapped
-// onto the distinct Python values.
+// The categories of a Categorical into *categories: each distinct value
+// becomes a Python str once, by make. Distinct Windows-1252 texts may decode
+// to one str (the code page's undefined bytes all become U+FFFD), and
+// categories must be distinct; so the result maps each code of values onto
+// its category's.
 template <typename Key, typename Hash, typename Make>
-py::tuple categorical(const Dictionary<Key, Hash> &values, const std::deque<std::int32_t> &codes, Make make) {
-  py::list categories;
+std::vector<std::int32_t> categoriesOf(const Dictionary<Key, Hash> &values, Make make, py::list *categories) {
   py::dict known;  // Python value -> its code
   std::vector<std::int32_t> remap;
   for (const Key *key : values.keys()) {
     py::object value = make(*key);
     if (!known.contains(value)) {
-      known[value] = py::len(categories);
-      categories.append(value);
+      known[value] = py::len(*categories);
+      categories->append(value);
     }
     remap.push_back(known[value].template cast<std::int32_t>());
   }
-  auto code = [&remap](std::int32_t raw) { return raw < 0 ? -1 : remap[static_cast<std::size_t>(raw)]; };
-  // The integer type that pandas makes of codes for that many categories,
-  // so that it takes the array as it is.
+  return remap;
+}
+
+// The codes (rows of them, written by fill as arrayOf takes it) and
+// categories of a Categorical, the codes in the integer type that pandas
+// makes of codes for that many categories, so that it takes the array as it
+// is.
+template <typename Fill>
+py::tuple categorical(std::size_t rows, Fill fill, const py::list &categories) {
   std::size_t count = py::len(categories);
-  if (count < 127) return py::make_tuple(arrayOf<std::int8_t>(codes, code), categories);
-  if (count < 32767) return py::make_tuple(arrayOf<std::int16_t>(codes, code), categories);
-  return py::make_tuple(arrayOf<std::int32_t>(codes, code), categories);
+  if (count < 127) return py::make_tuple(arrayOf<std::int8_t>(rows, fill), categories);
+  if (count < 32767) return py::make_tuple(arrayOf<std::int16_t>(rows, fill), categories);
+  return py::make_tuple(arrayOf<std::int32_t>(rows, fill), categories);
 }
 
-template <typename Key, typename Hash>
-py::tuple categorical(const Dictionary<Key, Hash> &values, const std::deque<std::int32_t> &codes) {
-  return categorical(values, codes, [](const Key &key) { return pythonOf(key); });
+// A column of the kinds: get(kind) gives the value of a kind (null for
+// none; the failure rows' kind is null), rows hold kind codes.
+template <typename Key, typename Hash, typename Get>
+py::tuple kindColumn(const std::vector<const host::Problem *> &kinds, const std::deque<std::int32_t> &rows, Get get) {
+  Dictionary<Key, Hash> values;
+  std::vector<std::int32_t> codes;  // by kind
+  codes.reserve(kinds.size());
+  for (const host::Problem *kind : kinds) {
+    const Key *value = get(kind);
+    codes.push_back(value != nullptr ? values.codeOf(*value) : -1);
+  }
+  py::list categories;
+  std::vector<std::int32_t> remap = categoriesOf(values, [](const Key &key) { return pythonOf(key); }, &categories);
+  for (std::int32_t &code : codes) code = code < 0 ? -1 : remap[static_cast<std::size_t>(code)];
+  return categorical(rows.size(), mapped(rows, [&codes](std::int32_t kind) { return codes[static_cast<std::size_t>(kind)]; }),
+                     categories);
 }
 
-template <typename T>
-py::tuple numbers(const std::deque<T> &values, const std::deque<bool> &missing) {
-  return py::make_tuple(arrayOf(values), arrayOf(missing));
+template <typename Get>
+py::tuple textColumn(const std::vector<const host::Problem *> &kinds, const std::deque<std::int32_t> &rows, Get get) {
+  return kindColumn<std::string, std::hash<std::string>>(kinds, rows, get);
 }
+
+// A list column; the failure rows' kind has an empty list.
+template <typename T, typename Get>
+py::tuple listColumn(const std::vector<const host::Problem *> &kinds, const std::deque<std::int32_t> &rows, Get get) {
+  static const std::vector<T> kEmpty;
+  return kindColumn<std::vector<T>, ListHash<T>>(
+      kinds, rows, [&get](const host::Problem *kind) { return kind != nullptr ? &get(*kind) : &kEmpty; });
+}
+
+// A number column of the kinds, missing for the failure rows' kind.
+template <typename Get>
+py::tuple numberColumn(const std::vector<const host::Problem *> &kinds, const std::deque<std::int32_t> &rows,
+                       Get get) {
+  auto value = [&](std::int32_t kind) {
+    const host::Problem *problem = kinds[static_cast<std::size_t>(kind)];
+    return problem != nullptr ? get(*problem) : 0;
+  };
+  auto missing = [&](std::int32_t kind) { return kinds[static_cast<std::size_t>(kind)] == nullptr; };
+  return py::make_tuple(arrayOf<std::int32_t>(rows.size(), mapped(rows, value)),
+                        arrayOf<bool>(rows.size(), mapped(rows, missing)));
+}
+
+const std::string *optionalText(const std::optional<std::string> &text) { return text ? &*text : nullptr; }
 
 }  // namespace
 
+std::size_t KindHash::operator()(const host::Problem &p) const {
+  std::hash<std::string> text;
+  std::size_t hash = combine(static_cast<std::size_t>(p.type), static_cast<std::size_t>(p.weight));
+  for (const std::optional<std::string> *t : {&p.id, &p.text, &p.details}) hash = combine(hash, *t ? text(**t) : 1);
+  hash = combine(hash, text(p.field));
+  hash = combine(hash, ListHash<std::int32_t>()(p.fieldIndices));
+  hash = combine(hash, ListHash<std::string>()(p.accessed));
+  return combine(hash, ListHash<std::string>()(p.sections));
+}
+
+bool KindEqual::operator()(const host::Problem &a, const host::Problem &b) const {
+  return a.type == b.type && a.weight == b.weight && a.id == b.id && a.field == b.field &&
+         a.fieldIndices == b.fieldIndices && a.accessed == b.accessed && a.sections == b.sections &&
+         a.text == b.text && a.details == b.details;
+}
+
 void ProblemColumns::addOutcome(std::int64_t row, const host::Place &place, const host::Outcome &outcome) {
   summary_.add(outcome.problems, outcome.errors, !outcome.failed);
-  if (outcome.failed) addFailureRow(row, place, host::toUtf8(outcome.failure().c_str()));
-  for (const host::Problem &problem : outcome.problems) addProblem(row, place, problem);
+  std::int32_t failure = -1;
+  if (outcome.failed) {
+    failure = messages_.codeOf(host::toUtf8(outcome.failure().c_str()));
+    kinds_.push_back(failureKind());
+  }
+  for (const host::Problem &problem : outcome.problems) kinds_.push_back(kindOf(problem));
+  addSource(row, place, outcome.problems.size() + (outcome.failed ? 1 : 0), failure);
 }
 
 void ProblemColumns::addFailure(std::int64_t row, const host::Place &place, const std::string &message) {
   summary_.add({}, 0, false);
-  addFailureRow(row, place, message);
+  kinds_.push_back(failureKind());
+  addSource(row, place, 1, messages_.codeOf(message));
 }
 
-void ProblemColumns::addPlace(std::int64_t row, const host::Place &place) {
-  rows_.push_back(row);
-  record_.add(place.record);
-  place.line > 0 ? line_.add(place.line) : line_.addNone();
+std::int32_t ProblemColumns::kindOf(const host::Problem &problem) {
+  auto found = kindCodes_.try_emplace(problem, static_cast<std::int32_t>(kindList_.size()));
+  if (found.second) kindList_.push_back(&found.first->first);
+  return found.first->second;
 }
 
-void ProblemColumns::addProblem(std::int64_t row, const host::Place &place, const host::Problem &p) {
-  addPlace(row, place);
-  failure_.addNone();
-  p.id ? id_.add(*p.id) : id_.addNone();
-  type_.add(static_cast<std::int32_t>(p.type));
-  weight_.add(p.weight);
-  p.text ? text_.add(*p.text) : text_.addNone();
-  p.details ? details_.add(*p.details) : details_.addNone();
-  p.field.empty() ? field_.addNone() : field_.add(p.field);
-  fieldIndices_.add(p.fieldIndices);
-  accessed_.add(p.accessed);
-  sections_.add(p.sections);
+std::int32_t ProblemColumns::failureKind() {
+  if (failureKind_ < 0) {
+    failureKind_ = static_cast<std::int32_t>(kindList_.size());
+    kindList_.push_back(nullptr);
+  }
+  return failureKind_;
 }
 
-void ProblemColumns::addFailureRow(std::int64_t row, const host::Place &place, const std::string &message) {
-  addPlace(row, place);
-  failure_.add(message);
-  for (Texts *texts : {&id_, &text_, &details_, &field_}) texts->addNone();
-  type_.addNone();
-  weight_.addNone();
-  fieldIndices_.add({});
-  accessed_.add({});
-  sections_.add({});
+void ProblemColumns::addSource(std::int64_t label, const host::Place &place, std::size_t rows,
+                               std::int32_t failure) {
+  if (rows == 0) return;
+  sources_.push_back({label, place.record, place.line > 0 ? place.line : 0, static_cast<std::int32_t>(rows), failure});
 }
 
 py::dict ProblemColumns::finish() const {
+  const std::vector<const host::Problem *> &kinds = kindList_;
+  const std::size_t rows = kinds_.size();
+  // Each row of the input's value(source, first) for each of its rows, first
+  // for the first of them.
+  auto bySource = [this](auto value) {
+    return [this, value](auto put) {
+      for (const Source &source : sources_) {
+        for (std::int32_t i = 0; i < source.rows; ++i) put(value(source, i == 0));
+      }
+    };
+  };
   py::dict out;
-  out["row"] = arrayOf(rows_);
-  out["record"] = numbers(record_.values, record_.missing);
-  out["line"] = numbers(line_.values, line_.missing);
-  out["id"] = categorical(id_.values, id_.codes);
-  out["type"] = numbers(type_.values, type_.missing);
-  out["weight"] = numbers(weight_.values, weight_.missing);
-  out["text"] = categorical(text_.values, text_.codes);
-  out["details"] = categorical(details_.values, details_.codes);
-  out["field"] = categorical(field_.values, field_.codes);
-  out["field_indices"] = categorical(fieldIndices_.values, fieldIndices_.codes);
-  out["accessed"] = categorical(accessed_.values, accessed_.codes);
-  out["sections"] = categorical(sections_.values, sections_.codes);
+  out["row"] = arrayOf<std::int64_t>(rows, bySource([](const Source &s, bool) { return s.label; }));
+  out["record"] = py::make_tuple(arrayOf<std::int64_t>(rows, bySource([](const Source &s, bool) { return s.record; })),
+                                 arrayOf<bool>(rows, bySource([](const Source &, bool) { return false; })));
+  out["line"] = py::make_tuple(arrayOf<std::int64_t>(rows, bySource([](const Source &s, bool) { return s.line; })),
+                               arrayOf<bool>(rows, bySource([](const Source &s, bool) { return s.line == 0; })));
+  out["id"] = textColumn(kinds, kinds_, [](const host::Problem *p) { return p ? optionalText(p->id) : nullptr; });
+  out["type"] = numberColumn(kinds, kinds_, [](const host::Problem &p) { return static_cast<std::int32_t>(p.type); });
+  out["weight"] = numberColumn(kinds, kinds_, [](const host::Problem &p) { return p.weight; });
+  out["text"] = textColumn(kinds, kinds_, [](const host::Problem *p) { return p ? optionalText(p->text) : nullptr; });
+  out["details"] =
+      textColumn(kinds, kinds_, [](const host::Problem *p) { return p ? optionalText(p->details) : nullptr; });
+  out["field"] = textColumn(kinds, kinds_, [](const host::Problem *p) {
+    return p != nullptr && !p->field.empty() ? &p->field : nullptr;
+  });
+  out["field_indices"] =
+      listColumn<std::int32_t>(kinds, kinds_, [](const host::Problem &p) -> const auto & { return p.fieldIndices; });
+  out["accessed"] =
+      listColumn<std::string>(kinds, kinds_, [](const host::Problem &p) -> const auto & { return p.accessed; });
+  out["sections"] =
+      listColumn<std::string>(kinds, kinds_, [](const host::Problem &p) -> const auto & { return p.sections; });
   // Messages of rows not checked are UTF-8 already.
-  out["failure"] = categorical(failure_.values, failure_.codes, [](const std::string &text) { return py::str(text); });
+  py::list messages;
+  std::vector<std::int32_t> remap =
+      categoriesOf(messages_, [](const std::string &text) { return py::str(text); }, &messages);
+  out["failure"] = categorical(rows, bySource([&remap](const Source &s, bool first) {
+                                 return first && s.failure >= 0 ? remap[static_cast<std::size_t>(s.failure)] : -1;
+                               }),
+                               messages);
   out["summary"] = py::dict(py::arg("records") = summary_.records, py::arg("checked") = summary_.checked(),
                             py::arg("not_checked") = summary_.notChecked, py::arg("problems") = summary_.problems,
                             py::arg("errors") = summary_.errors);

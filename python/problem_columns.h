@@ -1,18 +1,24 @@
-// ProblemColumns: the problems of many checked rows, gathered column by
-// column as a problem frame holds them, without a Python object per row.
+// ProblemColumns: the problems of many checked rows, gathered as a problem
+// frame holds them, without a Python object per row.
 //
-// The texts of problems repeat from record to record (ids, texts, field
-// names, section trails), so each such column keeps the distinct values it
-// has met, in order of first appearance, and one code per row. finish()
-// makes each distinct value a Python str once, as the categories of a
-// pandas Categorical; a list becomes the text of a JSON array, as a problem
-// table holds it, so that the frame goes on as any frame of texts
+// Rules report the same problem, all but its place, from record to record.
+// So each problem is kept as its place and the code of its kind (every
+// attribute of the problem but the place), and each distinct kind once, in
+// order of first appearance: one hash and one compare of a problem's texts,
+// rather than one per column. finish() turns the kinds into the columns: each
+// text or list column keeps the distinct values of the kinds, in order of
+// first appearance, as the categories of a pandas Categorical, and each is
+// made a Python str once; a list becomes the text of a JSON array, as a
+// problem table holds it, so that the frame goes on as any frame of texts
 // (astype(str), to_sql). That keeps the frame small to build, to ship
 // between processes and to concatenate.
 //
-// Columns grow in blocks (std::deque) rather than by doubling and copying:
-// a cluster's workers run with a low malloc trim threshold, under which
-// every large block is fresh memory, and each page of it costs a fault.
+// A row of the input keeps its label and place once, whatever the number of
+// its problems.
+//
+// Rows grow in blocks (std::deque) rather than by doubling and copying: a
+// cluster's workers run with a low malloc trim threshold, under which every
+// large block is fresh memory, and each page of it costs a fault.
 //
 // Gathering runs without the GIL, on one thread at a time; finish() needs
 // the GIL.
@@ -65,6 +71,14 @@ struct ListHash {
   }
 };
 
+// A problem's kind: hashed and compared by every attribute.
+struct KindHash {
+  std::size_t operator()(const host::Problem &problem) const;
+};
+struct KindEqual {
+  bool operator()(const host::Problem &a, const host::Problem &b) const;
+};
+
 class ProblemColumns {
  public:
   // A checked row: its label (a position in the input), its place in the
@@ -84,47 +98,32 @@ class ProblemColumns {
   pybind11::dict finish() const;
 
  private:
-  // A column of texts by code; none is -1. The texts are Windows-1252 but
-  // for the error messages, which are UTF-8 already.
-  struct Texts {
-    Dictionary<std::string> values;
-    std::deque<std::int32_t> codes;
-    void add(const std::string &text) { codes.push_back(values.codeOf(text)); }
-    void addNone() { codes.push_back(-1); }
-  };
-  // A column of lists by code.
-  template <typename T>
-  struct Lists {
-    Dictionary<std::vector<T>, ListHash<T>> values;
-    std::deque<std::int32_t> codes;
-    void add(const std::vector<T> &list) { codes.push_back(values.codeOf(list)); }
-  };
-  // A column of whole numbers that may be missing.
-  template <typename T>
-  struct Numbers {
-    std::deque<T> values;
-    std::deque<bool> missing;
-    void add(T number) {
-      values.push_back(number);
-      missing.push_back(false);
-    }
-    void addNone() {
-      values.push_back(0);
-      missing.push_back(true);
-    }
+  // The code of the problem's kind, or of the failure rows' kind (no
+  // problem attributes, empty lists).
+  std::int32_t kindOf(const host::Problem &problem);
+  std::int32_t failureKind();
+
+  // A row of the input with problems or a failure, and so rows of the frame.
+  struct Source {
+    std::int64_t label;
+    std::int64_t record;
+    std::int64_t line;  // 0 for none
+    std::int32_t rows;
+    std::int32_t failure;  // the code of the failure's message, for its first row; -1 for none
   };
 
-  void addPlace(std::int64_t row, const host::Place &place);
-  void addProblem(std::int64_t row, const host::Place &place, const host::Problem &problem);
-  // A failure row: no problem attributes, empty lists.
-  void addFailureRow(std::int64_t row, const host::Place &place, const std::string &message);
+  // A row of the input whose rows of the frame follow, rows of them.
+  void addSource(std::int64_t label, const host::Place &place, std::size_t rows, std::int32_t failure);
 
-  std::deque<std::int64_t> rows_;
-  Numbers<std::int64_t> record_, line_;
-  Texts id_, text_, details_, field_, failure_;
-  Numbers<std::int32_t> type_, weight_;
-  Lists<std::int32_t> fieldIndices_;
-  Lists<std::string> accessed_, sections_;
+  std::deque<Source> sources_;
+  std::deque<std::int32_t> kinds_;  // by row of the frame
+  // The kinds by code, the failure rows' one null; it has a code once a
+  // failure row is met.
+  std::unordered_map<host::Problem, std::int32_t, KindHash, KindEqual> kindCodes_;
+  std::vector<const host::Problem *> kindList_;
+  std::int32_t failureKind_ = -1;
+  // The messages of failure rows (UTF-8).
+  Dictionary<std::string> messages_;
   host::Summary summary_;
 };
 

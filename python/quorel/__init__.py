@@ -126,8 +126,7 @@ class Checker:
                             % type(records).__name__)
         names = [str(c) for c in records.columns]
         self._warn_number_columns(records, names)
-        columns = [records[c].tolist() for c in records.columns]
-        out = self._engine._check_columns(names, columns)
+        out = self._engine._check_columns(names, _column_chunks(records))
         rows = out["row"]
         return _problem_frame(out, records.index[rows] if len(rows) else records.index[:0])
 
@@ -167,6 +166,18 @@ class Checker:
         import pandas as pd
         out = self._engine._check_source(source, int(offset), int(limit))
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
+
+
+# Rows of a DataFrame handed to the checker at a time: their cells become
+# Python objects (Series.tolist) a slice at a time, never all at once.
+_CHUNK_ROWS = 16384
+
+
+def _column_chunks(records):
+    """The cells of a DataFrame's rows in slices, each a list of columns."""
+    for first in range(0, len(records), _CHUNK_ROWS):
+        part = records.iloc[first:first + _CHUNK_ROWS]
+        yield [part[c].tolist() for c in part.columns]
 
 
 # Columns of whole numbers, Int64 and Int32; the values of all others repeat

@@ -8,11 +8,13 @@
 //   Anlass "alloc"  throws std::bad_alloc;
 //   Anlass "int"    throws an int;
 //   otherwise       reports ST-01 with Text as its short text and Zahl
-//                   (read as a whole number) as its long text.
+//                   (read as a whole number) as its long text;
+//   Anlass "danach" then throws std::logic_error.
 // Functions "Text" and "Zahl" give those fields' values.
 
 #include <cstring>
 #include <new>
+#include <stdexcept>
 #include <string>
 
 #include <quorel/quorel.h>
@@ -53,6 +55,7 @@ class StoerfallRules : public Plausi {
     problem->setShortDescription(root_->text->get(rt)->asString());
     problem->setLongDescription(root_->zahl->get(rt)->asString());
     rt->setSectionInfosToProblem(problem);
+    if (std::strcmp(anlass, "danach") == 0) throw std::logic_error("danach");
   }
 
   Value *performFunctionImpl(RuntimeContext *rt, const char *name) override {
