@@ -72,16 +72,18 @@ struct PathStep {
 };
 
 // A name with members and indices: Antrag.Kinder[i].Vorname, kind.Vorname.
+// Read first by the interpreter, as Expr (below).
 struct Path {
-  Position pos;
-  std::string head;
-  std::vector<PathStep> steps;
   // Resolved.
+  std::int32_t staticId = -1;         // >= 0: a path without indices from a root, resolved once per rule set
   PathBase base = kBaseRecord;
   std::int32_t refSlot = -1;          // kBaseRef: the reference slot
   std::int32_t material = -1;         // kBaseMaterial: index of the material
   const FieldDecl *decl = nullptr;    // what the whole path names
-  std::int32_t staticId = -1;         // >= 0: a path without indices from a root, resolved once per rule set
+  std::vector<PathStep> steps;
+  // As written.
+  Position pos;
+  std::string head;
   bool hasIndices() const;
 };
 
@@ -133,23 +135,28 @@ struct Query {
   std::vector<const FieldDecl *> fieldDecls;
 };
 
+// What the interpreter reads at every visit comes first, within one cache
+// line: a run visits the nodes of its rules for every record, and records
+// many times the size of the caches push them out between visits.
 struct Expr {
   ExprKind kind;
+  // Resolved.
+  std::int32_t constant = -1;              // literals and constant ranges: index of the constant
+  std::int32_t slot = -1;                  // kLocal
+  std::int32_t staticField = -1;           // kPath: path->staticId, read without the path
+  BinaryOp op = kEq;
+  std::vector<ExprPtr> args;
+  std::unique_ptr<Path> path;
+  const Builtin *builtin = nullptr;         // kCall
+  const FunctionDecl *function = nullptr;  // kUserCall
+  std::unique_ptr<Query> query;
+  std::int32_t intervalType = 0;  // IntervalType
+  FieldType fieldType = FieldTypeText;     // kCall of PASST: the type argument
+  // As written.
   Position pos;
   double number = 0;
   bool truth = false;
   std::string text;
-  BinaryOp op = kEq;
-  std::int32_t intervalType = 0;  // IntervalType
-  std::vector<ExprPtr> args;
-  std::unique_ptr<Path> path;
-  std::unique_ptr<Query> query;
-  // Resolved.
-  std::int32_t slot = -1;                  // kLocal
-  std::int32_t constant = -1;              // literals and constant ranges: index of the constant
-  const Builtin *builtin = nullptr;         // kCall
-  const FunctionDecl *function = nullptr;  // kUserCall
-  FieldType fieldType = FieldTypeText;     // kCall of PASST: the type argument
 
   Expr(ExprKind k, Position p) : kind(k), pos(p) {}
 };
@@ -200,19 +207,21 @@ struct Report {
 // How a FUER JEDES walks.
 enum LoopKind : std::int32_t { kLoopTopics, kLoopFields, kLoopValues };
 
+// Read first by the interpreter, as Expr (above).
 struct Stmt {
   StmtKind kind;
-  Position pos;
-  std::string name;          // the variable
-  std::string section;       // ABSCHNITT, and loops with a section per round
+  // Resolved.
+  std::int32_t slot = -1;  // local or reference slot
+  LoopKind loop = kLoopValues;
   bool hasSection = false;
   std::vector<ExprPtr> exprs;
   std::vector<Block> blocks;
   std::unique_ptr<Path> path;
   std::unique_ptr<Report> report;
-  // Resolved.
-  std::int32_t slot = -1;  // local or reference slot
-  LoopKind loop = kLoopValues;
+  // As written.
+  Position pos;
+  std::string name;          // the variable
+  std::string section;       // ABSCHNITT, and loops with a section per round
 
   Stmt(StmtKind k, Position p) : kind(k), pos(p) {}
 };

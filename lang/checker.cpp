@@ -511,6 +511,7 @@ class Checker {
           return kKindUnknown;
         }
         Shape shape = path(p);
+        expr->staticField = p->staticId;
         if (p->decl == nullptr) return kKindUnknown;
         if (shape != kShapeScalar) {
           error(p->pos, q(p->decl->name) + " is " +

@@ -432,8 +432,8 @@ Value *Interpreter::eval(Frame &f, const Expr &expr) {
   switch (expr.kind) {
     case kLocal: return f.locals[expr.slot];
     case kPath: {
-      const Path &path = *expr.path;
-      FieldDescriptor *field = path.staticId >= 0 ? staticFields_[static_cast<std::size_t>(path.staticId)] : resolve(f, path);
+      FieldDescriptor *field = expr.staticField >= 0 ? staticFields_[static_cast<std::size_t>(expr.staticField)]
+                                                     : resolve(f, *expr.path);
       return static_cast<Field *>(field)->get(rt);
     }
     case kNot: return rt->createBoolValue(!test(f, *expr.args[0]));

@@ -80,12 +80,27 @@ void RuntimeContext::leaveCurrentSection() {
 void RuntimeContext::setSectionInfosToProblem(PlausiProblem *problem) {
   PlausiSection *innermost = getCurrentSection();
   if (innermost == nullptr) return;
+  // Each field once, in the order first read. A section reads a few fields
+  // as a rule: those are compared one by one; a set finds repeats among
+  // many, as a loop's section may read.
+  constexpr std::int32_t kFewFields = 16;
+  std::int32_t count = innermost->getNumOfAccessedFields();
+  std::int32_t first = problem->getNumOfAccessedFields();
   std::unordered_set<FieldDescriptor *, std::hash<FieldDescriptor *>, std::equal_to<FieldDescriptor *>,
                      PoolAllocator<FieldDescriptor *>>
       added;
-  for (std::int32_t i = 0; i < innermost->getNumOfAccessedFields(); ++i) {
+  for (std::int32_t i = 0; i < count; ++i) {
     FieldDescriptor *field = innermost->getAccessedField(i);
-    if (field != nullptr && added.insert(field).second) problem->addAccessedField(field);
+    if (field == nullptr) continue;
+    bool repeated = false;
+    if (count <= kFewFields) {
+      for (std::int32_t j = first; j < problem->getNumOfAccessedFields() && !repeated; ++j) {
+        repeated = problem->getAccessedField(j) == field;
+      }
+    } else {
+      repeated = !added.insert(field).second;
+    }
+    if (!repeated) problem->addAccessedField(field);
   }
   for (PlausiSection *s = innermost; s != nullptr; s = s->getParent()) {
     problem->addPlausiSection(s->getName());

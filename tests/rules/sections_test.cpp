@@ -128,6 +128,21 @@ TEST_F(SectionsTest, ProblemsGetFieldsOnceAndTheTrailInnermostFirst) {
   runtime.leaveCurrentSection();
 }
 
+TEST_F(SectionsTest, FewReadsAndManyFindTheirRepeatsAlike) {
+  // The same reads with more and more repeats after them: a section of a
+  // loop reads many fields, and repeats are found another way there.
+  RuntimeContext runtime(&context_, &plausi_);
+  for (int reads : {6, 16, 17, 40}) {
+    runtime.startNewSection("Schleife", false);
+    for (int i = 0; i < reads; ++i) runtime.getCurrentSection()->noteFieldAccess(fakeField((i * 7) % 5));
+    PlausiProblem *problem = runtime.createProblem(PROBLEM_ERROR, 1);
+    runtime.setSectionInfosToProblem(problem);
+    ASSERT_EQ(5, problem->getNumOfAccessedFields()) << reads;
+    for (int k = 0; k < 5; ++k) EXPECT_EQ(fakeField((k * 7) % 5), problem->getAccessedField(k)) << reads;
+    runtime.leaveCurrentSection();
+  }
+}
+
 TEST_F(SectionsTest, ASectionWithoutANameIsUnknownOnTheTrail) {
   std::ostringstream log;
   Logger logger(&log, TRACE);
