@@ -66,6 +66,27 @@ TEST(RecordLayoutTest, CellsSizesAndEmptyFields) {
   EXPECT_TRUE(RecordLayout({"M.Liste#"}).fill({"100000"}, &row, &error));
 }
 
+TEST(RecordLayoutTest, OneRecordFilledRowAfterRowHoldsTheLastRowAlone) {
+  RecordLayout layout({"M.Nr", "M.Name", "M.Liste#", "M.Nr"});
+  quorel::SimpleDataRecord record;
+  std::string error;
+  ASSERT_TRUE(layout.fill({"7", "Anna", "3", ""}, &record, &error));
+  EXPECT_STREQ("7", record.getValue("M.Nr")->asString());  // a later empty cell of a name keeps the value
+  ASSERT_TRUE(layout.fill({"", "", "", "8"}, &record, &error));
+  EXPECT_EQ(nullptr, record.getValue("M.Name"));
+  EXPECT_EQ(nullptr, record.getValue("M.Liste#"));
+  EXPECT_STREQ("8", record.getValue("M.Nr")->asString());
+  // A row that fails leaves the record for the next row to fill in full;
+  // cells a short row lacks are empty.
+  EXPECT_FALSE(layout.fill({"1", "Bert", "x", ""}, &record, &error));
+  ASSERT_TRUE(layout.fill({"2"}, &record, &error));
+  EXPECT_STREQ("2", record.getValue("M.Nr")->asString());
+  EXPECT_EQ(nullptr, record.getValue("M.Name"));
+  EXPECT_EQ(nullptr, record.getValue("M.Liste#"));
+  ASSERT_TRUE(layout.fill({"", "", "", ""}, &record, &error));
+  EXPECT_EQ(nullptr, record.getValue("M.Nr"));
+}
+
 TEST(EncodingTest, Windows1252AndUtf8BothWays) {
   EXPECT_EQ("a\xC3\xBC\xC3\x9F\xE2\x82\xAC\xEF\xBF\xBD", toUtf8("a\xFC\xDF\x80\x81"));
   std::string back;
