@@ -1,3 +1,4 @@
+#include <cstring>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -49,6 +50,30 @@ TEST(CsvReaderTest, QuotesSeparatorsAndLines) {
   EXPECT_FALSE(errors[2].substr(2).empty());
   auto bytes = readAll("n\n\xFC\xDF\n");
   EXPECT_EQ("\xFC\xDF", bytes[1][0]);
+}
+
+TEST(CsvReaderTest, LinesAcrossTheReadChunksOfTheInput) {
+  // Rows of growing length, so that line ends of every kind fall on and
+  // around the edges of the chunks the reader takes in (64 KiB), one row
+  // longer than a chunk, and a quoted cell that spans lines.
+  std::vector<std::vector<std::string>> expected = {{"a", "b"}};
+  for (int i = 0; i < 2000; ++i) expected.push_back({std::string(static_cast<std::size_t>(i % 97), 'x'), std::to_string(i)});
+  expected.push_back({std::string(70000, 'y'), "lang"});
+  expected.push_back({"z", "ende"});
+  for (const char *end : {"\n", "\r\n", "\r"}) {
+    for (std::size_t shift = 0; shift < 100; ++shift) {
+      std::string text = std::string(shift, 'p');
+      for (std::size_t i = 0; i < expected.size(); ++i) {
+        text += (i == 1 ? "\"q" + std::string(end) + "q\"" : "") + expected[i][0] + ";" + expected[i][1] + end;
+      }
+      std::vector<std::vector<std::string>> want = expected;
+      want[0][0] = std::string(shift, 'p') + "a";
+      want[1][0] = "q\nq" + want[1][0];
+      EXPECT_EQ(want, readAll(text)) << "end " << (end[0] == '\r' ? end[1] == '\n' ? "CRLF" : "CR" : "LF") << " shift " << shift;
+      text.resize(text.size() - std::strlen(end));  // the last line without its end
+      EXPECT_EQ(want, readAll(text));
+    }
+  }
 }
 
 TEST(RecordLayoutTest, CellsSizesAndEmptyFields) {
