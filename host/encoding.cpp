@@ -1,6 +1,7 @@
 #include "quorel/host/encoding.h"
 
 #include <cstdint>
+#include <cstring>
 
 namespace quorel {
 namespace host {
@@ -56,13 +57,25 @@ long decode(std::string_view text, std::size_t *i) {
   return static_cast<long>(code);
 }
 
+// The length of the run of ASCII that text begins with, looked at eight
+// bytes at a time.
+std::size_t asciiRun(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+  std::size_t ascii = 0;
+  for (std::uint64_t word; ascii + sizeof word <= text.size(); ascii += sizeof word) {
+    std::memcpy(&word, text.data() + ascii, sizeof word);
+    if ((word & kHighBits) != 0) break;
+  }
+  while (ascii < text.size() && static_cast<unsigned char>(text[ascii]) < 0x80) ++ascii;
+  return ascii;
+}
+
 }  // namespace
 
 void appendUtf8(std::string *out, std::string_view text) {
   while (!text.empty()) {
     // Runs of ASCII, most of any text, go over in one piece.
-    std::size_t ascii = 0;
-    while (ascii < text.size() && static_cast<unsigned char>(text[ascii]) < 0x80) ++ascii;
+    std::size_t ascii = asciiRun(text);
     out->append(text.data(), ascii);
     if (ascii == text.size()) return;
     auto byte = static_cast<unsigned char>(text[ascii]);
