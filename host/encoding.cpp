@@ -15,17 +15,19 @@ const std::uint16_t kHighControls[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E,
                                          0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                          0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
-void appendCodePoint(std::string *out, unsigned code) {
+// A code point below 0x10000 in UTF-8 at `at`; the end of it.
+char *writeCodePoint(char *at, unsigned code) {
   if (code < 0x80) {
-    *out += static_cast<char>(code);
+    *at++ = static_cast<char>(code);
   } else if (code < 0x800) {
-    *out += static_cast<char>(0xC0 | (code >> 6));
-    *out += static_cast<char>(0x80 | (code & 0x3F));
+    *at++ = static_cast<char>(0xC0 | (code >> 6));
+    *at++ = static_cast<char>(0x80 | (code & 0x3F));
   } else {
-    *out += static_cast<char>(0xE0 | (code >> 12));
-    *out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    *out += static_cast<char>(0x80 | (code & 0x3F));
+    *at++ = static_cast<char>(0xE0 | (code >> 12));
+    *at++ = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+    *at++ = static_cast<char>(0x80 | (code & 0x3F));
   }
+  return at;
 }
 
 // The Windows-1252 byte of a code point, or -1.
@@ -72,20 +74,29 @@ std::size_t asciiRun(std::string_view text) {
 
 }  // namespace
 
-void appendUtf8(std::string *out, std::string_view text) {
+char *writeUtf8(char *at, std::string_view text) {
   while (!text.empty()) {
     // Runs of ASCII, most of any text, go over in one piece.
     std::size_t ascii = asciiRun(text);
-    out->append(text.data(), ascii);
-    if (ascii == text.size()) return;
+    std::memcpy(at, text.data(), ascii);
+    at += ascii;
+    if (ascii == text.size()) break;
     auto byte = static_cast<unsigned char>(text[ascii]);
     text.remove_prefix(ascii + 1);
     if (byte < 0xA0) {
-      appendCodePoint(out, kHighControls[byte - 0x80] != 0 ? kHighControls[byte - 0x80] : 0xFFFD);
+      at = writeCodePoint(at, kHighControls[byte - 0x80] != 0 ? kHighControls[byte - 0x80] : 0xFFFD);
     } else {
-      appendCodePoint(out, byte);
+      at = writeCodePoint(at, byte);
     }
   }
+  return at;
+}
+
+void appendUtf8(std::string *out, std::string_view text) {
+  std::size_t start = out->size();
+  out->resize(start + kUtf8Growth * text.size());
+  char *end = writeUtf8(&(*out)[start], text);
+  out->resize(static_cast<std::size_t>(end - out->data()));
 }
 
 void appendUtf8(std::string *out, const char *text) {

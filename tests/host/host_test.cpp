@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <quorel/quorel.h>
 
@@ -110,6 +111,26 @@ TEST(RecordLayoutTest, OneRecordFilledRowAfterRowHoldsTheLastRowAlone) {
   EXPECT_EQ(nullptr, record.getValue("M.Liste#"));
   ASSERT_TRUE(layout.fill({"", "", "", ""}, &record, &error));
   EXPECT_EQ(nullptr, record.getValue("M.Nr"));
+}
+
+TEST(ProblemFormatTest, JsonLinesCarryEveryByteAnywhereInAText) {
+  // Each byte at each place within and around the eight bytes that the
+  // writer looks at together, among plain bytes and among quotes.
+  auto format = ProblemFormat::create("json");
+  for (int byte = 1; byte < 256; ++byte) {
+    for (std::size_t before = 0; before < 10; ++before) {
+      for (char filler : {'a', '"', '\xFC'}) {
+        Problem p;
+        p.text = std::string(before, filler) + static_cast<char>(byte) + std::string(9 - before, 'b');
+        p.sections = {*p.text};
+        std::string line;
+        format->appendRecord({1, 2}, {p}, &line);
+        nlohmann::json read = nlohmann::json::parse(line);
+        ASSERT_EQ(toUtf8(p.text->c_str()), read["text"].get<std::string>()) << byte << " after " << before;
+        ASSERT_EQ(toUtf8(p.text->c_str()), read["sections"][0].get<std::string>());
+      }
+    }
+  }
 }
 
 TEST(EncodingTest, Windows1252AndUtf8BothWays) {
