@@ -111,10 +111,12 @@ void checkAll(benchmark::State &state, Plausi *rules) {
   std::vector<std::unique_ptr<SimpleDataRecord>> records = makeRecords();
   Gemeinden gemeinden;
   std::int64_t problems = 0;
+  // One context for all records, as a host keeps one per thread.
+  PlausiContext context(nullptr);
+  context.setFlow("Pruefung");
+  context.setMaterialAccess(&gemeinden);
   auto check = [&](SimpleDataRecord *record) {
-    PlausiContext context(record);
-    context.setFlow("Pruefung");
-    context.setMaterialAccess(&gemeinden);
+    context.reset(record);
     rules->perform(&context);
     problems += context.getNumOfProblems();
   };

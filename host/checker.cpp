@@ -62,6 +62,7 @@ Checker::Checker(const CheckSettings &settings)
   const char *const *declared = plausi_->getFlows();
   if (!flow_ && declared != nullptr && declared[0] != nullptr) flow_ = declared[0];
   for (const auto &init : settings.inits) inits_.set(init.first.c_str(), init.second->copy());
+  configure(&context_);
 }
 
 Checker::~Checker() {
@@ -103,22 +104,19 @@ void Checker::check(DataRecord *record, Outcome *outcome) {
   outcome->exceptionType = 0;
   outcome->cppType.clear();
   outcome->message.clear();
-  {
-    PlausiContext context(record);
-    configure(&context);
-    try {
-      plausi_->perform(&context);
-    } catch (const PlausiException &e) {
-      outcome->failed = true;
-      outcome->exceptionType = e.getType();
-      outcome->message = e.getMessage();
-    } catch (...) {
-      // Fails this record, not the run of all the others.
-      outcome->failWithCurrentException();
-    }
-    collectProblems(context, &outcome->problems);
-    outcome->errors = context.getNumOfProblems(PROBLEM_ERROR);
+  context_.reset(record);
+  try {
+    plausi_->perform(&context_);
+  } catch (const PlausiException &e) {
+    outcome->failed = true;
+    outcome->exceptionType = e.getType();
+    outcome->message = e.getMessage();
+  } catch (...) {
+    // Fails this record, not the run of all the others.
+    outcome->failWithCurrentException();
   }
+  collectProblems(context_, &outcome->problems);
+  outcome->errors = context_.getNumOfProblems(PROBLEM_ERROR);
   if (settings_.afterRun) settings_.afterRun();
 }
 

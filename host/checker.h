@@ -81,7 +81,8 @@ class Checker {
   Checker &operator=(const Checker &) = delete;
 
   // Runs the flow on the record into *outcome, which is reset first. No
-  // exception of the rules leaves it.
+  // exception of the rules leaves it. One thread at a time: the runs share
+  // one context, whose problems' memory serves record after record.
   void check(DataRecord *record, Outcome *outcome);
   // Hands the settings to a context of this checker's module.
   void configure(PlausiContext *context);
@@ -105,6 +106,7 @@ class Checker {
   std::unique_ptr<Plausi> ruleFile_;  // the Plausi of a rule file, else null
   Plausi *plausi_;
   std::optional<std::string> flow_;
+  PlausiContext context_{nullptr};
 };
 
 // Whether path names a rule file (it ends in ".qr") rather than a library.

@@ -3,12 +3,14 @@
 #ifndef QUOREL_TESTS_TEST_SUPPORT_H_
 #define QUOREL_TESTS_TEST_SUPPORT_H_
 
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "quorel/rules/plausi.h"
 #include "quorel/rules/plausi_context.h"
+#include "quorel/rules/plausi_problem.h"
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/model/field.h"
 #include "quorel/model/topic.h"
@@ -73,6 +75,41 @@ struct TestRun {
   PlausiContext context{nullptr};
   RuntimeContext runtime{&context, &plausi};
 };
+
+// Every reading of a problem, as one text.
+inline std::string describeProblem(const PlausiProblem &p) {
+  std::ostringstream text;
+  auto show = [&text](const char *name, const char *value) {
+    text << name << '=' << (value != nullptr ? value : "<null>") << ';';
+  };
+  text << p.getType() << ';' << p.getWeight() << ';';
+  show("id", p.getId());
+  show("short", p.getShortDescription());
+  show("long", p.getLongDescription());
+  show("correction", p.getCorrectionInfo());
+  show("topic", p.getReferenceTopic());
+  show("exception", p.getException());
+  show("display", p.getFieldDisplayName());
+  show("mask", p.getFieldMask());
+  show("space", p.getFieldValueSpace());
+  // Fields by their hierarchy text: the same rules loaded twice have fields
+  // of their own.
+  auto field = [&text](FieldDescriptor *descriptor) {
+    std::string hierarchy = "<none>";
+    if (descriptor != nullptr) descriptor->appendHierarchyText(&hierarchy.erase());
+    text << ' ' << hierarchy;
+  };
+  text << p.isExceptionOccured() << ';' << p.getInfoType() << ';' << p.getFieldType() << ';' << p.getFieldLength()
+       << ";field";
+  field(p.getReferenceField());
+  text << ";indices";
+  for (const std::int32_t *i = p.getReferenceFieldIndices(); i != nullptr && *i >= 0; ++i) text << ' ' << *i;
+  text << ";accessed";
+  for (std::int32_t i = 0; i < p.getNumOfAccessedFields(); ++i) field(p.getAccessedField(i));
+  text << ";sections";
+  for (std::int32_t i = 0; i < p.getNumOfPlausiSections(); ++i) text << ' ' << p.getPlausiSection(i);
+  return text.str();
+}
 
 }  // namespace quorel
 

@@ -1,11 +1,14 @@
 // DataRecordSet: the records a query found, in the order of the walk. The
-// records stay the MaterialAccess's and must live as long as the run.
+// records stay the MaterialAccess's and must live as long as the run. A
+// query makes one for every walk: its list comes from the thread's pool.
 
 #ifndef QUOREL_MATERIAL_DATA_RECORD_SET_H_
 #define QUOREL_MATERIAL_DATA_RECORD_SET_H_
 
 #include <cstdint>
 #include <vector>
+
+#include "quorel/values/object_pool.h"
 
 namespace quorel {
 
@@ -19,7 +22,7 @@ class DataRecordSet {
   DataRecord *getDataRecord(std::int32_t index) const { return records_[index]; }
 
  private:
-  std::vector<DataRecord *> records_;
+  std::vector<DataRecord *, PoolAllocator<DataRecord *>> records_;
 };
 
 }  // namespace quorel

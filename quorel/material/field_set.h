@@ -6,11 +6,14 @@
 #include <cstdint>
 #include <vector>
 
+#include "quorel/values/object_pool.h"
+
 namespace quorel {
 
 class Field;
 
-class FieldSet {
+// Rules make a field set for every query, so it comes from the pool.
+class FieldSet : public Pooled {
  public:
   void addField(Field *field) { fields_.push_back(field); }
   std::int32_t getNumOfFields() const { return static_cast<std::int32_t>(fields_.size()); }
@@ -18,7 +21,7 @@ class FieldSet {
   Field *getField(std::int32_t index) const { return fields_[index]; }
 
  private:
-  std::vector<Field *> fields_;
+  std::vector<Field *, PoolAllocator<Field *>> fields_;
 };
 
 }  // namespace quorel

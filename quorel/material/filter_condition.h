@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "quorel/values/object_pool.h"
+
 namespace quorel {
 
 class Field;
@@ -25,7 +27,7 @@ enum OperatorType : std::int32_t {
   OPERATOR_LESS_EQUAL = 5,
 };
 
-class FilterCondition {
+class FilterCondition : public Pooled {
  public:
   // Keeps value->copy().
   FilterCondition(Field *field, OperatorType op, Value *value);

@@ -14,9 +14,19 @@
 
 namespace quorel {
 
+namespace {
+
+// Shared by a material and its copies; the count lives in the pool too.
+template <typename T>
+std::shared_ptr<T> shareFromPool(T *object) {
+  return std::shared_ptr<T>(object, std::default_delete<T>(), PoolAllocator<T>());
+}
+
+}  // namespace
+
 Material::Material(RuntimeContext *context, MaterialDescriptor *material, RecordFilter *filter,
                    FieldSet *fields)
-    : Material(context, material, std::shared_ptr<RecordFilter>(filter), std::shared_ptr<FieldSet>(fields)) {}
+    : Material(context, material, shareFromPool(filter), shareFromPool(fields)) {}
 
 Material::Material(RuntimeContext *context, MaterialDescriptor *material, std::shared_ptr<RecordFilter> filter,
                    std::shared_ptr<FieldSet> fields)

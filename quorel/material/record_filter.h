@@ -9,10 +9,12 @@
 #include <vector>
 
 #include "quorel/material/filter_condition.h"
+#include "quorel/values/object_pool.h"
 
 namespace quorel {
 
-class RecordFilter {
+// Rules make a filter for every query, so it comes from the pool.
+class RecordFilter : public Pooled {
  public:
   RecordFilter() = default;
   RecordFilter(const RecordFilter &) = delete;
@@ -25,7 +27,7 @@ class RecordFilter {
   FilterCondition *getCondition(std::int32_t index) const { return conditions_[index].get(); }
 
  private:
-  std::vector<std::unique_ptr<FilterCondition>> conditions_;
+  std::vector<std::unique_ptr<FilterCondition>, PoolAllocator<std::unique_ptr<FilterCondition>>> conditions_;
 };
 
 }  // namespace quorel

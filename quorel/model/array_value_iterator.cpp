@@ -18,8 +18,9 @@ namespace quorel {
 // dimension has, is walked as plain numbers: the indices are used up at
 // once, so no value need be made for each of them. Any other restriction is
 // walked through its asRange, and what it makes dies with the walk.
-class IndexWalk {
+class IndexWalk : public Pooled {
  public:
+
   explicit IndexWalk(Value *restriction) {
     if (auto *sequence = dynamic_cast<SequenceRange *>(restriction)) {
       numbers_.emplace(*sequence);
@@ -90,9 +91,9 @@ void ArrayValueIterator::advance() {
     if (walk->hasNext()) {
       std::int32_t candidate = walk->next();
       // The size of dimension d under the indices before it.
-      std::vector<std::int32_t> outer(indices_.begin(), indices_.begin() + d);
-      outer.push_back(-1);
-      if (candidate < getSize(context_, outer.data())) {
+      outer_.assign(indices_.begin(), indices_.begin() + d);
+      outer_.push_back(-1);
+      if (candidate < getSize(context_, outer_.data())) {
         indices_[d] = candidate;
         return;
       }

@@ -13,10 +13,12 @@
 #define QUOREL_MODEL_ARRAY_VALUE_ITERATOR_H_
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
 
+#include "quorel/values/object_pool.h"
 #include "quorel/values/value_iterator.h"
 
 namespace quorel {
@@ -51,12 +53,20 @@ class ArrayValueIterator : public ValueIterator {
   void restart(std::int32_t d);
   void advance();
 
+  // A walk over an array is made for nearly every loop of every run: what it
+  // keeps comes from the thread's pool, not the heap.
+  template <typename T>
+  using ByDimension = std::map<std::int32_t, T, std::less<std::int32_t>,
+                               PoolAllocator<std::pair<const std::int32_t, T>>>;
+  using Indices = std::vector<std::int32_t, PoolAllocator<std::int32_t>>;
+
   RuntimeContext *context_;
   bool initialized_ = false;
   std::int32_t dimensionCount_ = 0;
-  std::map<std::int32_t, std::unique_ptr<Value>> restrictions_;
-  std::map<std::int32_t, std::unique_ptr<IndexWalk>> iterators_;
-  std::vector<std::int32_t> indices_;  // closed by -1
+  ByDimension<std::unique_ptr<Value>> restrictions_;
+  ByDimension<std::unique_ptr<IndexWalk>> iterators_;
+  Indices indices_;  // closed by -1
+  Indices outer_;    // the indices before a dimension, closed by -1
   bool more_ = true;
 };
 

@@ -5,6 +5,8 @@
 #ifndef QUOREL_MODEL_ELEMENT_TABLE_H_
 #define QUOREL_MODEL_ELEMENT_TABLE_H_
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -21,17 +23,38 @@ class ElementTable {
   // when there is none yet.
   template <typename Make>
   T *getOrMake(const std::int32_t *indices, Make make) {
-    std::vector<std::int32_t> key(indices, indices + Util::getSizeOf(indices));
-    auto it = elements_.find(key);
+    // An element that exists is found without a key of its own, since rules
+    // reach the same elements run after run.
+    Indices wanted{indices, static_cast<std::size_t>(Util::getSizeOf(indices))};
+    auto it = elements_.find(wanted);
     if (it != elements_.end()) return it->second.get();
     std::unique_ptr<T> element = make();
     T *result = element.get();
-    elements_.emplace(std::move(key), std::move(element));
+    elements_.emplace(std::vector<std::int32_t>(indices, indices + wanted.count), std::move(element));
     return result;
   }
 
  private:
-  std::map<std::vector<std::int32_t>, std::unique_ptr<T>> elements_;
+  struct Indices {
+    const std::int32_t *first;
+    std::size_t count;
+  };
+
+  // Orders keys and index lists alike, lexicographically.
+  struct Order {
+    using is_transparent = void;
+    static Indices view(const std::vector<std::int32_t> &key) { return {key.data(), key.size()}; }
+    static Indices view(const Indices &indices) { return indices; }
+    template <typename A, typename B>
+    bool operator()(const A &a, const B &b) const {
+      Indices left = view(a);
+      Indices right = view(b);
+      return std::lexicographical_compare(left.first, left.first + left.count, right.first,
+                                          right.first + right.count);
+    }
+  };
+
+  std::map<std::vector<std::int32_t>, std::unique_ptr<T>, Order> elements_;
 };
 
 }  // namespace quorel

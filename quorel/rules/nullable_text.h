@@ -1,11 +1,14 @@
 // NullableText: a privately owned copy of a text that may be absent. Setting
 // null leaves the stored text alone, which is how every text setter of the
-// run objects behaves; get() hands out the stored pointer, or null.
+// run objects behaves; get() hands out the stored pointer, or null. clear()
+// makes it absent again but keeps the memory, so that an object used for one
+// record after the other stops asking for memory once it has seen its
+// longest text.
 
 #ifndef QUOREL_RULES_NULLABLE_TEXT_H_
 #define QUOREL_RULES_NULLABLE_TEXT_H_
 
-#include <optional>
+#include <cstddef>
 #include <string>
 
 namespace quorel {
@@ -13,13 +16,25 @@ namespace quorel {
 class NullableText {
  public:
   void set(const char *text) {
-    if (text != nullptr) text_ = text;
+    if (text == nullptr) return;
+    text_.assign(text);
+    set_ = true;
   }
-  const char *get() const { return text_ ? text_->c_str() : nullptr; }
-  bool isSet() const { return text_.has_value(); }
+  // The first length bytes of text, which must have as many.
+  void set(const char *text, std::size_t length) {
+    text_.assign(text, length);
+    set_ = true;
+  }
+  const char *get() const { return set_ ? text_.c_str() : nullptr; }
+  bool isSet() const { return set_; }
+  void clear() {
+    text_.clear();
+    set_ = false;
+  }
 
  private:
-  std::optional<std::string> text_;
+  std::string text_;
+  bool set_ = false;
 };
 
 }  // namespace quorel

@@ -19,15 +19,24 @@ ExternalFunction PlausiContext::getExternalFunction(const char *name) const {
   return function != nullptr ? *function : nullptr;
 }
 
+void PlausiContext::reset(DataRecord *record) {
+  record_ = record;
+  problemCount_ = 0;
+}
+
 PlausiProblem *PlausiContext::createProblem(ProblemType type, std::int32_t weight) {
-  problems_.push_back(std::make_unique<PlausiProblem>(type, weight));
-  return problems_.back().get();
+  if (problemCount_ == problems_.size()) {
+    problems_.push_back(std::make_unique<PlausiProblem>(type, weight));
+  } else {
+    problems_[problemCount_]->renew(type, weight);
+  }
+  return problems_[problemCount_++].get();
 }
 
 std::int32_t PlausiContext::getNumOfProblems(ProblemType type) const {
   std::int32_t count = 0;
-  for (const auto &problem : problems_) {
-    if (problem->getType() == type) ++count;
+  for (std::size_t i = 0; i < problemCount_; ++i) {
+    if (problems_[i]->getType() == type) ++count;
   }
   return count;
 }

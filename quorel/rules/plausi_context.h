@@ -5,11 +5,13 @@
 // The record, the logger set by the host, the material access and the init
 // param values stay the host's. The context owns the flow text, its default
 // logger (silent) and every problem. It may serve several runs one after the
-// other; problems accumulate. Not copied.
+// other; problems accumulate until reset() begins the next record. Not
+// copied.
 
 #ifndef QUOREL_RULES_PLAUSI_CONTEXT_H_
 #define QUOREL_RULES_PLAUSI_CONTEXT_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -42,6 +44,14 @@ class PlausiContext {
 
   DataRecord *getDataRecord() const { return record_; }
 
+  // Begins the next record: drops every problem (pointers to them and their
+  // texts die here) and checks record from now on. What the host set stays
+  // (flow, weight level, logger, material access, init params, external
+  // functions), and the problems' memory serves the problems to come, so a
+  // host that checks record after record with one context asks for no memory
+  // for problems once the first records are done.
+  void reset(DataRecord *record);
+
   // Stores a copy of the name; null until first set.
   void setFlow(const char *name) { flow_.set(name); }
   const char *getFlow() const { return flow_.get(); }
@@ -67,7 +77,7 @@ class PlausiContext {
 
   // A new problem, owned by this context and filled by the caller.
   PlausiProblem *createProblem(ProblemType type, std::int32_t weight);
-  std::int32_t getNumOfProblems() const { return static_cast<std::int32_t>(problems_.size()); }
+  std::int32_t getNumOfProblems() const { return static_cast<std::int32_t>(problemCount_); }
   std::int32_t getNumOfProblems(ProblemType type) const;
   // The index must be below getNumOfProblems().
   PlausiProblem *getProblem(std::int32_t index) const { return problems_[index].get(); }
@@ -83,7 +93,10 @@ class PlausiContext {
   InitParams initParams_;
   NameMap<ExternalFunction> externalFunctions_;
   MaterialAccess *materialAccess_ = nullptr;
+  // The first problemCount_ problems are this record's; those after them
+  // are kept for reuse.
   std::vector<std::unique_ptr<PlausiProblem>> problems_;
+  std::size_t problemCount_ = 0;
 };
 
 }  // namespace quorel

@@ -18,7 +18,29 @@ void PlausiProblem::addAccessedField(FieldDescriptor *field) {
 }
 
 void PlausiProblem::addPlausiSection(const char *name) {
-  sections_.emplace_back(name != nullptr ? name : "Unbekannter Plausi-Abschnitt");
+  if (name == nullptr) name = "Unbekannter Plausi-Abschnitt";
+  if (sectionCount_ == sections_.size()) {
+    sections_.emplace_back(name);
+  } else {
+    sections_[sectionCount_].assign(name);
+  }
+  ++sectionCount_;
+}
+
+void PlausiProblem::renew(ProblemType type, std::int32_t weight) {
+  type_ = type;
+  weight_ = weight;
+  for (NullableText *text : {&id_, &shortDescription_, &longDescription_, &correctionInfo_, &referenceTopic_,
+                             &exception_, &fieldDisplayName_, &fieldMask_, &fieldValueSpace_}) {
+    text->clear();
+  }
+  referenceField_ = nullptr;
+  referenceFieldIndices_.reset();
+  accessedFields_.clear();
+  sectionCount_ = 0;
+  infoType_ = PROBLEM_INFO_NONE;
+  fieldType_ = FieldTypeText;
+  fieldLength_ = 0;
 }
 
 }  // namespace quorel

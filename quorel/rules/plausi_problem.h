@@ -4,10 +4,13 @@
 // topics of the Plausi, which must outlive the problem's readers.
 //
 // Made by PlausiContext::createProblem and owned by that context; not copied.
+// A context that begins the next record keeps its problems' memory and hands
+// it to the problems of that record (see PlausiContext::reset).
 
 #ifndef QUOREL_RULES_PLAUSI_PROBLEM_H_
 #define QUOREL_RULES_PLAUSI_PROBLEM_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -58,7 +61,7 @@ class PlausiProblem {
 
   // Null becomes "Unbekannter Plausi-Abschnitt".
   void addPlausiSection(const char *name);
-  std::int32_t getNumOfPlausiSections() const { return static_cast<std::int32_t>(sections_.size()); }
+  std::int32_t getNumOfPlausiSections() const { return static_cast<std::int32_t>(sectionCount_); }
   const char *getPlausiSection(std::int32_t index) const { return sections_[index].c_str(); }
 
   void setException(const char *text) { exception_.set(text); }
@@ -79,6 +82,12 @@ class PlausiProblem {
   const char *getFieldValueSpace() const { return fieldValueSpace_.get(); }
 
  private:
+  friend class PlausiContext;
+
+  // Makes this a new problem of the given type and weight, with the memory
+  // of the former one.
+  void renew(ProblemType type, std::int32_t weight);
+
   ProblemType type_;
   std::int32_t weight_;
   NullableText id_;
@@ -89,7 +98,10 @@ class PlausiProblem {
   FieldDescriptor *referenceField_ = nullptr;
   IndexList referenceFieldIndices_;
   std::vector<FieldDescriptor *> accessedFields_;
+  // The first sectionCount_ names are this problem's; those after them keep
+  // memory for the next problem made in this one's place.
   std::vector<std::string> sections_;
+  std::size_t sectionCount_ = 0;
   NullableText exception_;
   ProblemInfoType infoType_ = PROBLEM_INFO_NONE;
   FieldType fieldType_ = FieldTypeText;

@@ -167,8 +167,8 @@ Value *RuntimeContext::createMaterial(MaterialDescriptor *material, std::int32_t
     Value *value;
   };
   // Read the arguments first: copying a comparative value may throw.
-  std::vector<Condition> triples;
-  std::vector<Field *> wanted;
+  std::vector<Condition, PoolAllocator<Condition>> triples;
+  std::vector<Field *, PoolAllocator<Field *>> wanted;
   va_list args;
   va_start(args, fields);
   for (std::int32_t i = 0; i < conditions; ++i) {

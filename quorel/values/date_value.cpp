@@ -1,5 +1,6 @@
 #include "quorel/values/date_value.h"
 
+#include <cstring>
 #include <string>
 
 #include "quorel/masks/util.h"
@@ -30,7 +31,7 @@ DateValue::DateValue(const char *text, const char *mask) {
 }
 
 void DateValue::setMask(const char *mask) {
-  if (mask != nullptr) mask_.set(std::string(mask).substr(0, kMaxMaskLength).c_str());
+  if (mask != nullptr) mask_.set(mask, strnlen(mask, kMaxMaskLength));
 }
 
 const char *DateValue::asString() {

@@ -10,6 +10,8 @@
 #include <list>
 #include <memory>
 
+#include "quorel/values/object_pool.h"
+
 #include "quorel/values/value_iterator.h"
 
 namespace quorel {
@@ -27,7 +29,7 @@ class IteratorIterator : public ValueIterator {
   void keepDeliveredIn(ValueKeeper *keeper) override;
 
  private:
-  std::list<std::unique_ptr<ValueIterator>> iterators_;
+  std::list<std::unique_ptr<ValueIterator>, PoolAllocator<std::unique_ptr<ValueIterator>>> iterators_;
   ValueKeeper *keeper_ = nullptr;
 };
 

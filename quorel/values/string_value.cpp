@@ -8,9 +8,9 @@
 
 namespace quorel {
 
-StringValue::StringValue(const char *text) : text_(text != nullptr ? text : ""), date_{} {}
+StringValue::StringValue(const char *text) : text_(text != nullptr ? text : "") {}
 
-StringValue::StringValue(std::string text) : text_(std::move(text)), date_{} {}
+StringValue::StringValue(std::string text) : text_(std::move(text)) {}
 
 StringValue::StringValue(const char *text, const unsigned char (&byteMap)[256]) : StringValue(text) {
   for (char &c : text_) c = static_cast<char>(byteMap[static_cast<unsigned char>(c)]);
@@ -32,8 +32,9 @@ std::tm *StringValue::asDate() {
   // Read into a fresh tm so that a failure leaves the kept one untouched.
   std::tm parsed{};
   Util::stringToDate(&parsed, text_.c_str(), nullptr);
-  date_ = parsed;
-  return &date_;
+  if (!date_) date_ = std::make_unique<KeptDate>();
+  date_->date = parsed;
+  return &date_->date;
 }
 
 OperatorLevel StringValue::getOperatorLevel() { return STRING_LEVEL; }

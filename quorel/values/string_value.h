@@ -6,8 +6,10 @@
 #ifndef QUOREL_VALUES_STRING_VALUE_H_
 #define QUOREL_VALUES_STRING_VALUE_H_
 
+#include <memory>
 #include <string>
 
+#include "quorel/values/object_pool.h"
 #include "quorel/values/scalar_value.h"
 
 namespace quorel {
@@ -43,8 +45,14 @@ class StringValue : public ScalarValue {
  private:
   int compareTo(Value *other);
 
+  // Made at the first asDate: few texts are read as dates, and every field
+  // read makes a text, so the text stays small.
+  struct KeptDate : Pooled {
+    std::tm date{};
+  };
+
   std::string text_;
-  std::tm date_;
+  std::unique_ptr<KeptDate> date_;
 };
 
 }  // namespace quorel

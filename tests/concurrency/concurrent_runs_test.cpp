@@ -4,6 +4,7 @@
 
 #include <pthread.h>
 
+#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/quorel.h"
+#include "test_support.h"
 
 namespace quorel {
 namespace {
@@ -90,6 +92,74 @@ TEST(ConcurrentRunsTest, FourThreadsCheckRecordsAtOnce) {
     EXPECT_GT(result.problems, 50);
     EXPECT_NE(std::string::npos, result.log.find("\nTRACE: --> Plausi"));
   }
+}
+
+// Every problem of 300 records of differing faults, checked with one
+// context reset record after record, or with a new context for each.
+std::string checkWithContexts(Plausi *rules, bool reuse) {
+  TwoPlaces places;
+  PlausiContext kept(nullptr);
+  std::string transcript;
+  for (int i = 0; i < 300; ++i) {
+    SimpleDataRecord record;
+    record.setValue("Antrag.Antragsnummer", i % 2 ? "AB-123456" : "A-1");
+    if (i % 5 != 0) record.setValue("Antrag.Antragsteller.Name", i % 7 ? "M\xFCller" : "");
+    record.setValue("Antrag.Antragsteller.Geburtsdatum", i % 4 ? "12.03.1980" : "31.02.2030");
+    record.setValue("Antrag.Antragsteller.Familienstand", i % 3 ? "G" : "Q");
+    record.setValue("Antrag.Adresse.PLZ", i % 3 ? "10115" : "999");
+    record.setValue("Antrag.Betrag", i % 6 ? "250,00" : "-1");
+    record.setValue("Antrag.Antragsdatum", "15.01.2024");
+    record.setSize("Antrag.Einkommen", i % 4);
+    for (int k = 0; k < i % 4; ++k) {
+      record.setValue(("Antrag.Einkommen[" + std::to_string(k) + "]").c_str(), k % 2 ? "6.000,00" : "x");
+    }
+    std::unique_ptr<PlausiContext> fresh;
+    PlausiContext *context = &kept;
+    if (reuse) {
+      kept.reset(&record);
+    } else {
+      fresh = std::make_unique<PlausiContext>(&record);
+      context = fresh.get();
+    }
+    context->setFlow("Pruefung");
+    context->setMaterialAccess(&places);
+    transcript += "record " + std::to_string(i);
+    try {
+      rules->perform(context);
+    } catch (const PlausiException &e) {
+      transcript += std::string(" failed ") + e.getMessage();  // the problems so far stay
+    }
+    transcript += " ok " + std::to_string(context->isOk()) + "\n";
+    for (std::int32_t p = 0; p < context->getNumOfProblems(); ++p) {
+      transcript += describeProblem(*context->getProblem(p)) + "\n";
+    }
+  }
+  return transcript;
+}
+
+TEST(ConcurrentRunsTest, AContextResetForEachRecordReportsWhatNewContextsReport) {
+  PlausiLoader loader;
+  Plausi *rules = loader.loadPlausi(QUOREL_ANTRAG_MODULE, "Antrag");
+  std::string expected = checkWithContexts(rules, false);
+  EXPECT_NE(std::string::npos, expected.find("ok 0")) << "the records should fail";
+  EXPECT_NE(std::string::npos, expected.find("ok 1")) << "some records should pass";
+  EXPECT_NE(std::string::npos, expected.find("failed")) << "some runs should fail";
+  loader.unloadPlausi(rules, "Antrag");
+  // On three threads at once, each with its own rule set; two of them take
+  // the memory of their queries, walks and problems from the heap alone.
+  std::vector<std::string> transcripts(3);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 3; ++t) {
+    threads.emplace_back([t, &transcripts] {
+      if (t > 0) ObjectPool::bypassOnThisThread();
+      PlausiLoader own;
+      Plausi *threadRules = own.loadPlausi(QUOREL_ANTRAG_MODULE, "Antrag");
+      transcripts[t] = checkWithContexts(threadRules, t != 1);
+      own.unloadPlausi(threadRules, "Antrag");
+    });
+  }
+  for (std::thread &thread : threads) thread.join();
+  for (const std::string &transcript : transcripts) EXPECT_EQ(expected, transcript);
 }
 
 // Hosts may check on threads with small stacks: a match deeper than such a

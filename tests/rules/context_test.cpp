@@ -9,6 +9,8 @@
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/values/inconvertible_value.h"
 #include "quorel/values/invalid_value.h"
+#include "model/test_tree.h"
+#include "test_support.h"
 
 namespace quorel {
 namespace {
@@ -79,6 +81,72 @@ TEST(PlausiContextTest, OnlyErrorProblemsMakeARunFail) {
   EXPECT_EQ(1, context.getNumOfProblems(static_cast<ProblemType>(2)));
   EXPECT_EQ(error, context.getProblem(2));
   EXPECT_EQ(99, error->getWeight());
+}
+
+void fillEverything(PlausiProblem *p, const char *text, FieldDescriptor *field) {
+  p->setId(text);
+  p->setShortDescription(text);
+  p->setLongDescription(text);
+  p->setCorrectionInfo(text);
+  p->setReferenceTopic(text);
+  p->setException(text);
+  p->setFieldDisplayName(text);
+  p->setFieldMask(text);
+  p->setFieldValueSpace(text);
+  p->setReferenceField(field);
+  p->setReferenceFieldIndices(2, 4, 7);
+  p->addAccessedField(field);
+  p->addAccessedField(field);
+  p->addPlausiSection(text);
+  p->addPlausiSection(nullptr);
+  p->setInfoType(static_cast<ProblemInfoType>(3));
+  p->setFieldType(FieldTypeDate);
+  p->setFieldLength(12);
+}
+
+TEST(PlausiContextTest, AResetContextGivesWhatAFreshOneGives) {
+  StandaloneRoot root;
+  FieldDescriptor *field = root.name;
+  // Records that the context keeps and hands on, never reads.
+  int record1 = 0;
+  int record2 = 0;
+  PlausiContext context(reinterpret_cast<DataRecord *>(&record1));
+  context.setFlow("Pruefung");
+  context.setProblemWeightLevel(3);
+  for (int i = 0; i < 3; ++i) {
+    fillEverything(context.createProblem(PROBLEM_ERROR, 5), "eine recht lange Meldung, die Speicher braucht", field);
+  }
+  context.reset(reinterpret_cast<DataRecord *>(&record2));
+  EXPECT_EQ(0, context.getNumOfProblems());
+  EXPECT_TRUE(context.isOk());
+  EXPECT_EQ(reinterpret_cast<DataRecord *>(&record2), context.getDataRecord());
+  EXPECT_STREQ("Pruefung", context.getFlow());
+  EXPECT_EQ(3, context.getProblemWeightLevel());
+
+  // A problem made in a former one's place reads as a new one, then as a
+  // new one filled alike; the places after it stay unseen.
+  PlausiProblem fresh(static_cast<ProblemType>(2), 1);
+  PlausiProblem *renewed = context.createProblem(static_cast<ProblemType>(2), 1);
+  EXPECT_EQ(describeProblem(fresh), describeProblem(*renewed));
+  fresh.addPlausiSection("kurz");
+  renewed->addPlausiSection("kurz");
+  fresh.setId("A");
+  renewed->setId("A");
+  EXPECT_EQ(describeProblem(fresh), describeProblem(*renewed));
+  EXPECT_EQ(1, context.getNumOfProblems());
+  EXPECT_EQ(0, context.getNumOfProblems(PROBLEM_ERROR));
+  PlausiProblem *second = context.createProblem(PROBLEM_ERROR, 2);
+  fillEverything(second, "x", nullptr);
+  PlausiProblem expected(PROBLEM_ERROR, 2);
+  fillEverything(&expected, "x", nullptr);
+  EXPECT_EQ(describeProblem(expected), describeProblem(*second));
+  EXPECT_EQ(2, context.getNumOfProblems());
+  EXPECT_EQ(1, context.getNumOfProblems(PROBLEM_ERROR));
+  // Beyond the problems kept, new ones are made.
+  context.createProblem(PROBLEM_ERROR, 0);
+  context.createProblem(PROBLEM_ERROR, 0);
+  EXPECT_EQ(4, context.getNumOfProblems());
+  EXPECT_EQ(describeProblem(PlausiProblem(PROBLEM_ERROR, 0)), describeProblem(*context.getProblem(3)));
 }
 
 TEST(PlausiProblemTest, TextsAreCopiedAndNullChangesNothing) {
