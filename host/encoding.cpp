@@ -59,31 +59,24 @@ long decode(std::string_view text, std::size_t *i) {
   return static_cast<long>(code);
 }
 
-// The length of the run of ASCII that text begins with, looked at eight
-// bytes at a time.
-std::size_t asciiRun(std::string_view text) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080u;
-  std::size_t ascii = 0;
-  for (std::uint64_t word; ascii + sizeof word <= text.size(); ascii += sizeof word) {
-    std::memcpy(&word, text.data() + ascii, sizeof word);
-    if ((word & kHighBits) != 0) break;
-  }
-  while (ascii < text.size() && static_cast<unsigned char>(text[ascii]) < 0x80) ++ascii;
-  return ascii;
-}
-
 }  // namespace
 
 char *writeUtf8(char *at, std::string_view text) {
-  while (!text.empty()) {
-    // Runs of ASCII, most of any text, go over in one piece.
-    std::size_t ascii = asciiRun(text);
-    std::memcpy(at, text.data(), ascii);
-    at += ascii;
-    if (ascii == text.size()) break;
-    auto byte = static_cast<unsigned char>(text[ascii]);
-    text.remove_prefix(ascii + 1);
-    if (byte < 0xA0) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+  const char *from = text.data();
+  const char *end = from + text.size();
+  while (from != end) {
+    // ASCII, most of any text, goes over eight bytes at a time.
+    for (std::uint64_t word; end - from >= 8; from += 8, at += 8) {
+      std::memcpy(&word, from, sizeof word);
+      if ((word & kHighBits) != 0) break;
+      std::memcpy(at, &word, sizeof word);
+    }
+    if (from == end) break;
+    auto byte = static_cast<unsigned char>(*from++);
+    if (byte < 0x80) {
+      *at++ = static_cast<char>(byte);
+    } else if (byte < 0xA0) {
       at = writeCodePoint(at, kHighControls[byte - 0x80] != 0 ? kHighControls[byte - 0x80] : 0xFFFD);
     } else {
       at = writeCodePoint(at, byte);

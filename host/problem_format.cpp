@@ -259,39 +259,39 @@ class JsonLinesFormat : public ProblemFormat {
   }
   // ,"name": for the column of kProblemColumns, without the comma first.
   void key(int column, Appender *out) const { out->put(keys_[static_cast<std::size_t>(column)]); }
-  // A Windows-1252 text as a JSON string of UTF-8. What needs no escape
-  // goes over in runs.
+  // A Windows-1252 text as a JSON string of UTF-8. Bytes that need neither
+  // an escape nor conversion go over eight at a time.
   static void string(std::string_view text, Appender *out) {
     static_assert(kEscapedGrowth >= kUtf8Growth, "an escaped byte takes the most room");
-    char *at = out->reserve(kEscapedGrowth * text.size() + 2);
-    *at++ = '"';
-    while (true) {
-      std::size_t plain = plainRun(text);
-      at = writeUtf8(at, text.substr(0, plain));
-      if (plain == text.size()) break;
-      at = escape(static_cast<unsigned char>(text[plain]), at);
-      text.remove_prefix(plain + 1);
-    }
-    *at++ = '"';
-    out->wrote(at);
-  }
-  // The length of the run that text begins with of bytes that JSON takes as
-  // they are (once in UTF-8): all but controls, '"' and '\', looked at
-  // eight bytes at a time.
-  static std::size_t plainRun(std::string_view text) {
     constexpr std::uint64_t kOnes = 0x0101010101010101u, kHighBits = 0x8080808080808080u;
     // Whether a byte of the word is below n (n at most 0x80).
     auto below = [](std::uint64_t word, std::uint64_t n) { return (word - kOnes * n) & ~word & kHighBits; };
-    std::size_t plain = 0;
-    for (std::uint64_t word; plain + sizeof word <= text.size(); plain += sizeof word) {
-      std::memcpy(&word, text.data() + plain, sizeof word);
-      if ((below(word, 0x20) | below(word ^ (kOnes * '"'), 1) | below(word ^ (kOnes * '\\'), 1)) != 0) break;
+    char *at = out->reserve(kEscapedGrowth * text.size() + 2);
+    *at++ = '"';
+    const char *from = text.data();
+    const char *end = from + text.size();
+    while (from != end) {
+      for (std::uint64_t word; end - from >= 8; from += 8, at += 8) {
+        std::memcpy(&word, from, sizeof word);
+        if (((word & kHighBits) | below(word, 0x20) | below(word ^ (kOnes * '"'), 1) |
+             below(word ^ (kOnes * '\\'), 1)) != 0) {
+          break;
+        }
+        std::memcpy(at, &word, sizeof word);
+      }
+      if (from == end) break;
+      auto byte = static_cast<unsigned char>(*from);
+      if (byte >= 0x80) {
+        at = writeUtf8(at, std::string_view(from, 1));
+      } else if (byte < 0x20 || byte == '"' || byte == '\\') {
+        at = escape(byte, at);
+      } else {
+        *at++ = static_cast<char>(byte);
+      }
+      ++from;
     }
-    for (; plain < text.size(); ++plain) {
-      auto byte = static_cast<unsigned char>(text[plain]);
-      if (byte < 0x20 || byte == '"' || byte == '\\') break;
-    }
-    return plain;
+    *at++ = '"';
+    out->wrote(at);
   }
   // A control, '"' or '\' escaped at `at`; the end of it.
   static char *escape(unsigned char byte, char *at) {
