@@ -53,6 +53,23 @@ TEST(CsvReaderTest, QuotesSeparatorsAndLines) {
   EXPECT_EQ("\xFC\xDF", bytes[1][0]);
 }
 
+TEST(CsvReaderTest, EveryByteBesideSeparatorsAtEveryPlaceOfAWord) {
+  for (char separator : {';', ','}) {
+    for (int byte = 1; byte < 256; ++byte) {
+      char c = static_cast<char>(byte);
+      if (c == '\n' || c == '\r' || c == '"' || c == separator) continue;
+      for (std::size_t before = 0; before < 8; ++before) {
+        std::vector<std::string> row = {std::string(before, 'x'), "", std::string(1, c), std::string(2, c), "", "y" + std::string(1, c)};
+        std::string line = row[0];
+        for (std::size_t k = 1; k < row.size(); ++k) line += separator + row[k];
+        auto rows = readAll("h" + std::string(1, separator) + "h\n" + line + "\n");
+        ASSERT_EQ(2u, rows.size());
+        ASSERT_EQ(row, rows[1]) << byte << " after " << before;
+      }
+    }
+  }
+}
+
 TEST(CsvReaderTest, LinesAcrossTheReadChunksOfTheInput) {
   // Rows of growing length, so that line ends of every kind fall on and
   // around the edges of the chunks the reader takes in (64 KiB), one row
