@@ -60,6 +60,7 @@
 #include "quorel/host/ordered_slices.h"
 #include "quorel/host/problem_format.h"
 #include "quorel/host/record_layout.h"
+#include "quorel/host/row_record.h"
 #include "quorel/host/sql/sql_source.h"
 #include "quorel/host/table_material_access.h"
 #ifdef QUOREL_HOST_SQL
@@ -284,14 +285,13 @@ class alignas(64) Worker {
 
  private:
   void check(const quorel::host::Row &row, Slot *slot) {
-    quorel::SimpleDataRecord record;
-    std::string error;
-    if (!layout_.fill(row, &record, &error)) {
+    quorel::host::RowRecord *record = quorel::host::RowRecord::renewed(&record_);
+    if (!layout_.fill(row, record, &error_)) {
       counts_.add({}, 0, false);
-      failure(row.place, error, slot);
+      failure(row.place, error_, slot);
       return;
     }
-    checker_->check(&record, &outcome_);
+    checker_->check(record, &outcome_);
     if (outcome_.failed) failure(row.place, outcome_.failure(), slot);
 #ifdef QUOREL_HOST_SQL
     if (table_ != nullptr) table_->appendRecord(row.place, outcome_.problems, &slot->tableRows);
@@ -312,6 +312,9 @@ class alignas(64) Worker {
   const quorel::host::ProblemFormat &format_;
   const ProblemTable *table_;
   std::unique_ptr<quorel::host::Checker> checker_;
+  // Filled row after row.
+  std::unique_ptr<quorel::host::RowRecord> record_;
+  std::string error_;
   quorel::host::Outcome outcome_;
   quorel::host::Summary counts_;
 };

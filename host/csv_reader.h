@@ -21,6 +21,7 @@
 #include <deque>
 #include <istream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -34,9 +35,9 @@ class CsvReader {
 
   explicit CsvReader(std::istream &in) : in_(in) {}
 
-  // Reads the next row into cells; false at the end of the input or when it
-  // cannot be read. A row with an unclosed quote sets error() and is given
-  // as read on its first line.
+  // Reads the next row into cells, reusing the strings they hold; false at
+  // the end of the input or when it cannot be read. A row with an unclosed
+  // quote sets error() and is given as read on its first line.
   bool next(std::vector<std::string> *cells);
   // The line on which the last row began, from 1.
   std::int64_t line() const { return rowLine_; }
@@ -49,14 +50,29 @@ class CsvReader {
 
  private:
   // The next line without its end into *text, and its number into
-  // *number; false at the end or on a failure.
-  bool readLine(std::string *text, std::int64_t *number);
+  // *number; false at the end or on a failure. The text lies in the buffer
+  // or in spill_, valid until the next call.
+  bool readLine(std::string_view *text, std::int64_t *number);
+  // Where the line from begin ends within the buffer: its first '\n' or
+  // '\r', or end.
+  const char *lineEnd(const char *begin, const char *end);
   // Reads the next chunk of the input; false at its end or on a failure.
   bool refill();
+  // Splits a line that holds a quote into cells, reading on while a quoted
+  // cell runs to the lines after it.
+  bool splitQuoted(std::string_view line, std::vector<std::string> *cells);
 
   std::istream &in_;
   std::string buffer_;
   std::size_t position_ = 0;
+  // The first '\n' at or after position_, once looked for in this chunk:
+  // a file of lone "\r" ends is not searched to its chunk's end per line.
+  std::size_t newline_ = 0;
+  bool newlineKnown_ = false;
+  // A line that did not lie in one chunk, or was read again.
+  std::string spill_;
+  // The lines of a row with a quoted cell, joined.
+  std::string joined_;
   bool ended_ = false;
   bool failed_ = false;
   std::string failure_;

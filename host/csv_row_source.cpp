@@ -32,10 +32,24 @@ std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::s
   return source;
 }
 
+namespace {
+
+// Whether the text is ASCII without a NUL, which reads the same in UTF-8
+// and Windows-1252.
+bool plainAscii(const std::string &text) {
+  for (char c : text) {
+    if (static_cast<unsigned char>(c) - 1u >= 0x7Fu) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 bool CsvRowSource::decode(std::vector<std::string> *cells, std::string *error) const {
   if (encoding_ != FileEncoding::kUtf8) return true;
   std::string text;
   for (std::size_t i = 0; i < cells->size(); ++i) {
+    if (plainAscii((*cells)[i])) continue;
     std::size_t offset = 0;
     if (!fromUtf8((*cells)[i], &text, &offset)) {
       // The column's own name is Windows-1252 by now (the header's cells are

@@ -1,6 +1,7 @@
 #include "quorel/host/encoding.h"
 
 #include <cstdint>
+#include <cstring>
 
 namespace quorel {
 namespace host {
@@ -14,17 +15,19 @@ const std::uint16_t kHighControls[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E,
                                          0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                          0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
-void appendCodePoint(std::string *out, unsigned code) {
+// A code point below 0x10000 in UTF-8 at `at`; the end of it.
+char *writeCodePoint(char *at, unsigned code) {
   if (code < 0x80) {
-    *out += static_cast<char>(code);
+    *at++ = static_cast<char>(code);
   } else if (code < 0x800) {
-    *out += static_cast<char>(0xC0 | (code >> 6));
-    *out += static_cast<char>(0x80 | (code & 0x3F));
+    *at++ = static_cast<char>(0xC0 | (code >> 6));
+    *at++ = static_cast<char>(0x80 | (code & 0x3F));
   } else {
-    *out += static_cast<char>(0xE0 | (code >> 12));
-    *out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    *out += static_cast<char>(0x80 | (code & 0x3F));
+    *at++ = static_cast<char>(0xE0 | (code >> 12));
+    *at++ = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+    *at++ = static_cast<char>(0x80 | (code & 0x3F));
   }
+  return at;
 }
 
 // The Windows-1252 byte of a code point, or -1.
@@ -58,21 +61,35 @@ long decode(std::string_view text, std::size_t *i) {
 
 }  // namespace
 
-void appendUtf8(std::string *out, std::string_view text) {
-  while (!text.empty()) {
-    // Runs of ASCII, most of any text, go over in one piece.
-    std::size_t ascii = 0;
-    while (ascii < text.size() && static_cast<unsigned char>(text[ascii]) < 0x80) ++ascii;
-    out->append(text.data(), ascii);
-    if (ascii == text.size()) return;
-    auto byte = static_cast<unsigned char>(text[ascii]);
-    text.remove_prefix(ascii + 1);
-    if (byte < 0xA0) {
-      appendCodePoint(out, kHighControls[byte - 0x80] != 0 ? kHighControls[byte - 0x80] : 0xFFFD);
+char *writeUtf8(char *at, std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+  const char *from = text.data();
+  const char *end = from + text.size();
+  while (from != end) {
+    // ASCII, most of any text, goes over eight bytes at a time.
+    for (std::uint64_t word; end - from >= 8; from += 8, at += 8) {
+      std::memcpy(&word, from, sizeof word);
+      if ((word & kHighBits) != 0) break;
+      std::memcpy(at, &word, sizeof word);
+    }
+    if (from == end) break;
+    auto byte = static_cast<unsigned char>(*from++);
+    if (byte < 0x80) {
+      *at++ = static_cast<char>(byte);
+    } else if (byte < 0xA0) {
+      at = writeCodePoint(at, kHighControls[byte - 0x80] != 0 ? kHighControls[byte - 0x80] : 0xFFFD);
     } else {
-      appendCodePoint(out, byte);
+      at = writeCodePoint(at, byte);
     }
   }
+  return at;
+}
+
+void appendUtf8(std::string *out, std::string_view text) {
+  std::size_t start = out->size();
+  out->resize(start + kUtf8Growth * text.size());
+  char *end = writeUtf8(&(*out)[start], text);
+  out->resize(static_cast<std::size_t>(end - out->data()));
 }
 
 void appendUtf8(std::string *out, const char *text) {

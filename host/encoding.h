@@ -16,6 +16,10 @@ namespace host {
 void appendUtf8(std::string *out, const char *text);
 void appendUtf8(std::string *out, std::string_view text);
 std::string toUtf8(const char *text);
+// The same written at `at`, which has room for kUtf8Growth bytes per byte
+// of text; gives the end of what it wrote.
+constexpr std::size_t kUtf8Growth = 3;
+char *writeUtf8(char *at, std::string_view text);
 
 // Converts UTF-8 to Windows-1252 into *out. False when the input is no valid
 // UTF-8 or holds a character that Windows-1252 lacks; *offset is then the

@@ -1,8 +1,12 @@
 #include "quorel/host/problem_format.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -13,78 +17,130 @@ namespace host {
 
 namespace {
 
-void appendNumber(std::string *out, std::int64_t number) {
-  char digits[24];
-  auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-  out->append(digits, end);
-}
+// Writes pieces at the end of a string through a pointer. The string is
+// grown a step ahead of what is written, so that a piece costs a comparison
+// rather than a call into the string; it is given its written length when
+// the appender goes.
+class Appender {
+ public:
+  explicit Appender(std::string *out) : out_(out), at_(out->data() + out->size()), end_(at_) {}
+  ~Appender() { out_->resize(static_cast<std::size_t>(at_ - out_->data())); }
 
-void appendUtf8(std::string *out, const std::optional<std::string> &text) {
-  if (text) host::appendUtf8(out, std::string_view(*text));
-}
+  Appender(const Appender &) = delete;
+  Appender &operator=(const Appender &) = delete;
+
+  void put(char c) {
+    room(1);
+    *at_++ = c;
+  }
+  void put(std::string_view text) {
+    room(text.size());
+    std::memcpy(at_, text.data(), text.size());
+    at_ += text.size();
+  }
+  void number(std::int64_t number) {
+    room(kDigits);
+    at_ = std::to_chars(at_, at_ + kDigits, number).ptr;
+  }
+  // A Windows-1252 text as UTF-8.
+  void utf8(std::string_view text) {
+    room(kUtf8Growth * text.size());
+    at_ = writeUtf8(at_, text);
+  }
+  void utf8(const std::optional<std::string> &text) {
+    if (text) utf8(std::string_view(*text));
+  }
+  // Room for n bytes at the end, to write through at() and then
+  // wrote(end).
+  char *reserve(std::size_t n) {
+    room(n);
+    return at_;
+  }
+  void wrote(char *end) { at_ = end; }
+
+ private:
+  static constexpr std::size_t kDigits = 20;  // of a 64-bit number and its sign
+  static constexpr std::size_t kAhead = 1024;
+
+  void room(std::size_t n) {
+    if (static_cast<std::size_t>(end_ - at_) < n) grow(n);
+  }
+  void grow(std::size_t n) {
+    std::size_t written = static_cast<std::size_t>(at_ - out_->data());
+    out_->resize(written + n + kAhead);
+    at_ = out_->data() + written;
+    end_ = out_->data() + out_->size();
+  }
+
+  std::string *out_;
+  char *at_;
+  char *end_;
+};
 
 std::string counted(std::int64_t n, const char *one, const char *many) {
   return std::to_string(n) + " " + (n == 1 ? one : many);
 }
 
-void appendPlace(const Place &place, std::string *out) {
-  *out += place.line > 0 ? "line " : "record ";
-  appendNumber(out, place.line > 0 ? place.line : place.record);
-  *out += ": ";
+void appendPlace(const Place &place, Appender *out) {
+  out->put(place.line > 0 ? "line " : "record ");
+  out->number(place.line > 0 ? place.line : place.record);
+  out->put(": ");
 }
 
 class TextFormat : public ProblemFormat {
  public:
-  void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *out) const override {
+  void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *text) const override {
+    Appender out(text);
     for (const Problem &p : problems) {
-      appendPlace(place, out);
+      appendPlace(place, &out);
       // Type 2 is a hint by the bundled modules' convention; other types
       // are the module's own.
       if (p.type == PROBLEM_ERROR || p.type == 2) {
-        *out += p.type == PROBLEM_ERROR ? "error " : "hint ";
+        out.put(p.type == PROBLEM_ERROR ? "error " : "hint ");
       } else {
-        *out += "type ";
-        appendNumber(out, p.type);
-        *out += ' ';
+        out.put("type ");
+        out.number(p.type);
+        out.put(' ');
       }
-      appendUtf8(out, p.id);
-      *out += " (weight ";
-      appendNumber(out, p.weight);
-      *out += "): ";
-      appendUtf8(out, p.text);
-      *out += '\n';
+      out.utf8(p.id);
+      out.put(" (weight ");
+      out.number(p.weight);
+      out.put("): ");
+      out.utf8(p.text);
+      out.put('\n');
       if (p.details) {
-        *out += "  ";
-        appendUtf8(out, p.details);
-        *out += '\n';
+        out.put("  ");
+        out.utf8(p.details);
+        out.put('\n');
       }
       if (!p.field.empty()) {
-        *out += "  field: ";
-        host::appendUtf8(out, std::string_view(p.field));
-        *out += '\n';
+        out.put("  field: ");
+        out.utf8(std::string_view(p.field));
+        out.put('\n');
       }
       if (!p.accessed.empty()) {
-        *out += "  read:";
+        out.put("  read:");
         for (const std::string &field : p.accessed) {
-          *out += ' ';
-          host::appendUtf8(out, std::string_view(field));
+          out.put(' ');
+          out.utf8(std::string_view(field));
         }
-        *out += '\n';
+        out.put('\n');
       }
-      *out += "  sections:";
+      out.put("  sections:");
       for (std::size_t s = 0; s < p.sections.size(); ++s) {
-        *out += s > 0 ? " < " : " ";
-        host::appendUtf8(out, std::string_view(p.sections[s]));
+        out.put(s > 0 ? " < " : " ");
+        out.utf8(std::string_view(p.sections[s]));
       }
-      *out += '\n';
+      out.put('\n');
     }
   }
 
-  void appendFailure(const Place &place, const std::string &message, std::string *out) const override {
-    appendPlace(place, out);
-    *out += "not checked: ";
-    host::appendUtf8(out, std::string_view(message));
-    *out += '\n';
+  void appendFailure(const Place &place, const std::string &message, std::string *text) const override {
+    Appender out(text);
+    appendPlace(place, &out);
+    out.put("not checked: ");
+    out.utf8(std::string_view(message));
+    out.put('\n');
   }
 
   // The table of ids first, so that the counts stay the last line.
@@ -119,50 +175,58 @@ class TextFormat : public ProblemFormat {
 // escaped as JSON requires; everything else passes as UTF-8.
 class JsonLinesFormat : public ProblemFormat {
  public:
-  void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *out) const override {
-    for (const Problem &p : problems) {
-      start(place, out);
-      key(2, out);
-      text(p.id, out);
-      key(3, out);
-      appendNumber(out, p.type);
-      key(4, out);
-      appendNumber(out, p.weight);
-      key(5, out);
-      text(p.text, out);
-      key(6, out);
-      text(p.details, out);
-      key(7, out);
-      if (p.field.empty()) {
-        *out += "null";
-      } else {
-        string(p.field, out);
-      }
-      key(8, out);
-      *out += '[';
-      for (std::size_t i = 0; i < p.fieldIndices.size(); ++i) {
-        if (i > 0) *out += ',';
-        appendNumber(out, p.fieldIndices[i]);
-      }
-      *out += ']';
-      key(9, out);
-      texts(p.accessed, out);
-      key(10, out);
-      texts(p.sections, out);
-      key(11, out);
-      *out += "null}\n";
+  JsonLinesFormat() {
+    for (int i = 0; i < kProblemColumnCount; ++i) {
+      keys_[static_cast<std::size_t>(i)] = (i > 0 ? ",\"" : "\"") + std::string(kProblemColumns[i]) + "\":";
     }
   }
 
-  void appendFailure(const Place &place, const std::string &message, std::string *out) const override {
-    start(place, out);
-    for (int column = 2; column < kProblemColumnCount - 1; ++column) {
-      key(column, out);
-      *out += column >= 8 ? "[]" : "null";  // field_indices, accessed, sections are lists
+  void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *text) const override {
+    Appender out(text);
+    for (const Problem &p : problems) {
+      start(place, &out);
+      key(2, &out);
+      nullable(p.id, &out);
+      key(3, &out);
+      out.number(p.type);
+      key(4, &out);
+      out.number(p.weight);
+      key(5, &out);
+      nullable(p.text, &out);
+      key(6, &out);
+      nullable(p.details, &out);
+      key(7, &out);
+      if (p.field.empty()) {
+        out.put("null");
+      } else {
+        string(std::string_view(p.field), &out);
+      }
+      key(8, &out);
+      out.put('[');
+      for (std::size_t i = 0; i < p.fieldIndices.size(); ++i) {
+        if (i > 0) out.put(',');
+        out.number(p.fieldIndices[i]);
+      }
+      out.put(']');
+      key(9, &out);
+      strings(p.accessed, &out);
+      key(10, &out);
+      strings(p.sections, &out);
+      key(11, &out);
+      out.put("null}\n");
     }
-    key(kProblemColumnCount - 1, out);
-    string(message, out);
-    *out += "}\n";
+  }
+
+  void appendFailure(const Place &place, const std::string &message, std::string *text) const override {
+    Appender out(text);
+    start(place, &out);
+    for (int column = 2; column < kProblemColumnCount - 1; ++column) {
+      key(column, &out);
+      out.put(column >= 8 ? "[]" : "null");  // field_indices, accessed, sections are lists
+    }
+    key(kProblemColumnCount - 1, &out);
+    string(std::string_view(message), &out);
+    out.put("}\n");
   }
 
   void appendSummary(const Summary &summary, std::string *out) const override {
@@ -176,66 +240,91 @@ class JsonLinesFormat : public ProblemFormat {
   }
 
  private:
+  // At most "\u001f" for a byte.
+  static constexpr std::size_t kEscapedGrowth = 6;
+
+  std::array<std::string, kProblemColumnCount> keys_;
+
   // {"record":2,"line":3 (or null)
-  static void start(const Place &place, std::string *out) {
-    *out += '{';
+  void start(const Place &place, Appender *out) const {
+    out->put('{');
     key(0, out);
-    appendNumber(out, place.record);
+    out->number(place.record);
     key(1, out);
     if (place.line > 0) {
-      appendNumber(out, place.line);
+      out->number(place.line);
     } else {
-      *out += "null";
+      out->put("null");
     }
   }
   // ,"name": for the column of kProblemColumns, without the comma first.
-  static void key(int column, std::string *out) {
-    if (column > 0) *out += ',';
-    *out += '"';
-    *out += kProblemColumns[column];
-    *out += "\":";
-  }
-  // A Windows-1252 text as a JSON string of UTF-8.
-  static void string(const std::string &text, std::string *out) {
-    thread_local std::string utf8;
-    utf8.clear();
-    host::appendUtf8(&utf8, std::string_view(text));
-    *out += '"';
-    for (char c : utf8) {
-      auto byte = static_cast<unsigned char>(c);
-      if (c == '"' || c == '\\') {
-        *out += '\\';
-        *out += c;
-      } else if (byte >= 0x20) {
-        *out += c;
-      } else {
-        static const char *const kShort[] = {"\\b", "\\t", "\\n", nullptr, "\\f", "\\r"};
-        const char *shortForm = byte >= 8 && byte <= 13 ? kShort[byte - 8] : nullptr;
-        if (shortForm != nullptr) {
-          *out += shortForm;
-        } else {
-          char escaped[8];
-          std::snprintf(escaped, sizeof escaped, "\\u%04x", byte);
-          *out += escaped;
+  void key(int column, Appender *out) const { out->put(keys_[static_cast<std::size_t>(column)]); }
+  // A Windows-1252 text as a JSON string of UTF-8. Bytes that need neither
+  // an escape nor conversion go over eight at a time.
+  static void string(std::string_view text, Appender *out) {
+    static_assert(kEscapedGrowth >= kUtf8Growth, "an escaped byte takes the most room");
+    constexpr std::uint64_t kOnes = 0x0101010101010101u, kHighBits = 0x8080808080808080u;
+    // Whether a byte of the word is below n (n at most 0x80).
+    auto below = [](std::uint64_t word, std::uint64_t n) { return (word - kOnes * n) & ~word & kHighBits; };
+    char *at = out->reserve(kEscapedGrowth * text.size() + 2);
+    *at++ = '"';
+    const char *from = text.data();
+    const char *end = from + text.size();
+    while (from != end) {
+      for (std::uint64_t word; end - from >= 8; from += 8, at += 8) {
+        std::memcpy(&word, from, sizeof word);
+        if (((word & kHighBits) | below(word, 0x20) | below(word ^ (kOnes * '"'), 1) |
+             below(word ^ (kOnes * '\\'), 1)) != 0) {
+          break;
         }
+        std::memcpy(at, &word, sizeof word);
       }
+      if (from == end) break;
+      auto byte = static_cast<unsigned char>(*from);
+      if (byte >= 0x80) {
+        at = writeUtf8(at, std::string_view(from, 1));
+      } else if (byte < 0x20 || byte == '"' || byte == '\\') {
+        at = escape(byte, at);
+      } else {
+        *at++ = static_cast<char>(byte);
+      }
+      ++from;
     }
-    *out += '"';
+    *at++ = '"';
+    out->wrote(at);
   }
-  static void text(const std::optional<std::string> &text, std::string *out) {
-    if (text) {
-      string(*text, out);
+  // A control, '"' or '\' escaped at `at`; the end of it.
+  static char *escape(unsigned char byte, char *at) {
+    static const char kShort[] = "btn\0fr";  // for 8 to 13, none for 11
+    *at++ = '\\';
+    if (byte == '"' || byte == '\\') {
+      *at++ = static_cast<char>(byte);
+    } else if (byte >= 8 && byte <= 13 && byte != 11) {
+      *at++ = kShort[byte - 8];
     } else {
-      *out += "null";
+      static const char kHex[] = "0123456789abcdef";
+      std::memcpy(at, "u00", 3);
+      at[3] = kHex[byte >> 4];
+      at[4] = kHex[byte & 0xF];
+      at += 5;
+    }
+    return at;
+  }
+  // A text or null.
+  static void nullable(const std::optional<std::string> &text, Appender *out) {
+    if (text) {
+      string(std::string_view(*text), out);
+    } else {
+      out->put("null");
     }
   }
-  static void texts(const std::vector<std::string> &texts, std::string *out) {
-    *out += '[';
+  static void strings(const std::vector<std::string> &texts, Appender *out) {
+    out->put('[');
     for (std::size_t i = 0; i < texts.size(); ++i) {
-      if (i > 0) *out += ',';
-      string(texts[i], out);
+      if (i > 0) out->put(',');
+      string(std::string_view(texts[i]), out);
     }
-    *out += ']';
+    out->put(']');
   }
 };
 

@@ -12,7 +12,12 @@ namespace host {
 
 RecordLayout::RecordLayout(const std::vector<std::string> &columns) {
   columns_.reserve(columns.size());
-  for (const std::string &name : columns) columns_.push_back({name, arrayOf(name)});
+  std::set<std::int32_t> keys;
+  for (const std::string &name : columns) {
+    std::string array = arrayOf(name);
+    std::int32_t key = array.empty() ? SimpleDataRecord::keyOf(name.c_str()) : SimpleDataRecord::keyOfSize(array.c_str());
+    columns_.push_back({name, std::move(array), key, keys.insert(key).second});
+  }
 }
 
 std::vector<std::string> RecordLayout::checkColumns(Plausi *plausi) const {
@@ -56,12 +61,16 @@ std::string RecordLayout::arrayOf(const std::string &column) {
   return column.substr(0, column.size() - 1);
 }
 
+bool RecordLayout::sizeWithin(const std::string &array, std::int64_t size, const std::string &text,
+                               std::string *error) {
+  if (size >= 0 && size <= kMaxArraySize) return true;
+  *error = "the size " + array + "# is not a whole number from 0 to " + std::to_string(kMaxArraySize) + ": " + text;
+  return false;
+}
+
 bool RecordLayout::setSize(const std::string &array, std::int64_t size, const std::string &text,
                            SimpleDataRecord *record, std::string *error) {
-  if (size < 0 || size > kMaxArraySize) {
-    *error = "the size " + array + "# is not a whole number from 0 to " + std::to_string(kMaxArraySize) + ": " + text;
-    return false;
-  }
+  if (!sizeWithin(array, size, text, error)) return false;
   record->setSize(array.c_str(), static_cast<std::int32_t>(size));
   return true;
 }
@@ -76,22 +85,28 @@ bool RecordLayout::fill(const Row &row, SimpleDataRecord *record, std::string *e
 
 bool RecordLayout::fill(const std::vector<std::string> &cells, SimpleDataRecord *record,
                         std::string *error) const {
-  for (std::size_t i = 0; i < columns_.size() && i < cells.size(); ++i) {
+  static const std::string kMissing;
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
     const Column &column = columns_[i];
-    const std::string &cell = cells[i];
-    if (cell.empty()) continue;
+    // A row short of cells empties the fields of the columns it lacks.
+    const std::string &cell = i < cells.size() ? cells[i] : kMissing;
+    if (cell.empty()) {
+      if (column.firstOfKey) record->setValueAt(column.key, static_cast<const char *>(nullptr));
+      continue;
+    }
     if (cell.find('\0') != std::string::npos) {
       *error = "column " + column.name + ": the cell holds a NUL byte";
       return false;
     }
     if (column.array.empty()) {
-      record->setValue(column.name.c_str(), cell.c_str());
+      record->setValueAt(column.key, cell.c_str());
       continue;
     }
     std::int64_t size = -1;
     auto [end, fault] = std::from_chars(cell.data(), cell.data() + cell.size(), size);
     if (fault != std::errc() || end != cell.data() + cell.size()) size = -1;
-    if (!setSize(column.array, size, cell, record, error)) return false;
+    if (!sizeWithin(column.array, size, cell, error)) return false;
+    record->setValueAt(column.key, size);
   }
   return true;
 }

@@ -1,8 +1,10 @@
 // RecordLayout: how the cells of a table row fill a SimpleDataRecord. Each
 // column is named by the hierarchy text of a field (Antrag.Kinder[1].Vorname);
 // a name ending in "#" gives the size of the array before it (Antrag.Kinder#);
-// an empty cell leaves its field empty. Texts go in as they are
-// (Windows-1252).
+// an empty cell empties its field. Texts go in as they are (Windows-1252).
+// Where the record keeps each column is worked out once, so that filling a
+// record costs no hashing of names; and since every column sets or empties
+// its field, one record can be filled row after row (see RowRecord).
 
 #ifndef QUOREL_HOST_RECORD_LAYOUT_H_
 #define QUOREL_HOST_RECORD_LAYOUT_H_
@@ -26,7 +28,8 @@ class RecordLayout {
  public:
   explicit RecordLayout(const std::vector<std::string> &columns);
 
-  // Fills the record from the cells of one row, by position. A size that is
+  // Fills the record from the cells of one row, by position: what the
+  // record held under the columns' names before is replaced. A size that is
   // not a whole number from 0 to kMaxArraySize, or a cell holding a NUL byte
   // (which would end the library's text there), makes it false, with a
   // message (Windows-1252) in *error; the record is then incomplete.
@@ -57,7 +60,15 @@ class RecordLayout {
   struct Column {
     std::string name;
     std::string array;  // for a size column
+    std::int32_t key;   // the record's key of the field or of the size
+    // Whether no column before has the key (the same name, or one of the
+    // same hash): later ones that are empty leave its value alone.
+    bool firstOfKey;
   };
+
+  // Whether size is within the bounds of setSize, with its message if not.
+  static bool sizeWithin(const std::string &array, std::int64_t size, const std::string &text, std::string *error);
+
   std::vector<Column> columns_;
 };
 

@@ -118,14 +118,16 @@ TableMaterialAccess::Table *TableMaterialAccess::tableOf(MaterialDescriptor *mat
   return it == tables_.end() ? nullptr : it->second.get();
 }
 
-std::vector<TableMaterialAccess::Term> TableMaterialAccess::termsOf(RecordFilter *filter) {
-  std::vector<Term> terms;
-  for (std::int32_t i = 0; i < filter->getNumOfConditions(); ++i) {
-    FilterCondition *condition = filter->getCondition(i);
-    terms.push_back({condition->getField()->getHierarchyText(), condition->getOperatorType(),
-                     condition->getComparativeValue()});
+void TableMaterialAccess::termsOf(RecordFilter *filter, std::vector<Term> *terms) {
+  terms->resize(static_cast<std::size_t>(filter->getNumOfConditions()));
+  for (std::size_t i = 0; i < terms->size(); ++i) {
+    FilterCondition *condition = filter->getCondition(static_cast<std::int32_t>(i));
+    Term &term = (*terms)[i];
+    term.field.clear();
+    condition->getField()->appendHierarchyText(&term.field);
+    term.op = condition->getOperatorType();
+    term.value = condition->getComparativeValue();
   }
-  return terms;
 }
 
 template <typename Visit>
@@ -137,7 +139,8 @@ void TableMaterialAccess::select(Table *table, const std::vector<Term> &terms, V
     return true;
   };
   std::string name, key;
-  std::vector<const std::string *> fields;
+  thread_local std::vector<const std::string *> fields;
+  fields.clear();
   // Only a leading run of text equalities is indexed: a row that one of them
   // excludes would then not have met the later conditions in a scan either,
   // whose comparisons might throw.
@@ -183,7 +186,8 @@ bool TableMaterialAccess::containsValues(MaterialDescriptor *material, RecordFil
                                          ValueSet *values) {
   Table *table = tableOf(material);
   if (table == nullptr) return false;
-  std::vector<Term> terms = termsOf(filter);
+  thread_local std::vector<Term> terms;
+  termsOf(filter, &terms);
   for (std::int32_t i = 0; i < fields->getNumOfFields(); ++i) {
     terms.push_back({fields->getField(i)->getHierarchyText(), OPERATOR_EQUAL, values->getValue(i)});
   }
@@ -196,7 +200,9 @@ void TableMaterialAccess::readRecords(DataRecordSet *result, MaterialDescriptor 
                                       FieldSet *) {
   Table *table = tableOf(material);
   if (table == nullptr) return;
-  select(table, termsOf(filter), [result](SimpleDataRecord *row) {
+  thread_local std::vector<Term> terms;
+  termsOf(filter, &terms);
+  select(table, terms, [result](SimpleDataRecord *row) {
     result->addDataRecord(row);
     return true;
   });

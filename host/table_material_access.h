@@ -66,7 +66,9 @@ class TableMaterialAccess : public MaterialAccess {
   struct Table;
   struct Term;
   Table *tableOf(MaterialDescriptor *material) const;
-  static std::vector<Term> termsOf(RecordFilter *filter);
+  // The filter's conditions into *terms, whose strings are reused: a query
+  // keeps its terms in storage of its thread.
+  static void termsOf(RecordFilter *filter, std::vector<Term> *terms);
   // Calls visit with every row that fulfils all terms, in table order, until
   // visit gives false.
   template <typename Visit>

@@ -4,7 +4,10 @@
 // std::stoi (std::invalid_argument for a text that is no number), runs out
 // of memory when Stoerung.Wunsch is "Speicher" (std::bad_alloc), and looks
 // Stoerung.Region up in the material Regionen (Name). A number above 10 is
-// a problem STO-01, a region that is not in the material STO-02.
+// a problem STO-01, a region that is not in the material STO-02. When
+// Stoerung.Wunsch is "Notiz" it writes "gesehen" into Stoerung.Notiz, a
+// field that no column need give; a record whose Notiz is set when the flow
+// begins is a problem STO-03.
 
 #include <cstring>
 #include <new>
@@ -22,9 +25,10 @@ class StoerungTopic : public ModuleTopic {
     zahl = field("Zahl", "Zahl", FieldTypeText);
     wunsch = field("Wunsch", "Wunsch", FieldTypeText);
     region = field("Region", "Region", FieldTypeText);
+    notiz = field("Notiz", "Notiz", FieldTypeText);
   }
   Topic *createElement() override { return new StoerungTopic(getTypeDescriptor(), getParent()); }
-  Field *zahl, *wunsch, *region;
+  Field *zahl, *wunsch, *region, *notiz;
 };
 
 class RegionenTopic : public ModuleTopic {
@@ -58,10 +62,14 @@ class StoerungRules : public Plausi {
   void performImpl(RuntimeContext *rt, const char *flow) override {
     if (flow == nullptr || std::strcmp(flow, "Pruefung") != 0) return;
     SectionScope rule(rt, "Regel Stoerung");
+    if (stoerung_->notiz->get(rt)->isValid()) report(rt, "STO-03", "Notiz schon gesetzt", stoerung_->notiz);
     Value *zahl = stoerung_->zahl->get(rt);
     if (zahl->isValid() && std::stoi(zahl->asString()) > 10) report(rt, "STO-01", "Zahl zu gro\xDF", stoerung_->zahl);
     Value *wunsch = stoerung_->wunsch->get(rt);
     if (wunsch->isValid() && std::strcmp(wunsch->asString(), "Speicher") == 0) throw std::bad_alloc();
+    if (wunsch->isValid() && std::strcmp(wunsch->asString(), "Notiz") == 0) {
+      stoerung_->notiz->set(rt, rt->createStringValue("gesehen"));
+    }
     Value *region = stoerung_->region->get(rt);
     if (region->isValid()) {
       Value *found = rt->createMaterial(regionen_, 1, 1, regionen_->name, OPERATOR_EQUAL, region, regionen_->name);

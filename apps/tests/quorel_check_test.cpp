@@ -137,6 +137,21 @@ TEST(RuleExceptionTest, AnExceptionOfRuleCodeFailsItsRecordAndTheRunGoesOn) {
   }
 }
 
+TEST(RecordTest, AFieldTheRulesWroteIsNotCarriedIntoTheNextRecord) {
+  // The rules write Notiz in the first record; no column gives it, so the
+  // records after it have it empty.
+  std::string records = write("notes.csv", "Stoerung.Wunsch;Stoerung.Zahl\nNotiz;1\n;2\nNotiz;3\n;4\n");
+  std::string flow = "--flow Pruefung --material Regionen=" + write("regionen.csv", "Regionen.Name\nNord\n") + " ";
+  for (const char *jobs : {"1", "2"}) {
+    Ran run = check(flow + "--jobs " + std::string(jobs) + " " + kFaults + records);
+    EXPECT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("4 records: 4 checked, 0 not checked; 0 problems, 0 errors\n", run.out);
+  }
+  Ran given = check(flow + kFaults + write("given.csv", "Stoerung.Notiz;Stoerung.Zahl\nalt;1\n;2\n"));
+  EXPECT_EQ(1u, count(given.out, "line 2: error STO-03")) << given.out;
+  EXPECT_EQ(1u, count(given.out, "error STO-03")) << given.out;
+}
+
 // Rows of the Umfrage module (Name, Alter), each a record without errors.
 std::string surveys(int count) {
   std::string rows;

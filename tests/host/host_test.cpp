@@ -1,9 +1,11 @@
+#include <cstring>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <quorel/quorel.h>
 
@@ -51,6 +53,47 @@ TEST(CsvReaderTest, QuotesSeparatorsAndLines) {
   EXPECT_EQ("\xFC\xDF", bytes[1][0]);
 }
 
+TEST(CsvReaderTest, EveryByteBesideSeparatorsAtEveryPlaceOfAWord) {
+  for (char separator : {';', ','}) {
+    for (int byte = 1; byte < 256; ++byte) {
+      char c = static_cast<char>(byte);
+      if (c == '\n' || c == '\r' || c == '"' || c == separator) continue;
+      for (std::size_t before = 0; before < 8; ++before) {
+        std::vector<std::string> row = {std::string(before, 'x'), "", std::string(1, c), std::string(2, c), "", "y" + std::string(1, c)};
+        std::string line = row[0];
+        for (std::size_t k = 1; k < row.size(); ++k) line += separator + row[k];
+        auto rows = readAll("h" + std::string(1, separator) + "h\n" + line + "\n");
+        ASSERT_EQ(2u, rows.size());
+        ASSERT_EQ(row, rows[1]) << byte << " after " << before;
+      }
+    }
+  }
+}
+
+TEST(CsvReaderTest, LinesAcrossTheReadChunksOfTheInput) {
+  // Rows of growing length, so that line ends of every kind fall on and
+  // around the edges of the chunks the reader takes in (64 KiB), one row
+  // longer than a chunk, and a quoted cell that spans lines.
+  std::vector<std::vector<std::string>> expected = {{"a", "b"}};
+  for (int i = 0; i < 2000; ++i) expected.push_back({std::string(static_cast<std::size_t>(i % 97), 'x'), std::to_string(i)});
+  expected.push_back({std::string(70000, 'y'), "lang"});
+  expected.push_back({"z", "ende"});
+  for (const char *end : {"\n", "\r\n", "\r"}) {
+    for (std::size_t shift = 0; shift < 100; ++shift) {
+      std::string text = std::string(shift, 'p');
+      for (std::size_t i = 0; i < expected.size(); ++i) {
+        text += (i == 1 ? "\"q" + std::string(end) + "q\"" : "") + expected[i][0] + ";" + expected[i][1] + end;
+      }
+      std::vector<std::vector<std::string>> want = expected;
+      want[0][0] = std::string(shift, 'p') + "a";
+      want[1][0] = "q\nq" + want[1][0];
+      EXPECT_EQ(want, readAll(text)) << "end " << (end[0] == '\r' ? end[1] == '\n' ? "CRLF" : "CR" : "LF") << " shift " << shift;
+      text.resize(text.size() - std::strlen(end));  // the last line without its end
+      EXPECT_EQ(want, readAll(text));
+    }
+  }
+}
+
 TEST(RecordLayoutTest, CellsSizesAndEmptyFields) {
   quorel::SimpleDataRecord row;
   std::string error;
@@ -64,6 +107,47 @@ TEST(RecordLayoutTest, CellsSizesAndEmptyFields) {
     EXPECT_EQ(std::string("the size M.Liste# is not a whole number from 0 to 100000: ") + size, error);
   }
   EXPECT_TRUE(RecordLayout({"M.Liste#"}).fill({"100000"}, &row, &error));
+}
+
+TEST(RecordLayoutTest, OneRecordFilledRowAfterRowHoldsTheLastRowAlone) {
+  RecordLayout layout({"M.Nr", "M.Name", "M.Liste#", "M.Nr"});
+  quorel::SimpleDataRecord record;
+  std::string error;
+  ASSERT_TRUE(layout.fill({"7", "Anna", "3", ""}, &record, &error));
+  EXPECT_STREQ("7", record.getValue("M.Nr")->asString());  // a later empty cell of a name keeps the value
+  ASSERT_TRUE(layout.fill({"", "", "", "8"}, &record, &error));
+  EXPECT_EQ(nullptr, record.getValue("M.Name"));
+  EXPECT_EQ(nullptr, record.getValue("M.Liste#"));
+  EXPECT_STREQ("8", record.getValue("M.Nr")->asString());
+  // A row that fails leaves the record for the next row to fill in full;
+  // cells a short row lacks are empty.
+  EXPECT_FALSE(layout.fill({"1", "Bert", "x", ""}, &record, &error));
+  ASSERT_TRUE(layout.fill({"2"}, &record, &error));
+  EXPECT_STREQ("2", record.getValue("M.Nr")->asString());
+  EXPECT_EQ(nullptr, record.getValue("M.Name"));
+  EXPECT_EQ(nullptr, record.getValue("M.Liste#"));
+  ASSERT_TRUE(layout.fill({"", "", "", ""}, &record, &error));
+  EXPECT_EQ(nullptr, record.getValue("M.Nr"));
+}
+
+TEST(ProblemFormatTest, JsonLinesCarryEveryByteAnywhereInAText) {
+  // Each byte at each place within and around the eight bytes that the
+  // writer looks at together, among plain bytes and among quotes.
+  auto format = ProblemFormat::create("json");
+  for (int byte = 1; byte < 256; ++byte) {
+    for (std::size_t before = 0; before < 10; ++before) {
+      for (char filler : {'a', '"', '\xFC'}) {
+        Problem p;
+        p.text = std::string(before, filler) + static_cast<char>(byte) + std::string(9 - before, 'b');
+        p.sections = {*p.text};
+        std::string line;
+        format->appendRecord({1, 2}, {p}, &line);
+        nlohmann::json read = nlohmann::json::parse(line);
+        ASSERT_EQ(toUtf8(p.text->c_str()), read["text"].get<std::string>()) << byte << " after " << before;
+        ASSERT_EQ(toUtf8(p.text->c_str()), read["sections"][0].get<std::string>());
+      }
+    }
+  }
 }
 
 TEST(EncodingTest, Windows1252AndUtf8BothWays) {
