@@ -107,6 +107,7 @@ class Checker {
   Plausi *plausi_;
   std::optional<std::string> flow_;
   PlausiContext context_{nullptr};
+  HierarchyTexts hierarchyTexts_;
 };
 
 // Whether path names a rule file (it ends in ".qr") rather than a library.

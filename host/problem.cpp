@@ -15,14 +15,22 @@ void assign(std::optional<std::string> *target, const char *text) {
   }
 }
 
-void assignHierarchy(std::string *target, FieldDescriptor *field) {
-  target->clear();
-  if (field != nullptr) field->appendHierarchyText(target);
-}
-
 }  // namespace
 
-void collectProblems(const PlausiContext &context, std::vector<Problem> *problems) {
+const std::string &HierarchyTexts::of(const FieldDescriptor *field) {
+  static const std::string kNone;
+  if (field == nullptr) return kNone;
+  std::int32_t hash = field->getHierarchyHash().get();
+  auto found = kept_.find(field);
+  if (found == kept_.end()) {
+    found = kept_.emplace(field, Kept{hash, field->getHierarchyText()}).first;
+  } else if (found->second.hash != hash) {
+    found->second = Kept{hash, field->getHierarchyText()};
+  }
+  return found->second.text;
+}
+
+void collectProblems(const PlausiContext &context, std::vector<Problem> *problems, HierarchyTexts *texts) {
   // Runs follow each other by the thousand: the problems of the former run
   // lend their memory to those of this one.
   problems->resize(static_cast<std::size_t>(context.getNumOfProblems()));
@@ -34,14 +42,14 @@ void collectProblems(const PlausiContext &context, std::vector<Problem> *problem
     problem.weight = p.getWeight();
     assign(&problem.text, p.getShortDescription());
     assign(&problem.details, p.getLongDescription());
-    assignHierarchy(&problem.field, p.getReferenceField());
+    problem.field.assign(texts->of(p.getReferenceField()));
     problem.fieldIndices.clear();
     for (const std::int32_t *index = p.getReferenceFieldIndices(); index != nullptr && *index >= 0; ++index) {
       problem.fieldIndices.push_back(*index);
     }
     problem.accessed.resize(static_cast<std::size_t>(p.getNumOfAccessedFields()));
     for (std::int32_t f = 0; f < p.getNumOfAccessedFields(); ++f) {
-      assignHierarchy(&problem.accessed[static_cast<std::size_t>(f)], p.getAccessedField(f));
+      problem.accessed[static_cast<std::size_t>(f)].assign(texts->of(p.getAccessedField(f)));
     }
     problem.sections.resize(static_cast<std::size_t>(p.getNumOfPlausiSections()));
     for (std::int32_t s = 0; s < p.getNumOfPlausiSections(); ++s) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <quorel/quorel.h>
@@ -40,8 +41,27 @@ constexpr const char *kProblemColumns[] = {"record", "line",          "id",     
                                            "accessed", "sections",    "failure"};
 constexpr int kProblemColumnCount = sizeof kProblemColumns / sizeof kProblemColumns[0];
 
-// Sets *problems to every problem of the context, in order.
-void collectProblems(const PlausiContext &context, std::vector<Problem> *problems);
+// The hierarchy texts of fields, each worked out once: the problems of
+// record after record name the same few fields. A text is kept with the
+// field's hierarchy hash and worked out anew when the hash changes (the field
+// got new indices). The fields must outlive the keeper or be forgotten with
+// it; one thread at a time.
+class HierarchyTexts {
+ public:
+  // The text of field, "" for null; valid until the next call.
+  const std::string &of(const FieldDescriptor *field);
+
+ private:
+  struct Kept {
+    std::int32_t hash;
+    std::string text;
+  };
+  std::unordered_map<const FieldDescriptor *, Kept> kept_;
+};
+
+// Sets *problems to every problem of the context, in order, the texts of
+// fields from *texts.
+void collectProblems(const PlausiContext &context, std::vector<Problem> *problems, HierarchyTexts *texts);
 
 }  // namespace host
 }  // namespace quorel

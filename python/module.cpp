@@ -314,7 +314,8 @@ class RuleModule {
     std::vector<host::Problem> problems;
     runOn(record.get(), [&](Plausi *plausi, PlausiContext *context) {
       plausi->performFieldCheck(field.c_str(), context);
-      host::collectProblems(*context, &problems);
+      host::HierarchyTexts texts;
+      host::collectProblems(*context, &problems, &texts);
     });
     return problems;
   }

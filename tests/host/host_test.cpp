@@ -11,12 +11,14 @@
 
 #include "quorel/host/csv_reader.h"
 #include "quorel/host/encoding.h"
+#include "quorel/host/problem.h"
 #include "quorel/host/problem_format.h"
 #include "quorel/host/record_layout.h"
 #include "quorel/host/row_source.h"
 #include "quorel/host/summary.h"
 #include "quorel/host/table_material_access.h"
 #include "host/vector_rows.h"
+#include "model/test_tree.h"
 #include "test_support.h"
 
 namespace quorel {
@@ -128,6 +130,23 @@ TEST(RecordLayoutTest, OneRecordFilledRowAfterRowHoldsTheLastRowAlone) {
   EXPECT_EQ(nullptr, record.getValue("M.Liste#"));
   ASSERT_TRUE(layout.fill({"", "", "", ""}, &record, &error));
   EXPECT_EQ(nullptr, record.getValue("M.Nr"));
+}
+
+TEST(HierarchyTextsTest, KeptTextsFollowTheFieldsAndTheirIndices) {
+  StandaloneRoot root;
+  TestRun run;
+  std::int32_t second[] = {1, -1};
+  Field *vorname = static_cast<ChildTopic *>(root.kinder->getElement(&run.runtime, second))->vorname;
+  HierarchyTexts texts;
+  for (int round = 0; round < 2; ++round) {  // worked out, then kept
+    EXPECT_EQ(root.name->getHierarchyText(), texts.of(root.name));
+    EXPECT_EQ("Root.Kinder[1].Vorname", texts.of(vorname));
+    EXPECT_EQ("", texts.of(nullptr));
+  }
+  // New indices of an element reach the texts kept for the fields below it.
+  std::int32_t third[] = {2, -1};
+  vorname->getParent()->setIndices(third);
+  EXPECT_EQ("Root.Kinder[2].Vorname", texts.of(vorname));
 }
 
 TEST(ProblemFormatTest, JsonLinesCarryEveryByteAnywhereInAText) {
