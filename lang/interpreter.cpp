@@ -110,6 +110,13 @@ struct Interpreter::Frame {
   FieldDescriptor **refs = inlineRefs;
 };
 
+// Half the nodes a run visits are constants and locals: those need no call.
+inline Value *Interpreter::eval(Frame &f, const Expr &expr) {
+  if (expr.constant >= 0) return constants_[static_cast<std::size_t>(expr.constant)].get();
+  if (expr.kind == kLocal) return f.locals[expr.slot];
+  return evalNode(f, expr);
+}
+
 Interpreter::Interpreter(std::shared_ptr<const RuleSet> rules) : rules_(std::move(rules)), module_(rules_->module()) {
   // A mapping is registered before the topic that reads it is built, so
   // that the Plausi owns it whatever fails after.
@@ -426,11 +433,9 @@ std::int32_t Interpreter::countOf(Frame &f, const Expr &call) {
   return sizeOf(f.rt, array, path.decl->dims[n], n == 0 ? nullptr : index);  // the checker bounds n
 }
 
-Value *Interpreter::eval(Frame &f, const Expr &expr) {
-  if (expr.constant >= 0) return constants_[static_cast<std::size_t>(expr.constant)].get();
+Value *Interpreter::evalNode(Frame &f, const Expr &expr) {
   RuntimeContext *rt = f.rt;
   switch (expr.kind) {
-    case kLocal: return f.locals[expr.slot];
     case kPath: {
       FieldDescriptor *field = expr.staticField >= 0 ? staticFields_[static_cast<std::size_t>(expr.staticField)]
                                                      : resolve(f, *expr.path);

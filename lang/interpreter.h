@@ -62,7 +62,9 @@ class Interpreter : public Plausi {
   void report(Frame &f, const Report &report);
   void assign(Frame &f, std::int32_t slot, Value *value);
 
-  Value *eval(Frame &f, const Expr &expr);
+  // A constant or a local without a call; anything else through evalNode.
+  inline Value *eval(Frame &f, const Expr &expr);
+  Value *evalNode(Frame &f, const Expr &expr);
   bool test(Frame &f, const Expr &expr);
   Value *call(Frame &f, const Expr &expr);
   Value *languageOp(Frame &f, const Expr &expr);
