@@ -275,30 +275,36 @@ bool Interpreter::statement(Frame &f, const Stmt &stmt) {
     case kBreak: return false;
     case kReport: report(f, *stmt.report); return true;
     case kCheck: runFieldCheck(f.rt, static_cast<Field *>(resolve(f, *stmt.path))); return true;
-    case kTry: {
-      std::string message;
-      try {
-        return block(f, stmt.blocks[0]);
-      } catch (const PlausiException &e) {
-        message = e.getMessage();
-      }
-      f.locals[stmt.slot] = f.rt->createStringValue(std::move(message));
-      f.homes[stmt.slot] = f.rt->getCurrentSection();
-      return block(f, stmt.blocks[1]);
-    }
-    case kReturn: {
-      Value *result = eval(f, *stmt.exprs[0]);
-      if (f.rt->getCurrentSection() != f.entry) {
-        std::unique_ptr<Value> copy(result->copy());
-        f.entry->addLocalObject(copy.get());
-        result = copy.release();
-      }
-      f.result = result;
-      f.returned = true;
-      return false;
-    }
+    case kTry: return attempt(f, stmt);
+    case kReturn: return giveBack(f, stmt);
   }
   return true;
+}
+
+// Kept out of statement(), whose every call would otherwise pay for what a
+// handler needs.
+bool Interpreter::attempt(Frame &f, const Stmt &stmt) {
+  std::string message;
+  try {
+    return block(f, stmt.blocks[0]);
+  } catch (const PlausiException &e) {
+    message = e.getMessage();
+  }
+  f.locals[stmt.slot] = f.rt->createStringValue(std::move(message));
+  f.homes[stmt.slot] = f.rt->getCurrentSection();
+  return block(f, stmt.blocks[1]);
+}
+
+bool Interpreter::giveBack(Frame &f, const Stmt &stmt) {
+  Value *result = eval(f, *stmt.exprs[0]);
+  if (f.rt->getCurrentSection() != f.entry) {
+    std::unique_ptr<Value> copy(result->copy());
+    f.entry->addLocalObject(copy.get());
+    result = copy.release();
+  }
+  f.result = result;
+  f.returned = true;
+  return false;
 }
 
 bool Interpreter::forEach(Frame &f, const Stmt &stmt) {
@@ -356,7 +362,7 @@ void Interpreter::report(Frame &f, const Report &report) {
   };
   const char *id = eval(f, *report.id)->asString();
   FieldDescriptor *field = report.field != nullptr ? resolve(f, *report.field) : nullptr;
-  Part parts[kClauseIndices + 1] = {};  // each clause at most once
+  Part parts[kClauseIndices + 1];  // each clause at most once; filled below as far as used
   for (std::size_t c = 0; c < report.clauses.size(); ++c) {
     const Clause &clause = report.clauses[c];
     Part &part = parts[c];
@@ -465,17 +471,7 @@ Value *Interpreter::evalNode(Frame &f, const Expr &expr) {
       return rt->createInvalidValue();
     }
     case kCall: return call(f, expr);
-    case kUserCall: {
-      Value *args[16];
-      std::unique_ptr<Value *[]> many;
-      Value **into = args;
-      if (expr.args.size() > 16) {
-        many.reset(new Value *[expr.args.size()]);
-        into = many.get();
-      }
-      for (std::size_t i = 0; i < expr.args.size(); ++i) into[i] = eval(f, *expr.args[i]);
-      return callFunction(f, *expr.function, into);
-    }
+    case kUserCall: return userCall(f, expr);
     case kExternal: return external(f, expr);
     case kInterval:
       return rt->createIntervalRange(eval(f, *expr.args[0]), eval(f, *expr.args[1]),
@@ -485,12 +481,7 @@ Value *Interpreter::evalNode(Frame &f, const Expr &expr) {
       Value *second = eval(f, *expr.args[1]);
       return rt->createSequenceRange(first, second, eval(f, *expr.args[2]));
     }
-    case kSeries: {
-      auto series = std::make_unique<RangeSeries>();
-      for (const ExprPtr &arg : expr.args) series->addRange(eval(f, *arg));
-      rt->getCurrentSection()->addLocalObject(series.get());
-      return series.release();
-    }
+    case kSeries: return series(f, expr);
     case kQuery: return query(f, expr);
     case kExists: {
       Value *found = query(f, expr);
@@ -499,6 +490,26 @@ Value *Interpreter::evalNode(Frame &f, const Expr &expr) {
     }
     default: return rt->createNilValue();  // literals are constants
   }
+}
+
+// The rarer kinds of evalNode, apart so that its own calls stay light.
+Value *Interpreter::userCall(Frame &f, const Expr &expr) {
+  Value *args[16];
+  std::unique_ptr<Value *[]> many;
+  Value **into = args;
+  if (expr.args.size() > 16) {
+    many.reset(new Value *[expr.args.size()]);
+    into = many.get();
+  }
+  for (std::size_t i = 0; i < expr.args.size(); ++i) into[i] = eval(f, *expr.args[i]);
+  return callFunction(f, *expr.function, into);
+}
+
+Value *Interpreter::series(Frame &f, const Expr &expr) {
+  auto series = std::make_unique<RangeSeries>();
+  for (const ExprPtr &arg : expr.args) series->addRange(eval(f, *arg));
+  f.rt->getCurrentSection()->addLocalObject(series.get());
+  return series.release();
 }
 
 bool Interpreter::test(Frame &f, const Expr &expr) {

@@ -61,10 +61,14 @@ class Interpreter : public Plausi {
   bool forRange(Frame &f, const Stmt &stmt);
   void report(Frame &f, const Report &report);
   void assign(Frame &f, std::int32_t slot, Value *value);
+  bool attempt(Frame &f, const Stmt &stmt);
+  bool giveBack(Frame &f, const Stmt &stmt);
 
   // A constant or a local without a call; anything else through evalNode.
   inline Value *eval(Frame &f, const Expr &expr);
   Value *evalNode(Frame &f, const Expr &expr);
+  Value *userCall(Frame &f, const Expr &expr);
+  Value *series(Frame &f, const Expr &expr);
   bool test(Frame &f, const Expr &expr);
   Value *call(Frame &f, const Expr &expr);
   Value *languageOp(Frame &f, const Expr &expr);
