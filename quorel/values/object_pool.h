@@ -47,13 +47,14 @@ class ObjectPool {
   static void bypassOnThisThread();
 };
 
-// A base for small objects that runs make and drop by the thousand outside
-// the values: each takes its memory from the pool of the thread. An object
-// must be deleted as its own class (or through a virtual destructor).
+// A base for small objects that runs make and drop by the thousand (values
+// and iterators through PlausiObject, query parts, walks): each takes its
+// memory from the pool of the thread. An object must be deleted as its own
+// class or through a virtual destructor, which hands in the right size.
 class Pooled {
  public:
   static void *operator new(std::size_t size) { return ObjectPool::allocate(size); }
-  static void operator delete(void *block, std::size_t size) { ObjectPool::release(block, size); }
+  static void operator delete(void *block, std::size_t size) noexcept { ObjectPool::release(block, size); }
 };
 
 template <typename T>
