@@ -9,6 +9,7 @@
 #include "quorel/pattern/pattern.h"
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/rules/runtime_context.h"
+#include "quorel/values/date_value.h"
 #include "quorel/values/value.h"
 
 namespace quorel {
@@ -31,8 +32,13 @@ bool convertsTo(Value *value, FieldType type, const char *mask) {
       Util::stringToReal(value->asString(), mask);
       return true;
     case FieldTypeDate: {
-      std::tm date{};
-      Util::stringToDate(&date, value->asString(), mask);
+      auto *own = dynamic_cast<DateValue *>(value);
+      if (own != nullptr && own->readsTextUnder(mask)) {
+        own->asDate();
+      } else {
+        std::tm date{};
+        Util::stringToDate(&date, value->asString(), mask);
+      }
       return true;
     }
     case FieldTypeFree:

@@ -1,5 +1,6 @@
 #include "quorel/model/array_value_iterator.h"
 
+#include <limits>
 #include <optional>
 
 #include "quorel/masks/util.h"
@@ -56,21 +57,35 @@ void ArrayValueIterator::setRestriction(std::int32_t dimension, Value *value) {
 void ArrayValueIterator::initialize() {
   dimensionCount_ = Util::getSizeOf(getDimension());
   indices_.assign(static_cast<std::size_t>(dimensionCount_) + 1, -1);
-  for (std::int32_t d = 0; d < dimensionCount_; ++d) {
-    std::unique_ptr<Value> &restriction = restrictions_[d];
-    if (!restriction) {
-      // Counts from 0 in steps of 1; the end comes from the size.
-      NumberValue first(0.0), second(1.0), last(2147483647.0);
-      restriction = std::make_unique<SequenceRange>(&first, &second, &last);
-    }
-    restart(d);
-  }
+  walks_.resize(static_cast<std::size_t>(dimensionCount_));
+  for (std::int32_t d = 0; d < dimensionCount_; ++d) restart(d);
   initialized_ = true;
 }
 
 void ArrayValueIterator::restart(std::int32_t d) {
-  iterators_[d] = std::make_unique<IndexWalk>(restrictions_[d].get());
-  indices_[d] = iterators_[d]->next();
+  Walk &walk = walks_[static_cast<std::size_t>(d)];
+  auto restriction = restrictions_.find(d);
+  std::int32_t &first = indices_[static_cast<std::size_t>(d)];
+  if (restriction == restrictions_.end()) {
+    first = 0;
+    walk.next = 1;
+  } else {
+    walk.restricted = std::make_unique<IndexWalk>(restriction->second.get());
+    first = walk.restricted->next();
+  }
+}
+
+bool ArrayValueIterator::step(std::int32_t d, std::int32_t *index) {
+  Walk &walk = walks_[static_cast<std::size_t>(d)];
+  if (walk.restricted) {
+    if (!walk.restricted->hasNext()) return false;
+    *index = walk.restricted->next();
+    return true;
+  }
+  // Counting ends where an index ends.
+  if (walk.next > std::numeric_limits<std::int32_t>::max()) return false;
+  *index = static_cast<std::int32_t>(walk.next++);
+  return true;
 }
 
 bool ArrayValueIterator::hasNext() {
@@ -87,14 +102,23 @@ Value *ArrayValueIterator::next() {
 
 void ArrayValueIterator::advance() {
   for (std::int32_t d = dimensionCount_ - 1; d >= 0; --d) {
-    IndexWalk *walk = iterators_[d].get();
-    if (walk->hasNext()) {
-      std::int32_t candidate = walk->next();
-      // The size of dimension d under the indices before it.
-      outer_.assign(indices_.begin(), indices_.begin() + d);
-      outer_.push_back(-1);
-      if (candidate < getSize(context_, outer_.data())) {
-        indices_[d] = candidate;
+    std::int32_t candidate;
+    if (step(d, &candidate)) {
+      // The size of dimension d under the indices before it: those indices,
+      // closed by -1 in place of d's own for the time of the question.
+      std::int32_t &own = indices_[static_cast<std::size_t>(d)];
+      std::int32_t kept = own;
+      own = -1;
+      std::int32_t size;
+      try {
+        size = getSize(context_, indices_.data());
+      } catch (...) {
+        own = kept;
+        throw;
+      }
+      own = kept;
+      if (candidate < size) {
+        own = candidate;
         return;
       }
     }

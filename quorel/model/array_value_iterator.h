@@ -48,25 +48,32 @@ class ArrayValueIterator : public ValueIterator {
   virtual Variable *getElement(RuntimeContext *context, std::int32_t *indices) = 0;
 
  private:
+  // The walk of one dimension: over its restriction, or, without one, the
+  // counting 0, 1, 2, ... that needs no value made.
+  struct Walk {
+    std::unique_ptr<IndexWalk> restricted;
+    std::int64_t next = 0;
+  };
+
   void initialize();
-  // Gives entry d its first index from a fresh walk of its restriction.
+  // Gives dimension d its first index from a fresh walk.
   void restart(std::int32_t d);
+  // The next index of dimension d's walk into index; false at its end.
+  bool step(std::int32_t d, std::int32_t *index);
   void advance();
 
   // A walk over an array is made for nearly every loop of every run: what it
   // keeps comes from the thread's pool, not the heap.
-  template <typename T>
-  using ByDimension = std::map<std::int32_t, T, std::less<std::int32_t>,
-                               PoolAllocator<std::pair<const std::int32_t, T>>>;
+  using Restrictions = std::map<std::int32_t, std::unique_ptr<Value>, std::less<std::int32_t>,
+                                PoolAllocator<std::pair<const std::int32_t, std::unique_ptr<Value>>>>;
   using Indices = std::vector<std::int32_t, PoolAllocator<std::int32_t>>;
 
   RuntimeContext *context_;
   bool initialized_ = false;
   std::int32_t dimensionCount_ = 0;
-  ByDimension<std::unique_ptr<Value>> restrictions_;
-  ByDimension<std::unique_ptr<IndexWalk>> iterators_;
+  Restrictions restrictions_;
+  std::vector<Walk, PoolAllocator<Walk>> walks_;
   Indices indices_;  // closed by -1
-  Indices outer_;    // the indices before a dimension, closed by -1
   bool more_ = true;
 };
 

@@ -25,7 +25,7 @@ DateValue::DateValue(const std::tm *date, const char *mask) : dated_(true) {
   setMask(mask);
 }
 
-DateValue::DateValue(const char *text, const char *mask) {
+DateValue::DateValue(const char *text, const char *mask) : fromText_(true) {
   text_.set(text != nullptr ? text : "");
   setMask(mask);
 }
@@ -52,6 +52,12 @@ std::tm *DateValue::asDate() {
     dated_ = true;
   }
   return &date_;
+}
+
+bool DateValue::readsTextUnder(const char *mask) const {
+  if (!fromText_) return false;
+  const char *own = mask_.get();
+  return own == nullptr ? mask == nullptr : mask != nullptr && std::strcmp(own, mask) == 0;
 }
 
 std::int64_t DateValue::asInteger() { messages::refuseConversion(messages::kDateToInteger); }

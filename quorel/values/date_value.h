@@ -34,6 +34,11 @@ class DateValue : public ScalarValue {
 
   const char *getMask() const { return mask_.get(); }
 
+  // Whether asDate reads the text the value was made of under mask, so
+  // that it tells, and keeps, what Util::stringToDate(asString(), mask)
+  // tells: a record's date is then parsed once for its check and its use.
+  bool readsTextUnder(const char *mask) const;
+
   const char *asString() override;
   std::int64_t asInteger() override;
   double asReal() override;
@@ -59,7 +64,8 @@ class DateValue : public ScalarValue {
   // Inside the value rather than on the heap: runs read dates by the
   // thousand, and a date is asked for its tm at nearly every use.
   std::tm date_{};
-  bool dated_ = false;  // whether date_ holds the date
+  bool dated_ = false;     // whether date_ holds the date
+  bool fromText_ = false;  // whether the text is the one the value was made of
   NullableText text_;
   NullableText mask_;
 };
