@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/functions/functions.h"
+#include "quorel/masks/util.h"
 #include "quorel/values/value.h"
 #include "test_support.h"
 
@@ -8,12 +9,14 @@ namespace quorel {
 namespace {
 
 class FormatChecksTest : public ::testing::Test {
- protected:
+protected:
   RuntimeContext *rt() { return &run_.runtime; }
   bool conform(Value *v, FieldType type, const char *mask = nullptr) {
     return Functions::isTypeConform(rt(), v, type, mask)->asBool();
   }
-  bool hatFormat(Value *pattern, Value *text) { return Functions::HAT_FORMAT(rt(), pattern, text)->asBool(); }
+  bool hatFormat(Value *pattern, Value *text) {
+    return Functions::HAT_FORMAT(rt(), pattern, text)->asBool();
+  }
   Value *text(const char *t) { return rt()->createStringValue(t); }
 
   TestRun run_;
@@ -23,7 +26,8 @@ TEST_F(FormatChecksTest, NonValuesConformByTheirKind) {
   for (int type = 0; type <= 7; ++type) {
     auto fieldType = static_cast<FieldType>(type);
     EXPECT_TRUE(conform(rt()->createInvalidValue(), fieldType)) << type;
-    EXPECT_FALSE(conform(rt()->createInconvertibleValue("x"), fieldType)) << type;
+    EXPECT_FALSE(conform(rt()->createInconvertibleValue("x"), fieldType))
+        << type;
     EXPECT_FALSE(conform(rt()->createNilValue(), fieldType)) << type;
   }
 }
@@ -32,7 +36,8 @@ TEST_F(FormatChecksTest, ValuesAreTriedByTheConversionOfTheType) {
   EXPECT_TRUE(conform(text("12"), FieldTypeInteger));
   EXPECT_FALSE(conform(text("12a"), FieldTypeInteger));
   EXPECT_TRUE(conform(rt()->createNumberValue(12.0), FieldTypeInteger));
-  EXPECT_FALSE(conform(rt()->createNumberValue(1.5), FieldTypeInteger));  // its text 1,5 is no integer
+  EXPECT_FALSE(conform(rt()->createNumberValue(1.5),
+                       FieldTypeInteger)); // its text 1,5 is no integer
   EXPECT_TRUE(conform(text("1,5"), FieldTypeReal));
   EXPECT_TRUE(conform(text("wahr"), FieldTypeBool));
   EXPECT_FALSE(conform(text("ja"), FieldTypeBool));
@@ -44,18 +49,46 @@ TEST_F(FormatChecksTest, ValuesAreTriedByTheConversionOfTheType) {
   EXPECT_TRUE(conform(text("abc"), FieldTypeText));
 }
 
+// A date made from text is read once when checked under its own mask; the
+// answer must be the one a reading of its text as a plain text gives, under
+// its own mask, another mask or none, for dates and non-dates alike.
+TEST_F(FormatChecksTest, ADateConformsAsItsTextDoes) {
+  const char *masks[] = {nullptr, "TT.MM.JJJJ", "JJJJ-MM-TT", "TTMMJJ"};
+  const char *texts[] = {"29.02.2012", "29.02.2013", "2012-02-29",
+                         "290212",     "",           "1.1.2000"};
+  for (const char *own : masks) {
+    for (const char *asked : masks) {
+      for (const char *t : texts) {
+        bool expected = conform(text(t), FieldTypeDate, asked);
+        Value *date = rt()->createDateValue(t, own);
+        EXPECT_EQ(conform(date, FieldTypeDate, asked), expected)
+            << t << " " << (own ? own : "-") << " " << (asked ? asked : "-");
+        if (expected && own == asked && *t != '\0') {
+          // The date kept from the check is the one a fresh value reads.
+          EXPECT_EQ(Util::compareDate(date->asDate(),
+                                      rt()->createDateValue(t, own)->asDate()),
+                    0)
+              << t;
+        }
+      }
+    }
+  }
+}
+
 TEST_F(FormatChecksTest, PatternsMatchTheWholeText) {
   EXPECT_TRUE(hatFormat(text("[0-9]+"), text("123")));
   EXPECT_FALSE(hatFormat(text("[0-9]+"), text("123a")));
   EXPECT_TRUE(hatFormat(text("[0-9]+"), rt()->createNumberValue(42.0)));
-  EXPECT_FALSE(hatFormat(text("[0-9]+"), rt()->createNumberValue(4.5)));  // text form 4,5
+  EXPECT_FALSE(
+      hatFormat(text("[0-9]+"), rt()->createNumberValue(4.5))); // text form 4,5
   // The first argument is the pattern, never the reverse.
   EXPECT_FALSE(hatFormat(text("123"), text("[0-9]+")));
   EXPECT_FALSE(hatFormat(text("(unclosed"), text("(unclosed")));
   // A missing side gives false without reading the other, which would throw.
-  EXPECT_FALSE(hatFormat(rt()->createNilValue(), rt()->createInconvertibleValue("x")));
+  EXPECT_FALSE(
+      hatFormat(rt()->createNilValue(), rt()->createInconvertibleValue("x")));
   EXPECT_FALSE(hatFormat(text("x"), rt()->createInvalidValue()));
 }
 
-}  // namespace
-}  // namespace quorel
+} // namespace
+} // namespace quorel
