@@ -218,6 +218,48 @@ TEST(ConditionTest, SonstWennContinuesTheChainUnlessTheWennHasAnEndeOfItsOwn) {
             "    ^\n");
 }
 
+TEST(ConditionTest, AStatementOnDannsLineIsTheWholeBodyOfAWennWithoutEnde) {
+  // The same checks in the long form and the one-line form: a MELDE going
+  // on over lines, a one-line WENN in a loop, one whose statement is a WENN
+  // of either form, and a statement after it, which runs whatever the
+  // condition.
+  std::string longForm = R"(
+FUER i VON 1 BIS 2
+  WENN R.Zahl > i DANN
+    MELDE FEHLER "gross" GEWICHT 2 FELD R.Zahl
+      TEXT "mehr als " & i
+  ENDE
+ENDE
+WENN R.Zahl < 5 DANN
+  WENN R.Ja DANN
+    )" + say("ja") + R"(
+  ENDE
+ENDE
+WENN R.Zahl < 5 DANN
+  WENN NICHT R.Ja DANN
+    )" + say("nein") + R"(
+  ENDE
+ENDE
+)" + say("immer");
+  std::string oneLine = R"(
+FUER i VON 1 BIS 2
+  WENN R.Zahl > i DANN MELDE FEHLER "gross" GEWICHT 2 FELD R.Zahl
+    TEXT "mehr als " & i
+ENDE
+WENN R.Zahl < 5 DANN WENN R.Ja DANN )" + say("ja") + R"(
+WENN R.Zahl < 5 DANN WENN NICHT R.Ja DANN
+  )" + say("nein") + R"(
+ENDE
+)" + say("immer");
+  const std::string immer = "immer 2 1: x | - | - | read R.Zahl, R.Ja | trail Regel T < Plausi\n";
+  EXPECT_EQ(runText(rule(oneLine), {{"R.Zahl", "2"}, {"R.Ja", "wahr"}}),
+            "gross 1 2: mehr als 1 | - | R.Zahl | read R.Zahl | trail Regel T < Plausi\n"
+            "ja 2 1: x | - | - | read R.Zahl, R.Ja | trail Regel T < Plausi\n" + immer);
+  for (const Cells &cells : {Cells{{"R.Zahl", "7"}}, Cells{{"R.Zahl", "0"}, {"R.Ja", "falsch"}}, Cells{}}) {
+    EXPECT_EQ(runText(rule(oneLine), cells), runText(rule(longForm), cells));
+  }
+}
+
 TEST(ValueTest, LiteralsOperatorsAndRangesAnswerAsTheLibrary) {
   std::string body = R"(
 SEI a = 12,5
