@@ -418,10 +418,7 @@ class Parser {
   Block body(const Token &opener) {
     const std::size_t start = at_;
     const std::size_t errors = diagnostics_->size();
-    auto rewind = [&] {
-      at_ = start;
-      diagnostics_->forgetAfter(errors);
-    };
+    auto rewind = [&] { rewindTo(start, errors); };
     Block statements;
     Reading told = readEitherWay(opener, true, &statements);
     if (!oneLines_.empty() && (!told.fits || (splitElse_ && !told.chained))) {
@@ -472,6 +469,13 @@ class Parser {
     return text;
   }
 
+  // Back to the token at, for another reading, forgetting the mistakes after
+  // the first errors.
+  void rewindTo(std::size_t at, std::size_t errors) {
+    at_ = at;
+    diagnostics_->forgetAfter(errors);
+  }
+
   // One reading of a body, whose mistakes stay reported.
   struct Reading {
     bool threw = false;    // it ended in a syntax error
@@ -497,10 +501,7 @@ class Parser {
     Reading told = readBody(opener, false, oneLine, statements);
     if (!splitElse_ || told.fits) return told;
     const Reading nested = told;
-    auto again = [&] {
-      at_ = start;
-      diagnostics_->forgetAfter(errors);
-    };
+    auto again = [&] { rewindTo(start, errors); };
     again();
     const Reading chained = readBody(opener, true, oneLine, statements);
     if (chained.fits) return chained;
