@@ -163,8 +163,13 @@ class Parser {
     return static_cast<std::int32_t>(negative ? -number.number : number.number);
   }
 
+  // At the next declaration, or the end of the file: where no body reaches.
+  bool atDeclarationOrEnd() const {
+    return peek().kind == kTokEnd || (peek().kind == kTokWord && startsDeclaration(peek().text));
+  }
+
   void skipToDeclaration() {
-    while (peek().kind != kTokEnd && !(peek().kind == kTokWord && startsDeclaration(peek().text))) next();
+    while (!atDeclarationOrEnd()) next();
   }
 
   // After a broken statement: on to the next statement, or the word that
@@ -319,7 +324,7 @@ class Parser {
 
   void fields(FieldDecl *parent, const Token &opener) {
     while (!isWord("ENDE")) {
-      if (peek().kind == kTokEnd || (peek().kind == kTokWord && startsDeclaration(peek().text))) break;
+      if (atDeclarationOrEnd()) break;
       try {
         const Token &start = peek();
         if (acceptWord("GRUPPE")) {
@@ -340,8 +345,7 @@ class Parser {
           expected("FELD, GRUPPE or ENDE");
         }
       } catch (const SyntaxError &) {
-        while (peek().kind != kTokEnd && !isWord("FELD") && !isWord("GRUPPE") && !isWord("ENDE") &&
-               !(peek().kind == kTokWord && startsDeclaration(peek().text))) {
+        while (!atDeclarationOrEnd() && !isWord("FELD") && !isWord("GRUPPE") && !isWord("ENDE")) {
           next();
         }
       }
@@ -371,7 +375,7 @@ class Parser {
   void codes(std::vector<std::unique_ptr<CodeDecl>> *into, const Token &opener) {
     Deeper deeper(this, opener);
     while (!isWord("ENDE")) {
-      if (peek().kind == kTokEnd || (peek().kind == kTokWord && startsDeclaration(peek().text))) break;
+      if (atDeclarationOrEnd()) break;
       auto code = std::make_unique<CodeDecl>();
       code->pos = peek().pos;
       code->code = text("a code (a text)");
@@ -386,63 +390,152 @@ class Parser {
 
   // --- statements
 
+  // A WENN with a statement on DANN's line, and in the long form the line
+  // of its ENDE and whether it has a SONST.
+  struct OneLine {
+    Position pos;
+    std::int32_t endLine;
+    bool otherwise;
+  };
+
+  // The last WENN of the long form closed in a reading, and the token after
+  // its ENDE.
+  struct WennEnd {
+    std::size_t after = static_cast<std::size_t>(-1);
+    Position wenn;
+  };
+
   // The statements of a rule, function or field check, and its ENDE.
   //
-  // A WENN on the line after SONST either continues the chain or is a
-  // statement of its own in the SONST block, with an ENDE of its own; the
-  // ENDEs of the file tell which. The body is read first with every such
-  // WENN a statement of its own, then, when that reading fails, with every
-  // such WENN continuing its chain. A reading fits when it finds no mistake
-  // and the next declaration or the end of the file after its ENDE; both
-  // cannot fit, since they differ in the number of ENDEs they take and no
-  // body reaches past a declaration. When neither fits, the reading with
-  // fewer mistakes is told (the first, of two alike); when the second
-  // failed only by what it left behind and the first lacks the body's ENDE,
-  // the body mixes both forms, and the first is told with a hint at the
-  // one-line form.
+  // A WENN whose statement begins on DANN's line is a one-line WENN, with
+  // no SONST and no ENDE. A file may still give such a WENN the SONST and
+  // ENDE of the long form; its ENDEs then no longer fit. So when the body
+  // does not fit, it is read again with every one-line WENN in the long
+  // form, and when that fits, each one-line WENN is told how to write what
+  // the file means. Where a WENN after SONST lets both readings fit (see
+  // readEitherWay()), the body reads two ways and is told so. A body that
+  // fits neither way and ends early is told about its one-line WENNs.
   Block body(const Token &opener) {
     const std::size_t start = at_;
     const std::size_t errors = diagnostics_->size();
-    splitElse_ = false;
+    auto rewind = [&] { rewindTo(start, errors); };
     Block statements;
-    Reading told = readBody(opener, false, &statements);
-    if (splitElse_ && !told.fits) {
-      const Reading nested = told;
-      auto again = [&] {
-        at_ = start;
-        diagnostics_->forgetAfter(errors);
-      };
-      again();
-      const Reading chained = readBody(opener, true, &statements);
-      if (chained.fits) return statements;
-      // The second reading closes the body early when it finds no mistake
-      // and still does not fit; it is never told then.
-      bool closedEarly = chained.mistakes == 0;
-      again();
-      told = readBody(opener, !closedEarly && chained.mistakes < nested.mistakes, &statements);
-      if (closedEarly && nested.threw) {
-        diagnostics_->error(splitElsePos_, "this WENN is read as a statement of its own, which needs an ENDE; "
-                                           "to continue the chain, write SONST WENN on one line");
+    Reading told = readEitherWay(opener, true, &statements);
+    if (!oneLines_.empty() && (!told.fits || (splitElse_ && !told.chained))) {
+      const std::vector<OneLine> oneLines = oneLines_;
+      const Position splitElse = splitElsePos_;
+      const std::size_t end = at_;
+      rewind();
+      Block longForm;
+      const Reading old = told.fits ? readBody(opener, true, false, &longForm) : readEitherWay(opener, false, &longForm);
+      if (old.fits && told.fits) {
+        diagnostics_->error(splitElse, "this WENN after SONST reads two ways: as a statement of its own, if the "
+                                       "one-line WENNs (" + lines(oneLines) + ") take no ENDE, or continuing the "
+                                       "chain, if they do; write SONST WENN on one line to continue the chain, or "
+                                       "move their statements to the line after DANN");
+        at_ = end;
+        return statements;
       }
+      if (old.fits) {
+        for (const OneLine &wenn : oneLines_) {
+          diagnostics_->error(wenn.pos, "a statement on DANN's line makes this a one-line WENN, without SONST and "
+                                        "ENDE: to give it " + std::string(wenn.otherwise ? "its SONST and " : "") +
+                                        "the ENDE of line " + std::to_string(wenn.endLine) +
+                                        ", put the statement on the line after DANN");
+        }
+        return longForm;
+      }
+      rewind();
+      told = readEitherWay(opener, true, &statements);
+    }
+    if (!told.threw && !atDeclarationOrEnd() && !oneLines_.empty()) {
+      const Token &end = tokens_[at_ - 1];
+      fail(peek(), "found " + shown(peek()) + " after the ENDE of line " + std::to_string(end.pos.line) +
+                       " that closes the " + opener.text + " of line " + std::to_string(opener.pos.line) +
+                       ": a WENN with its statement on DANN's line takes no ENDE (see " + lines(oneLines_) + ")");
     }
     if (told.threw) throw SyntaxError();
     return statements;
   }
 
+  // "line 3" or "lines 3, 5, 8", for the first few of wenns.
+  static std::string lines(const std::vector<OneLine> &wenns) {
+    constexpr std::size_t kShown = 5;
+    std::string text = wenns.size() == 1 ? "line " : "lines ";
+    for (std::size_t i = 0; i < wenns.size() && i < kShown; ++i) {
+      text += (i == 0 ? "" : ", ") + std::to_string(wenns[i].pos.line);
+    }
+    if (wenns.size() > kShown) text += " and " + std::to_string(wenns.size() - kShown) + " more";
+    return text;
+  }
+
+  // Back to the token at, for another reading, forgetting the mistakes after
+  // the first errors.
+  void rewindTo(std::size_t at, std::size_t errors) {
+    at_ = at;
+    diagnostics_->forgetAfter(errors);
+  }
+
   // One reading of a body, whose mistakes stay reported.
   struct Reading {
-    bool threw = false;          // it ended in a syntax error
-    bool fits = false;           // see body()
+    bool threw = false;    // it ended in a syntax error
+    bool fits = false;     // it found no mistake, and after its ENDE the next declaration or the end of the file
+    bool chained = false;  // a WENN on the line after SONST continued its chain
     std::size_t mistakes = 0;
   };
-  Reading readBody(const Token &opener, bool chainSplitElse, Block *statements) {
+
+  // A WENN on the line after SONST either continues the chain or is a
+  // statement of its own in the SONST block, with an ENDE of its own; the
+  // ENDEs of the file tell which. The body is read first with every such
+  // WENN a statement of its own, then, when that reading does not fit, with
+  // every such WENN continuing its chain. Both cannot fit, since they differ
+  // in the number of ENDEs they take and no body reaches past a
+  // declaration. When neither fits, the reading with fewer mistakes is told
+  // (the first, of two alike); when the second failed only by what it left
+  // behind and the first lacks the body's ENDE, the body mixes both forms,
+  // and the first is told with a hint at SONST WENN on one line.
+  Reading readEitherWay(const Token &opener, bool oneLine, Block *statements) {
+    const std::size_t start = at_;
+    const std::size_t errors = diagnostics_->size();
+    splitElse_ = false;
+    Reading told = readBody(opener, false, oneLine, statements);
+    if (!splitElse_ || told.fits) return told;
+    const Reading nested = told;
+    auto again = [&] { rewindTo(start, errors); };
+    again();
+    const Reading chained = readBody(opener, true, oneLine, statements);
+    if (chained.fits) return chained;
+    // The second reading closes the body early when it finds no mistake
+    // and still does not fit; it is never told then.
+    bool closedEarly = chained.mistakes == 0;
+    again();
+    told = readBody(opener, !closedEarly && chained.mistakes < nested.mistakes, oneLine, statements);
+    if (closedEarly && nested.threw) {
+      diagnostics_->error(splitElsePos_, "this WENN is read as a statement of its own, which needs an ENDE; "
+                                         "to continue the chain, write SONST WENN on one line");
+    }
+    return told;
+  }
+
+  Reading readBody(const Token &opener, bool chainSplitElse, bool oneLine, Block *statements) {
     const std::size_t errors = diagnostics_->size();
     chainSplitElse_ = chainSplitElse;
+    oneLine_ = oneLine;
+    oneLines_.clear();
+    wennEnd_ = WennEnd();
     Reading reading;
+    reading.chained = chainSplitElse;
     try {
       *statements = block();
+      if (!isWord("ENDE") && wennEnd_.after == at_ && !splitElse_) {
+        // The body's ENDE, most likely, closed a WENN meant as a one-line one.
+        fail(peek(), "expected 'ENDE' to close the " + opener.text + " of line " + std::to_string(opener.pos.line) +
+                         ", found " + shown(peek()) + ": the ENDE of line " +
+                         std::to_string(tokens_[at_ - 1].pos.line) + " closes the WENN of line " +
+                         std::to_string(wennEnd_.wenn.line) + ", which has no statement on DANN's line");
+      }
       expectEnd(opener);
-      reading.fits = peek().kind == kTokEnd || startsDeclaration(peek().text);
+      reading.fits = atDeclarationOrEnd();
     } catch (const SyntaxError &) {
       reading.threw = true;
     }
@@ -461,8 +554,7 @@ class Parser {
           skipToStatement();
         }
       }
-      bool ends = peek().kind == kTokEnd || isWord("ENDE") || isWord("SONST") || isWord("BEI") ||
-                  (peek().kind == kTokWord && startsDeclaration(peek().text));
+      bool ends = atDeclarationOrEnd() || isWord("ENDE") || isWord("SONST") || isWord("BEI");
       if (ends) return body;
       diagnostics_->error(peek().pos, "expected a statement, found " + shown(peek()));
       next();
@@ -474,31 +566,7 @@ class Parser {
     const Token &start = next();
     Deeper deeper(this, start);
     const std::string &word = start.text;
-    if (word == "WENN") {
-      auto stmt = std::make_unique<Stmt>(kIf, start.pos);
-      stmt->exprs.push_back(expression());
-      expectWord("DANN");
-      stmt->blocks.push_back(block());
-      while (isWord("SONST")) {
-        // SONST WENN on one line continues this statement; for a WENN on
-        // a later line, see body().
-        std::int32_t line = next().pos.line;
-        bool split = isWord("WENN") && peek().pos.line != line;
-        if (split && !splitElse_) splitElsePos_ = peek().pos;
-        splitElse_ = splitElse_ || split;
-        if (isWord("WENN") && (!split || chainSplitElse_)) {
-          next();
-          stmt->exprs.push_back(expression());
-          expectWord("DANN");
-          stmt->blocks.push_back(block());
-        } else {
-          stmt->blocks.push_back(block());
-          break;
-        }
-      }
-      expectEnd(start);
-      return stmt;
-    }
+    if (word == "WENN") return condition(start);
     if (word == "SEI" || word == "SETZE") {
       auto stmt = std::make_unique<Stmt>(word == "SEI" ? kLet : kAssign, start.pos);
       stmt->name = name("a variable's name");
@@ -554,6 +622,56 @@ class Parser {
     }
     auto stmt = std::make_unique<Stmt>(kReturn, start.pos);  // ERGEBNIS
     stmt->exprs.push_back(expression());
+    return stmt;
+  }
+
+  // WENN c DANN statement, on DANN's line, or
+  // WENN c DANN statements [SONST WENN c DANN statements]... [SONST statements] ENDE.
+  StmtPtr condition(const Token &start) {
+    auto stmt = std::make_unique<Stmt>(kIf, start.pos);
+    stmt->exprs.push_back(expression());
+    const std::int32_t then = peek().pos.line;
+    expectWord("DANN");
+    const bool oneLine = peek().kind == kTokWord && startsStatement(peek().text) && peek().pos.line == then;
+    const std::size_t counted = oneLines_.size();
+    if (oneLine) oneLines_.push_back(OneLine{start.pos, 0, false});
+    if (oneLine && oneLine_) {
+      Block only;
+      only.push_back(statement());
+      stmt->blocks.push_back(std::move(only));
+      if (!isWord("SONST")) return stmt;
+      // Read on in the long form, which the SONST asks for.
+      diagnostics_->error(peek().pos, "a WENN with its statement on DANN's line takes no SONST: put the statement "
+                                      "on the line after DANN and close the WENN with ENDE");
+    } else {
+      stmt->blocks.push_back(block());
+    }
+    const bool otherwise = isWord("SONST");
+    while (isWord("SONST")) {
+      // SONST WENN on one line continues this statement; for a WENN on
+      // a later line, see readEitherWay().
+      std::int32_t line = next().pos.line;
+      bool split = isWord("WENN") && peek().pos.line != line;
+      if (split && !splitElse_) splitElsePos_ = peek().pos;
+      splitElse_ = splitElse_ || split;
+      if (isWord("WENN") && (!split || chainSplitElse_)) {
+        next();
+        stmt->exprs.push_back(expression());
+        expectWord("DANN");
+        stmt->blocks.push_back(block());
+      } else {
+        stmt->blocks.push_back(block());
+        break;
+      }
+    }
+    const std::int32_t end = peek().pos.line;
+    expectEnd(start);
+    if (oneLine) {
+      oneLines_[counted].endLine = end;
+      oneLines_[counted].otherwise = otherwise;
+    } else {
+      wennEnd_ = WennEnd{at_, start.pos};
+    }
     return stmt;
   }
 
@@ -873,6 +991,9 @@ class Parser {
   bool splitElse_ = false;       // the body read holds a WENN on the line after SONST
   bool chainSplitElse_ = false;  // such a WENN continues its chain
   Position splitElsePos_;        // the first such WENN
+  bool oneLine_ = true;            // a statement on DANN's line makes a one-line WENN
+  std::vector<OneLine> oneLines_;  // the WENNs with a statement on DANN's line in the body read
+  WennEnd wennEnd_;
   int depth_ = 0;
   int tree_ = 0;
 };

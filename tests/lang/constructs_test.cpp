@@ -179,11 +179,11 @@ TEST(ConditionTest, SonstWennContinuesTheChainUnlessTheWennHasAnEndeOfItsOwn) {
   // SONST WENN on one line, or on two lines with one ENDE for the chain: one
   // statement. A WENN on the line after SONST with an ENDE of its own: a
   // statement inside the SONST block, with statements after it.
-  std::string chained = "WENN R.Zahl = 1 DANN " + say("eins") + "SONST WENN R.Zahl = 2 DANN " + say("zwei") + "ENDE";
+  std::string chained = "WENN R.Zahl = 1 DANN\n" + say("eins") + "SONST WENN R.Zahl = 2 DANN " + say("zwei") + "ENDE";
   std::string ladder = "WENN R.Zahl = 1 DANN\n" + say("eins") + "SONST\nWENN R.Zahl = 2 DANN\n" + say("zwei") +
                        "SONST\n  WENN R.Zahl = 3 DANN\n" + say("drei") + "SONST\n" + say("sonst") + "ENDE\n" +
                        say("danach");
-  std::string nested = "WENN R.Zahl = 1 DANN " + say("eins") + "SONST\nWENN R.Zahl = 2 DANN " + say("zwei") +
+  std::string nested = "WENN R.Zahl = 1 DANN\n" + say("eins") + "SONST\nWENN R.Zahl = 2 DANN\n" + say("zwei") +
                        "ENDE\n" + say("sonst") + "ENDE";
   const std::string zwei = "zwei 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n";
   const std::string danach = "danach 2 1: x | - | - | read R.Zahl | trail Regel T < Plausi\n";
@@ -201,10 +201,10 @@ TEST(ConditionTest, SonstWennContinuesTheChainUnlessTheWennHasAnEndeOfItsOwn) {
             "chain, write SONST WENN on one line\n"
             "WENN R.Zahl = 2 DANN\n"
             "^\n"
-            "test.qr:39:1: error: expected 'ENDE' to close the WENN of line 19, found 'REGEL'\n"
+            "test.qr:41:1: error: expected 'ENDE' to close the WENN of line 19, found 'REGEL'\n"
             "REGEL U\n"
             "^\n"
-            "test.qr:39:1: error: expected 'ENDE' to close the REGEL of line 18, found 'REGEL'\n"
+            "test.qr:41:1: error: expected 'ENDE' to close the REGEL of line 18, found 'REGEL'\n"
             "REGEL U\n"
             "^\n");
   // A mistake elsewhere is told alone, in either form.
@@ -213,23 +213,65 @@ TEST(ConditionTest, SonstWennContinuesTheChainUnlessTheWennHasAnEndeOfItsOwn) {
             "SEI = 1\n"
             "    ^\n");
   EXPECT_EQ(testing::mistakes(rule(nested + "\nSEI = 1") + "REGEL U\nENDE\n"),
-            "test.qr:25:5: error: expected a variable's name, found '='\n"
+            "test.qr:27:5: error: expected a variable's name, found '='\n"
             "SEI = 1\n"
             "    ^\n");
+}
+
+TEST(ConditionTest, AStatementOnDannsLineIsTheWholeBodyOfAWennWithoutEnde) {
+  // The same checks in the long form and the one-line form: a MELDE going
+  // on over lines, a one-line WENN in a loop, one whose statement is a WENN
+  // of either form, and a statement after it, which runs whatever the
+  // condition.
+  std::string longForm = R"(
+FUER i VON 1 BIS 2
+  WENN R.Zahl > i DANN
+    MELDE FEHLER "gross" GEWICHT 2 FELD R.Zahl
+      TEXT "mehr als " & i
+  ENDE
+ENDE
+WENN R.Zahl < 5 DANN
+  WENN R.Ja DANN
+    )" + say("ja") + R"(
+  ENDE
+ENDE
+WENN R.Zahl < 5 DANN
+  WENN NICHT R.Ja DANN
+    )" + say("nein") + R"(
+  ENDE
+ENDE
+)" + say("immer");
+  std::string oneLine = R"(
+FUER i VON 1 BIS 2
+  WENN R.Zahl > i DANN MELDE FEHLER "gross" GEWICHT 2 FELD R.Zahl
+    TEXT "mehr als " & i
+ENDE
+WENN R.Zahl < 5 DANN WENN R.Ja DANN )" + say("ja") + R"(
+WENN R.Zahl < 5 DANN WENN NICHT R.Ja DANN
+  )" + say("nein") + R"(
+ENDE
+)" + say("immer");
+  const std::string immer = "immer 2 1: x | - | - | read R.Zahl, R.Ja | trail Regel T < Plausi\n";
+  EXPECT_EQ(runText(rule(oneLine), {{"R.Zahl", "2"}, {"R.Ja", "wahr"}}),
+            "gross 1 2: mehr als 1 | - | R.Zahl | read R.Zahl | trail Regel T < Plausi\n"
+            "ja 2 1: x | - | - | read R.Zahl, R.Ja | trail Regel T < Plausi\n" + immer);
+  for (const Cells &cells : {Cells{{"R.Zahl", "7"}}, Cells{{"R.Zahl", "0"}, {"R.Ja", "falsch"}}, Cells{}}) {
+    EXPECT_EQ(runText(rule(oneLine), cells), runText(rule(longForm), cells));
+  }
 }
 
 TEST(ValueTest, LiteralsOperatorsAndRangesAnswerAsTheLibrary) {
   std::string body = R"(
 SEI a = 12,5
-WENN a * 2 = 25 UND a - 0,5 = 12 UND -a < 0 UND 10 / 4 = 2,5 DANN )" + say("rechnen") + R"( ENDE
-WENN "ab" & 1 & WAHR & 2,5 & 31.12.2024 = "ab1WAHR2,531.12.2024" DANN )" + say("text") + R"( ENDE
-WENN 31.12.2024 > 01.01.2024 UND DATUM_VERSCHIEBEN(31.01.2024; 1; "M") = 29.02.2024 DANN )" + say("datum") + R"( ENDE
-WENN 10 IN [0 .. 10] UND NICHT 10 IN [0 .. 10) UND NICHT 0 IN (0 .. 10] UND 5 IN (0 .. 10) DANN )" + say("intervall") + R"( ENDE
-WENN 7 IN [1; 3 .. 9] UND NICHT 4 IN [1; 3 .. 9] DANN )" + say("folge") + R"( ENDE
-WENN "B" IN {"A"; "B"} UND 15 IN {1; [10 .. 20]} UND NICHT 5 IN {1; [10 .. 20]} DANN )" + say("reihe") + R"( ENDE
+WENN a * 2 = 25 UND a - 0,5 = 12 UND -a < 0 UND 10 / 4 = 2,5 DANN )" + say("rechnen") + R"(
+WENN "ab" & 1 & WAHR & 2,5 & 31.12.2024 = "ab1WAHR2,531.12.2024" DANN )" + say("text") + R"(
+WENN 31.12.2024 > 01.01.2024 UND DATUM_VERSCHIEBEN(31.01.2024; 1; "M") = 29.02.2024 DANN )" + say("datum") + R"(
+WENN 10 IN [0 .. 10] UND NICHT 10 IN [0 .. 10) UND NICHT 0 IN (0 .. 10] UND 5 IN (0 .. 10) DANN )" + say("intervall") + R"(
+WENN 7 IN [1; 3 .. 9] UND NICHT 4 IN [1; 3 .. 9] DANN )" + say("folge") + R"(
+WENN "B" IN {"A"; "B"} UND 15 IN {1; [10 .. 20]} UND NICHT 5 IN {1; [10 .. 20]} DANN )" + say("reihe") + R"(
 SEI z = R.Zahl
-WENN z + 1 = 1 UND NICHT GUELTIG(z * 2) UND GESETZT(z) UND NICHT BRAUCHBAR(z) DANN )" + say("leer") + R"( ENDE
-WENN NICHT GESETZT(NICHTS) UND NICHT GUELTIG(UNGUELTIG) DANN )" + say("nichts") + R"( ENDE)";
+WENN z + 1 = 1 UND NICHT GUELTIG(z * 2) UND GESETZT(z) UND NICHT BRAUCHBAR(z) DANN )" + say("leer") + R"(
+WENN NICHT GESETZT(NICHTS) UND NICHT GUELTIG(UNGUELTIG) DANN )" + say("nichts") + R"()";
   EXPECT_EQ(runText(rule(body), {}),
             "rechnen 2 1: x | - | - | read | trail Regel T < Plausi\n"
             "text 2 1: x | - | - | read | trail Regel T < Plausi\n"
@@ -276,7 +318,7 @@ FUER JEDES wert IN R.Werte
 ENDE
 FUER JEDES n IN {3; 4}
   FUER z VON 0 BIS ANZAHL(R.Tabelle; 1) - 1
-    WENN R.Tabelle[1][z] = n DANN )" + say("T", "\"Tabelle \" & n & \" bei \" & z") + R"( ENDE
+    WENN R.Tabelle[1][z] = n DANN )" + say("T", "\"Tabelle \" & n & \" bei \" & z") + R"(
   ENDE
 ENDE)";
   Cells cells = {{"R.Kinder#", "3"},   {"R.Kinder[0].Vorname", "Anna"}, {"R.Werte[0]", "1"}, {"R.Werte[1]", "2"},
@@ -450,9 +492,9 @@ KODELISTE
 ENDE
 )";
   std::string body = R"(
-WENN R.Name IN KODE("E") DANN )" + say("E") + R"( ENDE
-WENN NICHT GUELTIG(KODE(R.Name)) DANN )" + say("unbekannt") + R"( ENDE
-WENN KODE_ZU_TEXT("ledig") = KODE("L") DANN )" + say("L") + R"( ENDE)";
+WENN R.Name IN KODE("E") DANN )" + say("E") + R"(
+WENN NICHT GUELTIG(KODE(R.Name)) DANN )" + say("unbekannt") + R"(
+WENN KODE_ZU_TEXT("ledig") = KODE("L") DANN )" + say("L") + R"()";
   std::string text = rule(body, more);
   EXPECT_EQ(runText(text, {{"R.Name", "G"}}), "E 2 1: x | - | - | read R.Name | trail Regel T < Plausi\n"
                                                "L 2 1: x | - | - | read R.Name | trail Regel T < Plausi\n");
@@ -476,8 +518,8 @@ ENDE
 FUER JEDES n IN LIES Name, Einwohner AUS Orte WO Einwohner > 500 UND Einwohner <= 5000 UND PLZ = "3"
   SETZE namen = namen & n & " "
 ENDE
-WENN EXISTIERT Orte WO PLZ = R.Name DANN )" + say("da") + R"( ENDE
-WENN "Kleinstadt" IN (LIES Name AUS Orte) UND NICHT EXISTIERT Orte WO Name = "Nirgends" DANN )" + say("drin") + R"( ENDE
+WENN EXISTIERT Orte WO PLZ = R.Name DANN )" + say("da") + R"(
+WENN "Kleinstadt" IN (LIES Name AUS Orte) UND NICHT EXISTIERT Orte WO Name = "Nirgends" DANN )" + say("drin") + R"(
 MELDE HINWEIS "N" GEWICHT 1 TEXT namen)";
   auto rules = readOk(rule(body, more));
   ASSERT_NE(rules, nullptr);
@@ -517,7 +559,7 @@ TEST(HostTest, ReadsInitParamsAndCallsExternalFunctions) {
   std::string more = "EXTERN Mal(2)\n";
   std::string body = R"(
 SEI grenze = PARAMETER("Grenze")
-WENN NICHT GESETZT(PARAMETER("Fehlt")) DANN )" + say("ohne") + R"( ENDE
+WENN NICHT GESETZT(PARAMETER("Fehlt")) DANN )" + say("ohne") + R"(
 MELDE HINWEIS "H" GEWICHT 1 TEXT "" & Mal(grenze; 3))";
   auto rules = readOk(rule(body, more));
   ASSERT_NE(rules, nullptr);
@@ -538,7 +580,7 @@ MELDE HINWEIS "H" GEWICHT 1 TEXT "" & Mal(grenze; 3))";
 }
 
 TEST(InterpreterTest, PlausisOfOneRuleSetRunOnThreadsOfTheirOwn) {
-  auto rules = readOk(rule("WENN R.Zahl > 3 DANN " + say("gross") + " ENDE"));
+  auto rules = readOk(rule("WENN R.Zahl > 3 DANN " + say("gross")));
   ASSERT_NE(rules, nullptr);
   std::vector<std::thread> threads;
   std::vector<std::string> outputs(4);

@@ -211,9 +211,36 @@ class Rules:
             self.out.append("ABLAUF Teil: " + ", ".join(names[::2]))
         for name in names:
             self.out.append('\nREGEL %s ABSCHNITT "Regel %s"' % (name, name))
+            first = len(self.out)
             self.statements("  ", 0, (), False)
+            self.out[first:] = one_line(self.out[first:])
             self.out.append("ENDE")
         return "\n".join(self.out) + "\n"
+
+
+def one_line(lines):
+    """The statements of a rule with every WENN of one statement on one line,
+    and no SONST after it, in the one-line form, a MELDE going on with its
+    DETAILS on the next line. A rule with a WENN on the line after SONST stays
+    as it is: one-line WENNs may make its ENDEs fit two readings."""
+    if any(a.strip() == "SONST" and b.lstrip().startswith("WENN ") for a, b in zip(lines, lines[1:])):
+        return lines
+    out = []
+    i = 0
+    while i < len(lines):
+        line = lines[i]
+        indent = line[:len(line) - len(line.lstrip())]
+        rest = lines[i + 1:i + 4] + ["", "", ""]
+        if (line.lstrip().startswith("WENN ") and line.endswith(" DANN") and rest[1] == indent + "ENDE"
+                and not rest[2].lstrip().startswith("SONST")):
+            statement = rest[0].strip().split(" DETAILS ")
+            out.append(line + " " + statement[0])
+            out += ["%s    DETAILS %s" % (indent, more) for more in statement[1:]]
+            i += 3
+        else:
+            out.append(line)
+            i += 1
+    return out
 
 
 def records(count):
