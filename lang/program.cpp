@@ -385,7 +385,28 @@ Value *readPlace(const Node &n, Frame &f) {
 bool truthOf(const Node &n, Frame &f) { return eval(n, f)->asBool(); }
 Value *valueOfTest(const Node &n, Frame &f) { return f.rt->createBoolValue(test(n, f)); }
 
-bool negation(const Node &n, Frame &f) { return !test(*n.a, f); }
+// The truth of a constant, local or field, read without a call.
+template <Source S>
+bool truthOfOperand(const Node &n, Frame &f) {
+  return operand<S>(n, f)->asBool();
+}
+
+// The truth of the value that E makes, or with kHolds false its negation:
+// a NICHT folded into the node below it.
+template <EvalFn E, bool kHolds>
+bool truthOfValue(const Node &n, Frame &f) {
+  return E(n, f)->asBool() == kHolds;
+}
+
+template <Source A>
+bool negation(const Node &n, Frame &f) {
+  if constexpr (A == kFromNode) {
+    return !test(*n.a, f);
+  } else {
+    return !operand<A>(*n.a, f)->asBool();
+  }
+}
+
 Value *negative(const Node &n, Frame &f) { return F::neg(f.rt, eval(*n.a, f)); }
 
 bool allOf(const Node &n, Frame &f) {
@@ -404,10 +425,10 @@ bool anyOf(const Node &n, Frame &f) {
   return false;
 }
 
-template <Source A, Source B>
+template <Source A, Source B, bool kHolds>
 bool isIn(const Node &n, Frame &f) {
   Value *element = operand<A>(*n.a, f);
-  return operand<B>(*n.b, f)->contains(element);
+  return operand<B>(*n.b, f)->contains(element) == kHolds;
 }
 
 template <BinaryOp op, Source A, Source B>
@@ -423,19 +444,14 @@ bool compare(const Node &n, Frame &f) {
   return false;
 }
 
-template <Source A>
-bool isValid(const Node &n, Frame &f) {
-  return operand<A>(*n.a, f)->isValid();
-}
-
-template <Source A>
-bool isSet(const Node &n, Frame &f) {
-  return !operand<A>(*n.a, f)->isNil();
-}
-
-template <Source A>
-bool isUsable(const Node &n, Frame &f) {
-  return operand<A>(*n.a, f)->isUsable();
+// GUELTIG, GESETZT or BRAUCHBAR, or with kHolds false its negation.
+template <LanguageOp op, Source A, bool kHolds>
+bool holds(const Node &n, Frame &f) {
+  Value *v = operand<A>(*n.a, f);
+  if constexpr (op == kOpValid) return v->isValid() == kHolds;
+  if constexpr (op == kOpSet) return v->isNil() != kHolds;
+  if constexpr (op == kOpUsable) return v->isUsable() == kHolds;
+  return false;
 }
 
 Value *call0(const Node &n, Frame &f) { return static_cast<const CallNode &>(n).call0(f.rt); }
@@ -1048,24 +1064,20 @@ class Program::Builder {
 
   const Node *expr(const Expr &e) {
     if (e.constant >= 0) {
-      Node *made = node<Node>(constant);
+      Node *made = node<Node>(constant, truthOfOperand<kFromConstant>);
       made->source = kFromConstant;
       made->value = constantOf(e);
       return made;
     }
     switch (e.kind) {
       case kLocal: {
-        Node *made = node<Node>(local);
+        Node *made = node<Node>(local, truthOfOperand<kFromLocal>);
         made->source = kFromLocal;
         made->slot = e.slot;
         return made;
       }
       case kPath: return read(e);
-      case kNot: {
-        Node *made = node<Node>(valueOfTest, negation);
-        made->a = expr(*e.args[0]);
-        return made;
-      }
+      case kNot: return polar(*e.args[0], false);
       case kNeg: {
         Node *made = node<Node>(negative);
         made->a = expr(*e.args[0]);
@@ -1073,15 +1085,9 @@ class Program::Builder {
       }
       case kAnd:
       case kOr: return chain(e);
-      case kIn: {
-        Node *made = operands(node<Node>(valueOfTest), e);
-        made->test = bySource(made->a->source, [&](auto a) {
-          return bySource(made->b->source, [](auto b) -> TestFn { return isIn<decltype(a)::value, decltype(b)::value>; });
-        });
-        return made;
-      }
+      case kIn: return in(e, true);
       case kBinary: return binary(e);
-      case kCall: return call(e);
+      case kCall: return call(e, true);
       case kUserCall: {
         auto *made = node<UserCallNode>(userCall);
         made->function = functions_[static_cast<std::size_t>(e.function->index)];
@@ -1116,6 +1122,48 @@ class Program::Builder {
 
   static Value *valueOfNothing(const Node &, Frame &f) { return f.rt->createNilValue(); }
 
+  // e as a condition that holds when the truth of e is holds. NICHT folds
+  // into the tests that can say either; anything else gets a node of its
+  // own.
+  const Node *polar(const Expr &e, bool holds) {
+    if (e.constant < 0 && e.kind == kIn) return in(e, holds);
+    if (e.constant < 0 && e.kind == kCall) return call(e, holds);
+    return holds ? expr(e) : negationOf(expr(e));
+  }
+
+  const Node *negationOf(const Node *inner) {
+    Node *made = node<Node>(valueOfTest);
+    made->a = inner;
+    made->test = bySource(inner->source, [](auto x) -> TestFn { return negation<decltype(x)::value>; });
+    return made;
+  }
+
+  // Sets the value and truth of made from E, the handler of its value; with
+  // holds false made stands for NICHT that value.
+  template <EvalFn E>
+  static void valueAndTruth(Node *made, bool holds) {
+    if (holds) {
+      made->eval = E;
+      made->test = truthOfValue<E, true>;
+    } else {
+      made->eval = valueOfTest;
+      made->test = truthOfValue<E, false>;
+    }
+  }
+
+  const Node *in(const Expr &e, bool holds) {
+    Node *made = operands(node<Node>(valueOfTest), e);
+    made->test = bySource(made->a->source, [&](auto x) {
+      return bySource(made->b->source, [&](auto y) -> TestFn {
+        constexpr Source a = decltype(x)::value;
+        constexpr Source b = decltype(y)::value;
+        if (holds) return isIn<a, b, true>;
+        return isIn<a, b, false>;
+      });
+    });
+    return made;
+  }
+
   // The operands of e in a, b, c.
   template <typename T>
   T *operands(T *made, const Expr &e) {
@@ -1126,7 +1174,7 @@ class Program::Builder {
 
   const Node *read(const Expr &e) {
     if (e.staticField >= 0) {
-      Node *made = node<Node>(readField);
+      Node *made = node<Node>(readField, truthOfOperand<kFromField>);
       made->source = kFromField;
       made->field = staticFields_[static_cast<std::size_t>(e.staticField)];
       return made;
@@ -1180,55 +1228,67 @@ class Program::Builder {
     });
   }
 
-  const Node *call(const Expr &e) {
+  // A call of a built-in; with holds false, NICHT that call.
+  const Node *call(const Expr &e, bool holds) {
     const Builtin &b = *e.builtin;
-    if (b.op != kOpNone) return languageOp(e);
+    if (b.op != kOpNone) return languageOp(e, holds);
     auto *made = node<CallNode>(nullptr);
     if (b.callArray != nullptr) {
       made->eval = callArray;
       made->callArray = b.callArray;
       made->array = place(*e.args[0]->path);
-      return made;
+      return holds ? made : negationOf(made);
     }
     operands(made, e);
     made->call0 = b.call0;
     made->call1 = b.call1;
     made->call2 = b.call2;
     made->call3 = b.call3;
-    switch (e.args.size()) {
-      case 0: made->eval = call0; break;
-      case 1:
-        if (b.call1 != nullptr) {
-          made->eval = bySource(made->a->source, [](auto x) -> EvalFn { return call1<decltype(x)::value>; });
-        } else {
-          made->eval = call2Alone;
-        }
-        break;
-      case 2:
-        made->eval = bySource(made->a->source, [&](auto x) {
-          return bySource(made->b->source, [](auto y) -> EvalFn { return call2<decltype(x)::value, decltype(y)::value>; });
-        });
-        break;
-      default: made->eval = call3; break;
+    if (e.args.size() == 1 && b.call1 != nullptr) {
+      bySource(made->a->source, [&](auto x) { valueAndTruth<call1<decltype(x)::value>>(made, holds); });
+      return made;
     }
-    return made;
+    if (e.args.size() == 2) {
+      bySource(made->a->source, [&](auto x) {
+        bySource(made->b->source, [&](auto y) { valueAndTruth<call2<decltype(x)::value, decltype(y)::value>>(made, holds); });
+      });
+      return made;
+    }
+    made->eval = e.args.empty() ? call0 : e.args.size() == 1 ? call2Alone : call3;
+    return holds ? made : negationOf(made);
   }
 
-  const Node *languageOp(const Expr &e) {
-    switch (e.builtin->op) {
-      case kOpValid:
-      case kOpSet:
-      case kOpUsable: {
-        Node *made = operands(node<Node>(valueOfTest), e);
-        LanguageOp op = e.builtin->op;
-        made->test = bySource(made->a->source, [op](auto x) -> TestFn {
-          constexpr Source s = decltype(x)::value;
-          if (op == kOpValid) return isValid<s>;
-          if (op == kOpSet) return isSet<s>;
-          return isUsable<s>;
-        });
-        return made;
+  // An operation of the language; with holds false, NICHT that operation.
+  const Node *languageOp(const Expr &e, bool holds) {
+    LanguageOp op = e.builtin->op;
+    if (op == kOpValid || op == kOpSet || op == kOpUsable) {
+      Node *made = operands(node<Node>(valueOfTest), e);
+      made->test = bySource(made->a->source, [op, holds](auto x) -> TestFn {
+        constexpr Source a = decltype(x)::value;
+        if (op == kOpValid) return holds ? lang::holds<kOpValid, a, true> : lang::holds<kOpValid, a, false>;
+        if (op == kOpSet) return holds ? lang::holds<kOpSet, a, true> : lang::holds<kOpSet, a, false>;
+        return holds ? lang::holds<kOpUsable, a, true> : lang::holds<kOpUsable, a, false>;
+      });
+      return made;
+    }
+    if (op == kOpFits) {
+      auto *made = node<FitsNode>(nullptr);
+      made->a = expr(*e.args[0]);
+      made->type = e.fieldType;
+      if (e.args.size() > 2) {
+        made->mask = fixedText(*e.args[2]);
+        if (made->mask == nullptr) made->c = expr(*e.args[2]);
       }
+      bySource(made->a->source, [&](auto x) { valueAndTruth<fits<decltype(x)::value>>(made, holds); });
+      return made;
+    }
+    Node *made = valueOp(e);
+    return holds ? made : negationOf(made);
+  }
+
+  // The operations of the language that make a value.
+  Node *valueOp(const Expr &e) {
+    switch (e.builtin->op) {
       case kOpCode: {
         Node *made = operands(node<Node>(nullptr), e);
         made->eval = bySource(made->a->source, [](auto x) -> EvalFn { return codeOf<decltype(x)::value>; });
@@ -1246,22 +1306,11 @@ class Program::Builder {
         made->count = static_cast<std::int32_t>(count);
         return made;
       }
-      case kOpFits: {
-        auto *made = node<FitsNode>(nullptr);
-        made->a = expr(*e.args[0]);
-        made->type = e.fieldType;
-        if (e.args.size() > 2) {
-          made->mask = fixedText(*e.args[2]);
-          if (made->mask == nullptr) made->c = expr(*e.args[2]);
-        }
-        made->eval = bySource(made->a->source, [](auto x) -> EvalFn { return fits<decltype(x)::value>; });
-        return made;
-      }
       case kOpRealByMask: return operands(node<Node>(realByMask), e);
       case kOpIntegerByMask: return operands(node<Node>(integerByMask), e);
       case kOpDateByMask: return operands(node<Node>(dateByMask), e);
       case kOpParameter: return operands(node<Node>(parameter), e);
-      case kOpNone: break;
+      default: break;
     }
     return node<Node>(valueOfInvalid);
   }
