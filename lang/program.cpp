@@ -1,7 +1,9 @@
 #include "quorel/lang/program.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -58,28 +60,34 @@ using TestFn = bool (*)(const Node &, Frame &);
 using RunFn = bool (*)(const Op &, Frame &);  // false: the block was left (ABBRECHEN, ERGEBNIS)
 using ResolveFn = FieldDescriptor *(*)(const Place &, Frame &);
 
-// How a handler may read an operand without calling it.
+// Where an operand comes from. The handlers are instantiated per source, so
+// that a constant, local or field is read in place, without a node and a
+// call of its own.
 enum Source : std::int32_t {
-  kFromNode,      // only through its handler
-  kFromConstant,  // Node::value
-  kFromLocal,     // the local Node::slot
-  kFromField,     // the value of Node::field
+  kFromNode,      // Operand::node, through its handler
+  kFromConstant,  // Operand::value
+  kFromLocal,     // the local Operand::slot
+  kFromField,     // the value of Operand::field, a path without indices
+};
+
+// An operand as its node holds it; the handler knows which member is meant.
+union Operand {
+  const Node *node;
+  Value *value;
+  FieldDescriptor *field;
+  std::int32_t slot;
 };
 
 // An expression. eval gives its value; test its truth as a condition, which
-// for comparisons and GUELTIG and the like needs no value made. Operands
-// come in a, b, c in the order they are evaluated; kinds with more hang
-// them on a subtype.
+// for comparisons, GUELTIG and the like needs no value made. The operands
+// are a, b, c in the order they are evaluated (a constant, local or field
+// node holds itself in a); kinds with more hang them on a subtype.
 struct Node {
   EvalFn eval = nullptr;
   TestFn test = nullptr;
-  Source source = kFromNode;
-  std::int32_t slot = -1;            // kFromLocal: the local; kInterval: the IntervalType
-  Value *value = nullptr;            // kFromConstant
-  FieldDescriptor *field = nullptr;  // kFromField: the field of a path without indices
-  const Node *a = nullptr;
-  const Node *b = nullptr;
-  const Node *c = nullptr;
+  Operand a = {};
+  Operand b = {};
+  Operand c = {};
 };
 
 // A step of a path that is walked at run time.
@@ -94,28 +102,40 @@ struct Step {
 struct Place {
   ResolveFn resolve = nullptr;
   FieldDescriptor *field = nullptr;  // a path without indices: the field; walked from the root: the root
-  std::int32_t ref = -1;             // walked from a reference: its slot
+  std::int32_t ref = -1;             // from a reference: its slot
   std::int32_t member = -1;          // a reference's member: the child's slot
   const Step *steps = nullptr;
   std::int32_t count = 0;
 };
 
-struct ListNode : Node {  // UND, ODER chains, series
+struct ListNode : Node {  // chains of UND and ODER, series, arguments
   const Node **items = nullptr;
   std::int32_t count = 0;
 };
 
-struct ReadNode : Node {  // a field's value, the path walked
+struct ReadNode : Node {  // a field's value, where the path is walked
   Place place;
 };
 
-struct CallNode : Node {  // a Functions call
-  Value *(*call0)(RuntimeContext *) = nullptr;
-  Value *(*call1)(RuntimeContext *, Value *) = nullptr;
-  Value *(*call2)(RuntimeContext *, Value *, Value *) = nullptr;
-  Value *(*call3)(RuntimeContext *, Value *, Value *, Value *) = nullptr;
-  Value *(*callArray)(RuntimeContext *, FieldArray *) = nullptr;
-  Place array;  // callArray's argument
+struct Call0Node : Node {
+  Value *(*call)(RuntimeContext *) = nullptr;
+};
+
+struct Call1Node : Node {
+  Value *(*call)(RuntimeContext *, Value *) = nullptr;
+};
+
+struct Call2Node : Node {  // also the operators
+  Value *(*call)(RuntimeContext *, Value *, Value *) = nullptr;
+};
+
+struct Call3Node : Node {
+  Value *(*call)(RuntimeContext *, Value *, Value *, Value *) = nullptr;
+};
+
+struct CallArrayNode : Node {
+  Value *(*call)(RuntimeContext *, FieldArray *) = nullptr;
+  Place array;
 };
 
 struct CountNode : ListNode {  // ANZAHL: the indices in items
@@ -123,9 +143,9 @@ struct CountNode : ListNode {  // ANZAHL: the indices in items
   const std::int32_t *dims = nullptr;  // the declared sizes, 0 for a size per record
 };
 
-struct FitsNode : Node {  // PASST
+struct FitsNode : Node {  // PASST: the mask is fixed, or c, or none
   FieldType type = FieldTypeText;
-  const char *mask = nullptr;  // a fixed mask; else c, or none
+  const char *mask = nullptr;
 };
 
 struct UserCallNode : ListNode {  // a function of the file: the arguments in items
@@ -164,7 +184,7 @@ struct IfOp : Op {
 };
 
 struct LetOp : Op {  // SEI, SETZE
-  const Node *value = nullptr;
+  Operand value = {};
   std::int32_t slot = -1;
 };
 
@@ -281,15 +301,15 @@ inline Value *eval(const Node &n, Frame &f) { return n.eval(n, f); }
 inline bool test(const Node &n, Frame &f) { return n.test(n, f); }
 
 template <Source S>
-inline Value *operand(const Node &n, Frame &f) {
+inline Value *operand(const Operand &o, Frame &f) {
   if constexpr (S == kFromConstant) {
-    return n.value;
+    return o.value;
   } else if constexpr (S == kFromLocal) {
-    return f.locals[n.slot];
+    return f.locals[o.slot];
   } else if constexpr (S == kFromField) {
-    return static_cast<Field *>(n.field)->get(f.rt);
+    return static_cast<Field *>(o.field)->get(f.rt);
   } else {
-    return n.eval(n, f);
+    return eval(*o.node, f);
   }
 }
 
@@ -368,28 +388,28 @@ inline FieldDescriptor *resolve(const Place &p, Frame &f) { return p.resolve(p, 
 
 // --- expressions
 
-Value *constant(const Node &n, Frame &) { return n.value; }
-Value *local(const Node &n, Frame &f) { return f.locals[n.slot]; }
-Value *readField(const Node &n, Frame &f) { return operand<kFromField>(n, f); }
+// A constant, local or field where a node is needed.
+template <Source S>
+Value *leafValue(const Node &n, Frame &f) {
+  return operand<S>(n.a, f);
+}
 
+template <Source S>
+bool leafTruth(const Node &n, Frame &f) {
+  return operand<S>(n.a, f)->asBool();
+}
+
+// A member of a reference: a the reference's slot, b the member's.
 Value *readRefMember(const Node &n, Frame &f) {
-  const Place &p = static_cast<const ReadNode &>(n).place;
-  return static_cast<Field *>(static_cast<DeclaredTopic *>(f.refs[p.ref])->slot(p.member))->get(f.rt);
+  return static_cast<Field *>(static_cast<DeclaredTopic *>(f.refs[n.a.slot])->slot(n.b.slot))->get(f.rt);
 }
 
 Value *readPlace(const Node &n, Frame &f) {
-  const Place &p = static_cast<const ReadNode &>(n).place;
-  return static_cast<Field *>(resolve(p, f))->get(f.rt);
+  return static_cast<Field *>(resolve(static_cast<const ReadNode &>(n).place, f))->get(f.rt);
 }
 
 bool truthOf(const Node &n, Frame &f) { return eval(n, f)->asBool(); }
 Value *valueOfTest(const Node &n, Frame &f) { return f.rt->createBoolValue(test(n, f)); }
-
-// The truth of a constant, local or field, read without a call.
-template <Source S>
-bool truthOfOperand(const Node &n, Frame &f) {
-  return operand<S>(n, f)->asBool();
-}
 
 // The truth of the value that E makes, or with kHolds false its negation:
 // a NICHT folded into the node below it.
@@ -401,13 +421,16 @@ bool truthOfValue(const Node &n, Frame &f) {
 template <Source A>
 bool negation(const Node &n, Frame &f) {
   if constexpr (A == kFromNode) {
-    return !test(*n.a, f);
+    return !test(*n.a.node, f);
   } else {
-    return !operand<A>(*n.a, f)->asBool();
+    return !operand<A>(n.a, f)->asBool();
   }
 }
 
-Value *negative(const Node &n, Frame &f) { return F::neg(f.rt, eval(*n.a, f)); }
+Value *negative(const Node &n, Frame &f) { return F::neg(f.rt, eval(*n.a.node, f)); }
+
+bool both(const Node &n, Frame &f) { return test(*n.a.node, f) && test(*n.b.node, f); }
+bool either(const Node &n, Frame &f) { return test(*n.a.node, f) || test(*n.b.node, f); }
 
 bool allOf(const Node &n, Frame &f) {
   const auto &list = static_cast<const ListNode &>(n);
@@ -427,14 +450,14 @@ bool anyOf(const Node &n, Frame &f) {
 
 template <Source A, Source B, bool kHolds>
 bool isIn(const Node &n, Frame &f) {
-  Value *element = operand<A>(*n.a, f);
-  return operand<B>(*n.b, f)->contains(element) == kHolds;
+  Value *element = operand<A>(n.a, f);
+  return operand<B>(n.b, f)->contains(element) == kHolds;
 }
 
 template <BinaryOp op, Source A, Source B>
 bool compare(const Node &n, Frame &f) {
-  Value *a = operand<A>(*n.a, f);
-  Value *b = operand<B>(*n.b, f);
+  Value *a = operand<A>(n.a, f);
+  Value *b = operand<B>(n.b, f);
   if constexpr (op == kEq) return a->eq(b);
   if constexpr (op == kNe) return a->ne(b);
   if constexpr (op == kGt) return a->gt(b);
@@ -447,46 +470,48 @@ bool compare(const Node &n, Frame &f) {
 // GUELTIG, GESETZT or BRAUCHBAR, or with kHolds false its negation.
 template <LanguageOp op, Source A, bool kHolds>
 bool holds(const Node &n, Frame &f) {
-  Value *v = operand<A>(*n.a, f);
+  Value *v = operand<A>(n.a, f);
   if constexpr (op == kOpValid) return v->isValid() == kHolds;
   if constexpr (op == kOpSet) return v->isNil() != kHolds;
   if constexpr (op == kOpUsable) return v->isUsable() == kHolds;
   return false;
 }
 
-Value *call0(const Node &n, Frame &f) { return static_cast<const CallNode &>(n).call0(f.rt); }
+Value *call0(const Node &n, Frame &f) { return static_cast<const Call0Node &>(n).call(f.rt); }
 
 template <Source A>
 Value *call1(const Node &n, Frame &f) {
-  return static_cast<const CallNode &>(n).call1(f.rt, operand<A>(*n.a, f));
+  return static_cast<const Call1Node &>(n).call(f.rt, operand<A>(n.a, f));
 }
 
 template <Source A, Source B>
 Value *call2(const Node &n, Frame &f) {
-  Value *a = operand<A>(*n.a, f);
-  return static_cast<const CallNode &>(n).call2(f.rt, a, operand<B>(*n.b, f));
+  Value *a = operand<A>(n.a, f);
+  return static_cast<const Call2Node &>(n).call(f.rt, a, operand<B>(n.b, f));
 }
 
 // RUNDEN without digits.
-Value *call2Alone(const Node &n, Frame &f) { return static_cast<const CallNode &>(n).call2(f.rt, eval(*n.a, f), nullptr); }
+Value *call2Alone(const Node &n, Frame &f) {
+  return static_cast<const Call2Node &>(n).call(f.rt, eval(*n.a.node, f), nullptr);
+}
 
 Value *call3(const Node &n, Frame &f) {
-  Value *a = eval(*n.a, f);
-  Value *b = eval(*n.b, f);
-  return static_cast<const CallNode &>(n).call3(f.rt, a, b, eval(*n.c, f));
+  Value *a = eval(*n.a.node, f);
+  Value *b = eval(*n.b.node, f);
+  return static_cast<const Call3Node &>(n).call(f.rt, a, b, eval(*n.c.node, f));
 }
 
 Value *callArray(const Node &n, Frame &f) {
-  const auto &call = static_cast<const CallNode &>(n);
-  return call.callArray(f.rt, static_cast<FieldArray *>(resolve(call.array, f)));
+  const auto &call = static_cast<const CallArrayNode &>(n);
+  return call.call(f.rt, static_cast<FieldArray *>(resolve(call.array, f)));
 }
 
 template <Source A>
 Value *codeOf(const Node &n, Frame &f) {
-  return f.rt->getClassificationByCode(operand<A>(*n.a, f)->asString());
+  return f.rt->getClassificationByCode(operand<A>(n.a, f)->asString());
 }
 
-Value *codeOfText(const Node &n, Frame &f) { return f.rt->getClassificationByValue(eval(*n.a, f)->asString()); }
+Value *codeOfText(const Node &n, Frame &f) { return f.rt->getClassificationByValue(eval(*n.a.node, f)->asString()); }
 
 // ANZAHL(array; indices...): the size of the dimension after the indices.
 Value *countOf(const Node &n, Frame &f) {
@@ -502,31 +527,31 @@ Value *countOf(const Node &n, Frame &f) {
 template <Source A>
 Value *fits(const Node &n, Frame &f) {
   const auto &fits = static_cast<const FitsNode &>(n);
-  Value *v = operand<A>(*n.a, f);
-  const char *mask = n.c != nullptr ? eval(*n.c, f)->asString() : fits.mask;
+  Value *v = operand<A>(n.a, f);
+  const char *mask = n.c.node != nullptr ? eval(*n.c.node, f)->asString() : fits.mask;
   return F::isTypeConform(f.rt, v, fits.type, mask);
 }
 
 Value *realByMask(const Node &n, Frame &f) {
-  Value *v = eval(*n.a, f);
-  return f.rt->createNumberValue(Util::stringToReal(v->asString(), eval(*n.b, f)->asString()));
+  Value *v = eval(*n.a.node, f);
+  return f.rt->createNumberValue(Util::stringToReal(v->asString(), eval(*n.b.node, f)->asString()));
 }
 
 Value *integerByMask(const Node &n, Frame &f) {
-  Value *v = eval(*n.a, f);
-  return f.rt->createNumberValue(static_cast<double>(Util::stringToInteger(v->asString(), eval(*n.b, f)->asString())));
+  Value *v = eval(*n.a.node, f);
+  return f.rt->createNumberValue(static_cast<double>(Util::stringToInteger(v->asString(), eval(*n.b.node, f)->asString())));
 }
 
 Value *dateByMask(const Node &n, Frame &f) {
-  Value *v = eval(*n.a, f);
-  const char *mask = eval(*n.b, f)->asString();
+  Value *v = eval(*n.a.node, f);
+  const char *mask = eval(*n.b.node, f)->asString();
   std::tm date{};
   Util::stringToDate(&date, v->asString(), mask);
   return f.rt->createDateValue(&date, mask);
 }
 
 Value *parameter(const Node &n, Frame &f) {
-  Value *param = f.rt->getInitParam(eval(*n.a, f)->asString());
+  Value *param = f.rt->getInitParam(eval(*n.a.node, f)->asString());
   return param != nullptr ? param : f.rt->createNilValue();
 }
 
@@ -558,15 +583,16 @@ Value *external(const Node &n, Frame &f) {
   return result != nullptr ? result : rt->createInvalidValue();
 }
 
+// The bounds in a and b, the IntervalType in c.
 Value *interval(const Node &n, Frame &f) {
-  Value *first = eval(*n.a, f);
-  return f.rt->createIntervalRange(first, eval(*n.b, f), static_cast<IntervalType>(n.slot));
+  Value *first = eval(*n.a.node, f);
+  return f.rt->createIntervalRange(first, eval(*n.b.node, f), static_cast<IntervalType>(n.c.slot));
 }
 
 Value *sequence(const Node &n, Frame &f) {
-  Value *first = eval(*n.a, f);
-  Value *second = eval(*n.b, f);
-  return f.rt->createSequenceRange(first, second, eval(*n.c, f));
+  Value *first = eval(*n.a.node, f);
+  Value *second = eval(*n.b.node, f);
+  return f.rt->createSequenceRange(first, second, eval(*n.c.node, f));
 }
 
 Value *series(const Node &n, Frame &f) {
@@ -597,6 +623,9 @@ Value *exists(const Node &n, Frame &f) {
   return f.rt->createBoolValue(walk->hasNext());
 }
 
+Value *nothing(const Node &, Frame &f) { return f.rt->createNilValue(); }
+Value *invalid(const Node &, Frame &f) { return f.rt->createInvalidValue(); }
+
 // --- statements
 
 bool branch(const Op &op, Frame &f) {
@@ -610,14 +639,14 @@ bool branch(const Op &op, Frame &f) {
 template <Source S>
 bool let(const Op &op, Frame &f) {
   const auto &let = static_cast<const LetOp &>(op);
-  f.locals[let.slot] = operand<S>(*let.value, f);
+  f.locals[let.slot] = operand<S>(let.value, f);
   f.homes[let.slot] = f.rt->getCurrentSection();
   return true;
 }
 
 bool assign(const Op &op, Frame &f) {
   const auto &set = static_cast<const LetOp &>(op);
-  Value *value = eval(*set.value, f);
+  Value *value = eval(*set.value.node, f);
   PlausiSection *home = f.homes[set.slot];
   if (home != f.rt->getCurrentSection()) {
     // The value would die with the inner section: the variable keeps a
@@ -848,6 +877,13 @@ class Program::Builder {
     return made;
   }
 
+  // An operand as the builder sees it: where it comes from, and what its
+  // node holds of it.
+  struct Arg {
+    Source source;
+    Operand operand;
+  };
+
   template <typename T>
   T *node(EvalFn eval, TestFn test = truthOf) {
     T *made = arena_->make<T>();
@@ -889,12 +925,6 @@ class Program::Builder {
     return expr.constant >= 0 && expr.kind == kText ? constantOf(expr)->asString() : nullptr;
   }
 
-  const Node **nodes(const std::vector<ExprPtr> &exprs, std::size_t from = 0) {
-    const Node **list = arena_->array<const Node *>(exprs.size() - from);
-    for (std::size_t i = from; i < exprs.size(); ++i) list[i - from] = expr(*exprs[i]);
-    return list;
-  }
-
   // --- statements
 
   const Op *block(const Block &body) {
@@ -924,15 +954,15 @@ class Program::Builder {
         return branchOp;
       }
       case kLet: {
-        const Node *value = expr(*stmt.exprs[0]);
-        auto *letOp = op<LetOp>(bySource(value->source, [](auto s) -> RunFn { return let<decltype(s)::value>; }));
-        letOp->value = value;
+        Arg value = arg(*stmt.exprs[0]);
+        auto *letOp = op<LetOp>(bySource(value.source, [](auto s) -> RunFn { return let<decltype(s)::value>; }));
+        letOp->value = value.operand;
         letOp->slot = stmt.slot;
         return letOp;
       }
       case kAssign: {
         auto *setOp = op<LetOp>(assign);
-        setOp->value = expr(*stmt.exprs[0]);
+        setOp->value.node = expr(*stmt.exprs[0]);
         setOp->slot = stmt.slot;
         return setOp;
       }
@@ -1042,7 +1072,7 @@ class Program::Builder {
       built.resolve = refPlace;
       return built;
     }
-    if (path.base == kBaseRef && path.steps.size() == 1 && path.steps[0].indices.empty() && !path.steps[0].name.empty()) {
+    if (refMember(path)) {
       built.resolve = refMemberPlace;
       built.member = path.steps[0].decl->slot;
       return built;
@@ -1062,65 +1092,115 @@ class Program::Builder {
     return built;
   }
 
-  const Node *expr(const Expr &e) {
+  // A member of a reference without indices: kind.Vorname.
+  static bool refMember(const Path &path) {
+    return path.base == kBaseRef && path.steps.size() == 1 && path.steps[0].indices.empty() &&
+           !path.steps[0].name.empty();
+  }
+
+  // e as an operand: constants, locals and fields are read in place.
+  Arg arg(const Expr &e) {
+    Arg built{kFromNode, {}};
     if (e.constant >= 0) {
-      Node *made = node<Node>(constant, truthOfOperand<kFromConstant>);
-      made->source = kFromConstant;
-      made->value = constantOf(e);
-      return made;
+      built.source = kFromConstant;
+      built.operand.value = constantOf(e);
+    } else if (e.kind == kLocal) {
+      built.source = kFromLocal;
+      built.operand.slot = e.slot;
+    } else if (e.kind == kPath && e.staticField >= 0) {
+      built.source = kFromField;
+      built.operand.field = staticFields_[static_cast<std::size_t>(e.staticField)];
+    } else {
+      built.operand.node = inner(e);
     }
+    return built;
+  }
+
+  // e as a node of its own. The node of a constant, local or field is made
+  // once and shared.
+  const Node *expr(const Expr &e) {
+    Arg built = arg(e);
+    if (built.source == kFromNode) return built.operand.node;
+    std::uintptr_t key = built.source == kFromLocal ? static_cast<std::uintptr_t>(built.operand.slot)
+                         : built.source == kFromField ? reinterpret_cast<std::uintptr_t>(built.operand.field)
+                                                       : reinterpret_cast<std::uintptr_t>(built.operand.value);
+    const Node *&leaf = leaves_[{built.source, key}];
+    if (leaf == nullptr) {
+      Node *made = bySource(built.source, [this](auto s) {
+        constexpr Source source = decltype(s)::value;
+        return node<Node>(leafValue<source>, leafTruth<source>);
+      });
+      made->a = built.operand;
+      leaf = made;
+    }
+    return leaf;
+  }
+
+  const Node **nodes(const std::vector<ExprPtr> &exprs) {
+    const Node **list = arena_->array<const Node *>(exprs.size());
+    for (std::size_t i = 0; i < exprs.size(); ++i) list[i] = expr(*exprs[i]);
+    return list;
+  }
+
+  // Every other expression.
+  const Node *inner(const Expr &e) {
     switch (e.kind) {
-      case kLocal: {
-        Node *made = node<Node>(local, truthOfOperand<kFromLocal>);
-        made->source = kFromLocal;
-        made->slot = e.slot;
+      case kPath: {
+        if (refMember(*e.path)) {
+          Node *made = node<Node>(readRefMember);
+          made->a.slot = e.path->refSlot;
+          made->b.slot = e.path->steps[0].decl->slot;
+          return made;
+        }
+        auto *made = node<ReadNode>(readPlace);
+        made->place = place(*e.path);
         return made;
       }
-      case kPath: return read(e);
       case kNot: return polar(*e.args[0], false);
-      case kNeg: {
-        Node *made = node<Node>(negative);
-        made->a = expr(*e.args[0]);
-        return made;
-      }
+      case kNeg: return operands(node<Node>(negative), e);
       case kAnd:
       case kOr: return chain(e);
       case kIn: return in(e, true);
       case kBinary: return binary(e);
       case kCall: return call(e, true);
       case kUserCall: {
-        auto *made = node<UserCallNode>(userCall);
+        auto *made = list<UserCallNode>(userCall, e.args);
         made->function = functions_[static_cast<std::size_t>(e.function->index)];
-        made->items = nodes(e.args);
-        made->count = static_cast<std::int32_t>(e.args.size());
         return made;
       }
       case kExternal: {
-        auto *made = node<ExternalNode>(external);
+        auto *made = list<ExternalNode>(external, e.args);
         made->name = &e.text;
-        made->items = nodes(e.args);
-        made->count = static_cast<std::int32_t>(e.args.size());
         return made;
       }
       case kInterval: {
         Node *made = operands(node<Node>(interval), e);
-        made->slot = e.intervalType;
+        made->c.slot = e.intervalType;
         return made;
       }
       case kSequence: return operands(node<Node>(sequence), e);
-      case kSeries: {
-        auto *made = node<ListNode>(series);
-        made->items = nodes(e.args);
-        made->count = static_cast<std::int32_t>(e.args.size());
-        return made;
-      }
+      case kSeries: return list<ListNode>(series, e.args);
       case kQuery:
       case kExists: return queryOf(e);
-      default: return node<Node>(valueOfNothing);  // not reached: literals are constants
+      default: return node<Node>(nothing);  // not reached: literals are constants
     }
   }
 
-  static Value *valueOfNothing(const Node &, Frame &f) { return f.rt->createNilValue(); }
+  // The operands of e as nodes in a, b, c.
+  template <typename T>
+  T *operands(T *made, const Expr &e) {
+    Operand *slots[] = {&made->a, &made->b, &made->c};
+    for (std::size_t i = 0; i < e.args.size() && i < 3; ++i) slots[i]->node = expr(*e.args[i]);
+    return made;
+  }
+
+  template <typename T>
+  T *list(EvalFn eval, const std::vector<ExprPtr> &exprs) {
+    T *made = node<T>(eval);
+    made->items = nodes(exprs);
+    made->count = static_cast<std::int32_t>(exprs.size());
+    return made;
+  }
 
   // e as a condition that holds when the truth of e is holds. NICHT folds
   // into the tests that can say either; anything else gets a node of its
@@ -1128,13 +1208,17 @@ class Program::Builder {
   const Node *polar(const Expr &e, bool holds) {
     if (e.constant < 0 && e.kind == kIn) return in(e, holds);
     if (e.constant < 0 && e.kind == kCall) return call(e, holds);
-    return holds ? expr(e) : negationOf(expr(e));
+    if (holds) return expr(e);
+    Arg inner = arg(e);
+    Node *made = node<Node>(valueOfTest);
+    made->a = inner.operand;
+    made->test = bySource(inner.source, [](auto s) -> TestFn { return negation<decltype(s)::value>; });
+    return made;
   }
 
   const Node *negationOf(const Node *inner) {
-    Node *made = node<Node>(valueOfTest);
-    made->a = inner;
-    made->test = bySource(inner->source, [](auto x) -> TestFn { return negation<decltype(x)::value>; });
+    Node *made = node<Node>(valueOfTest, negation<kFromNode>);
+    made->a.node = inner;
     return made;
   }
 
@@ -1152,36 +1236,19 @@ class Program::Builder {
   }
 
   const Node *in(const Expr &e, bool holds) {
-    Node *made = operands(node<Node>(valueOfTest), e);
-    made->test = bySource(made->a->source, [&](auto x) {
-      return bySource(made->b->source, [&](auto y) -> TestFn {
-        constexpr Source a = decltype(x)::value;
-        constexpr Source b = decltype(y)::value;
-        if (holds) return isIn<a, b, true>;
-        return isIn<a, b, false>;
+    Node *made = node<Node>(valueOfTest);
+    Arg a = arg(*e.args[0]);
+    Arg b = arg(*e.args[1]);
+    made->a = a.operand;
+    made->b = b.operand;
+    made->test = bySource(a.source, [&](auto x) {
+      return bySource(b.source, [&](auto y) -> TestFn {
+        constexpr Source first = decltype(x)::value;
+        constexpr Source second = decltype(y)::value;
+        if (holds) return isIn<first, second, true>;
+        return isIn<first, second, false>;
       });
     });
-    return made;
-  }
-
-  // The operands of e in a, b, c.
-  template <typename T>
-  T *operands(T *made, const Expr &e) {
-    const Node **slots[] = {&made->a, &made->b, &made->c};
-    for (std::size_t i = 0; i < e.args.size() && i < 3; ++i) *slots[i] = expr(*e.args[i]);
-    return made;
-  }
-
-  const Node *read(const Expr &e) {
-    if (e.staticField >= 0) {
-      Node *made = node<Node>(readField, truthOfOperand<kFromField>);
-      made->source = kFromField;
-      made->field = staticFields_[static_cast<std::size_t>(e.staticField)];
-      return made;
-    }
-    auto *made = node<ReadNode>(readPlace);
-    made->place = place(*e.path);
-    if (made->place.resolve == refMemberPlace) made->eval = readRefMember;
     return made;
   }
 
@@ -1192,21 +1259,30 @@ class Program::Builder {
     const Expr *at = &e;
     for (; at->kind == e.kind && at->constant < 0; at = at->args[0].get()) parts.push_back(at->args[1].get());
     parts.push_back(at);
-    auto *made = node<ListNode>(valueOfTest, e.kind == kAnd ? allOf : anyOf);
+    std::reverse(parts.begin(), parts.end());
+    bool all = e.kind == kAnd;
+    if (parts.size() == 2) {
+      Node *made = node<Node>(valueOfTest, all ? both : either);
+      made->a.node = expr(*parts[0]);
+      made->b.node = expr(*parts[1]);
+      return made;
+    }
+    auto *made = node<ListNode>(valueOfTest, all ? allOf : anyOf);
     made->items = arena_->array<const Node *>(parts.size());
     made->count = static_cast<std::int32_t>(parts.size());
-    for (std::size_t i = 0; i < parts.size(); ++i) made->items[i] = expr(*parts[parts.size() - 1 - i]);
+    for (std::size_t i = 0; i < parts.size(); ++i) made->items[i] = expr(*parts[i]);
     return made;
   }
 
   const Node *binary(const Expr &e) {
     static Value *(*const kApply[])(RuntimeContext *, Value *, Value *) = {
         F::eq, F::ne, F::gt, F::ge, F::lt, F::le, F::plus, F::minus, F::mult, F::div, F::KONKATENIEREN};
-    auto *made = operands(node<CallNode>(nullptr), e);
-    made->call2 = kApply[e.op];
-    Source a = made->a->source;
-    Source b = made->b->source;
-    made->eval = bySource(a, [&](auto x) {
+    auto *made = node<Call2Node>(nullptr);
+    made->call = kApply[e.op];
+    std::pair<Source, Source> sources = twoArgs(made, e);
+    Source a = sources.first;
+    Source b = sources.second;
+    made->eval = bySource(a, [b](auto x) {
       return bySource(b, [](auto y) -> EvalFn { return call2<decltype(x)::value, decltype(y)::value>; });
     });
     switch (e.op) {
@@ -1232,66 +1308,94 @@ class Program::Builder {
   const Node *call(const Expr &e, bool holds) {
     const Builtin &b = *e.builtin;
     if (b.op != kOpNone) return languageOp(e, holds);
-    auto *made = node<CallNode>(nullptr);
     if (b.callArray != nullptr) {
-      made->eval = callArray;
-      made->callArray = b.callArray;
+      auto *made = node<CallArrayNode>(callArray);
+      made->call = b.callArray;
       made->array = place(*e.args[0]->path);
       return holds ? made : negationOf(made);
     }
-    operands(made, e);
-    made->call0 = b.call0;
-    made->call1 = b.call1;
-    made->call2 = b.call2;
-    made->call3 = b.call3;
     if (e.args.size() == 1 && b.call1 != nullptr) {
-      bySource(made->a->source, [&](auto x) { valueAndTruth<call1<decltype(x)::value>>(made, holds); });
+      auto *made = node<Call1Node>(nullptr);
+      made->call = b.call1;
+      Arg a = arg(*e.args[0]);
+      made->a = a.operand;
+      bySource(a.source, [&](auto x) { valueAndTruth<call1<decltype(x)::value>>(made, holds); });
       return made;
     }
     if (e.args.size() == 2) {
-      bySource(made->a->source, [&](auto x) {
-        bySource(made->b->source, [&](auto y) { valueAndTruth<call2<decltype(x)::value, decltype(y)::value>>(made, holds); });
+      auto *made = node<Call2Node>(nullptr);
+      made->call = b.call2;
+      std::pair<Source, Source> sources = twoArgs(made, e);
+      bySource(sources.first, [&](auto x) {
+        bySource(sources.second, [&](auto y) { valueAndTruth<call2<decltype(x)::value, decltype(y)::value>>(made, holds); });
       });
       return made;
     }
-    made->eval = e.args.empty() ? call0 : e.args.size() == 1 ? call2Alone : call3;
+    Node *made;
+    if (e.args.empty()) {
+      auto *none = node<Call0Node>(call0);
+      none->call = b.call0;
+      made = none;
+    } else if (e.args.size() == 1) {
+      auto *alone = operands(node<Call2Node>(call2Alone), e);
+      alone->call = b.call2;
+      made = alone;
+    } else {
+      auto *three = operands(node<Call3Node>(call3), e);
+      three->call = b.call3;
+      made = three;
+    }
     return holds ? made : negationOf(made);
+  }
+
+  // The two operands of e into made; their sources.
+  std::pair<Source, Source> twoArgs(Node *made, const Expr &e) {
+    Arg a = arg(*e.args[0]);
+    Arg b = arg(*e.args[1]);
+    made->a = a.operand;
+    made->b = b.operand;
+    return {a.source, b.source};
   }
 
   // An operation of the language; with holds false, NICHT that operation.
   const Node *languageOp(const Expr &e, bool holds) {
     LanguageOp op = e.builtin->op;
     if (op == kOpValid || op == kOpSet || op == kOpUsable) {
-      Node *made = operands(node<Node>(valueOfTest), e);
-      made->test = bySource(made->a->source, [op, holds](auto x) -> TestFn {
-        constexpr Source a = decltype(x)::value;
-        if (op == kOpValid) return holds ? lang::holds<kOpValid, a, true> : lang::holds<kOpValid, a, false>;
-        if (op == kOpSet) return holds ? lang::holds<kOpSet, a, true> : lang::holds<kOpSet, a, false>;
-        return holds ? lang::holds<kOpUsable, a, true> : lang::holds<kOpUsable, a, false>;
+      Node *made = node<Node>(valueOfTest);
+      Arg a = arg(*e.args[0]);
+      made->a = a.operand;
+      made->test = bySource(a.source, [op, holds](auto x) -> TestFn {
+        constexpr Source s = decltype(x)::value;
+        if (op == kOpValid) return holds ? lang::holds<kOpValid, s, true> : lang::holds<kOpValid, s, false>;
+        if (op == kOpSet) return holds ? lang::holds<kOpSet, s, true> : lang::holds<kOpSet, s, false>;
+        return holds ? lang::holds<kOpUsable, s, true> : lang::holds<kOpUsable, s, false>;
       });
       return made;
     }
     if (op == kOpFits) {
       auto *made = node<FitsNode>(nullptr);
-      made->a = expr(*e.args[0]);
+      Arg a = arg(*e.args[0]);
+      made->a = a.operand;
       made->type = e.fieldType;
       if (e.args.size() > 2) {
         made->mask = fixedText(*e.args[2]);
-        if (made->mask == nullptr) made->c = expr(*e.args[2]);
+        if (made->mask == nullptr) made->c.node = expr(*e.args[2]);
       }
-      bySource(made->a->source, [&](auto x) { valueAndTruth<fits<decltype(x)::value>>(made, holds); });
+      bySource(a.source, [&](auto x) { valueAndTruth<fits<decltype(x)::value>>(made, holds); });
       return made;
     }
-    Node *made = valueOp(e);
+    const Node *made = valueOp(e);
     return holds ? made : negationOf(made);
   }
 
   // The operations of the language that make a value.
-  Node *valueOp(const Expr &e) {
+  const Node *valueOp(const Expr &e) {
     switch (e.builtin->op) {
       case kOpCode: {
-        Node *made = operands(node<Node>(nullptr), e);
-        made->eval = bySource(made->a->source, [](auto x) -> EvalFn { return codeOf<decltype(x)::value>; });
+        Node *made = node<Node>(nullptr);
+        Arg a = arg(*e.args[0]);
+        made->a = a.operand;
+        made->eval = bySource(a.source, [](auto x) -> EvalFn { return codeOf<decltype(x)::value>; });
         return made;
       }
       case kOpCodeOfText: return operands(node<Node>(codeOfText), e);
@@ -1310,12 +1414,9 @@ class Program::Builder {
       case kOpIntegerByMask: return operands(node<Node>(integerByMask), e);
       case kOpDateByMask: return operands(node<Node>(dateByMask), e);
       case kOpParameter: return operands(node<Node>(parameter), e);
-      default: break;
+      default: return node<Node>(invalid);
     }
-    return node<Node>(valueOfInvalid);
   }
-
-  static Value *valueOfInvalid(const Node &, Frame &f) { return f.rt->createInvalidValue(); }
 
   const Node *queryOf(const Expr &e) {
     const Query &q = *e.query;
@@ -1343,7 +1444,6 @@ class Program::Builder {
     made->fieldCount = static_cast<std::int32_t>(fields.size());
     return made;
   }
-
   Program *program_;
   Arena *arena_;
   const Module &module_;
@@ -1351,6 +1451,7 @@ class Program::Builder {
   const std::vector<DeclaredTopic *> &materials_;
   std::vector<FieldDescriptor *> staticFields_;
   std::vector<Routine *> functions_;  // by FunctionDecl::index
+  std::map<std::pair<Source, std::uintptr_t>, const Node *> leaves_;  // the shared nodes of constants, locals, fields
 };
 
 // --- Program
