@@ -818,7 +818,9 @@ bool report(const Op &op, Frame &f) {
 
 // --- building
 
-// Builds the nodes of one Program, in the order a run visits them.
+// Builds the routines of one Program from the checked tree. Each node is
+// made before its operands, in the order a run visits them, so that a run
+// walks the arena forward.
 class Program::Builder {
  public:
   Builder(Program *program, const Module &module, DeclaredTopic *root, const std::vector<DeclaredTopic *> &materials)
@@ -842,11 +844,13 @@ class Program::Builder {
       functions_.push_back(routine);
       program_->functions_.emplace_back(function.get(), routine);
     }
+    std::vector<Routine *> checks;
     for (const FieldCheckDecl &check : module_.fieldChecks) {
       Routine *routine = arena_->make<Routine>();
       routine->section = check.section.c_str();
       routine->locals = check.locals;
       routine->refs = check.refs;
+      checks.push_back(routine);
       program_->fieldChecks_.emplace_back(check.field->decl, routine);
     }
     std::vector<Routine *> rules;
@@ -859,9 +863,7 @@ class Program::Builder {
       rules.push_back(routine);
     }
     for (std::size_t i = 0; i < module_.functions.size(); ++i) functions_[i]->body = block(module_.functions[i]->body);
-    for (std::size_t i = 0; i < module_.fieldChecks.size(); ++i) {
-      const_cast<Routine *>(program_->fieldChecks_[i].second)->body = block(module_.fieldChecks[i].body);
-    }
+    for (std::size_t i = 0; i < module_.fieldChecks.size(); ++i) checks[i]->body = block(module_.fieldChecks[i].body);
     for (const FlowDecl &flow : module_.flows) {
       std::vector<const Routine *> order;
       for (std::int32_t index : flow.ruleIndices) order.push_back(rules[static_cast<std::size_t>(index)]);

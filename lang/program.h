@@ -7,14 +7,15 @@
 // (made once, kept here and only read by the rules), the materials, the
 // function or field check that a call or PRUEFE reaches, the fixed texts of
 // MELDE. A run then makes one call through a handler pointer per node and
-// never switches over the kinds of nodes; the common shapes (a comparison
-// with a constant, GUELTIG of a local or a field, a chain of UND/ODER, a
-// report with fixed texts) have handlers of their own that read their
-// operands without a call.
+// never switches over the kinds of nodes. Handlers are instantiated for
+// where their operands come from, so that constants, locals and fields are
+// read in place rather than through nodes of their own; NICHT folds into
+// GUELTIG, PASST, IN and calls below it; chains of UND and ODER are one
+// node.
 //
-// Results, problems, trails and exceptions are exactly those of the rules
-// as written: the handlers evaluate in the order of the file and call the
-// library as the C++ emitter's code does.
+// Problems, texts, trails, the fields read and exceptions are exactly
+// those of the rules as written: the handlers evaluate in the order of the
+// file and make the library calls the tree names.
 //
 // A program is read-only once built. It reads the module and the topics it
 // was built over, which must outlive it, and owns its nodes and constants.
