@@ -1239,12 +1239,9 @@ class Program::Builder {
 
   const Node *in(const Expr &e, bool holds) {
     Node *made = node<Node>(valueOfTest);
-    Arg a = arg(*e.args[0]);
-    Arg b = arg(*e.args[1]);
-    made->a = a.operand;
-    made->b = b.operand;
-    made->test = bySource(a.source, [&](auto x) {
-      return bySource(b.source, [&](auto y) -> TestFn {
+    std::pair<Source, Source> sources = twoArgs(made, e);
+    made->test = bySource(sources.first, [&](auto x) {
+      return bySource(sources.second, [&](auto y) -> TestFn {
         constexpr Source first = decltype(x)::value;
         constexpr Source second = decltype(y)::value;
         if (holds) return isIn<first, second, true>;
