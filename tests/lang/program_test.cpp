@@ -60,10 +60,10 @@ TEST(ProgramTest, EveryTestAndItsNegationAgreeAsConditionAndAsValue) {
   for (std::size_t i = 0; i < conditions.size(); ++i) {
     const std::string c = "(" + conditions[i].first + ")";
     const std::string id = std::to_string(i);
-    body += "WENN " + c + " DANN " + say(id + "a") + "ENDE\n";
-    body += "WENN NICHT " + c + " DANN " + say(id + "b") + "ENDE\n";
-    body += "SEI w" + id + " = " + c + "\nWENN w" + id + " DANN " + say(id + "c") + "ENDE\n";
-    body += "SEI v" + id + " = NICHT " + c + "\nWENN v" + id + " DANN " + say(id + "d") + "ENDE\n";
+    body += "WENN " + c + " DANN " + say(id + "a");
+    body += "WENN NICHT " + c + " DANN " + say(id + "b");
+    body += "SEI w" + id + " = " + c + "\nWENN w" + id + " DANN " + say(id + "c");
+    body += "SEI v" + id + " = NICHT " + c + "\nWENN v" + id + " DANN " + say(id + "d");
     expected += conditions[i].second ? id + "a " + id + "c " : id + "b " + id + "d ";
   }
   std::string out = runText(kRecord + "REGEL T\n" + body + "ENDE\n",
