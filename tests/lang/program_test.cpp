@@ -69,7 +69,9 @@ TEST(ProgramTest, EveryTestAndItsNegationAgreeAsConditionAndAsValue) {
   std::string out = runText(kRecord + "REGEL T\n" + body + "ENDE\n",
                             {{"R.Name", "Anna"}, {"R.Zahl", "5"}, {"R.Ja", "wahr"}, {"R.Datum", "31.12.2024"}});
   std::string ids;  // the first word of each problem's line
-  for (std::size_t line = 0; line < out.size(); line = out.find('\n', line) + 1) {
+  for (std::size_t line = 0, end; line < out.size(); line = end + 1) {
+    end = out.find('\n', line);
+    if (end == std::string::npos) end = out.size();
     ids += out.substr(line, out.find(' ', line) - line) + " ";
   }
   EXPECT_EQ(ids, expected) << out;
