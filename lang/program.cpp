@@ -837,28 +837,20 @@ class Program::Builder {
     // Every routine exists before any body is built: calls and PRUEFE may
     // reach those declared later.
     for (const auto &function : module_.functions) {
-      Routine *routine = arena_->make<Routine>();
-      routine->locals = function->locals;
-      routine->refs = function->refs;
+      Routine *routine = routineOf(nullptr, function->locals, function->refs);
       routine->params = static_cast<std::int32_t>(function->params.size());
       functions_.push_back(routine);
       program_->functions_.emplace_back(function.get(), routine);
     }
     std::vector<Routine *> checks;
     for (const FieldCheckDecl &check : module_.fieldChecks) {
-      Routine *routine = arena_->make<Routine>();
-      routine->section = check.section.c_str();
-      routine->locals = check.locals;
-      routine->refs = check.refs;
+      Routine *routine = routineOf(check.section.c_str(), check.locals, check.refs);
       checks.push_back(routine);
       program_->fieldChecks_.emplace_back(check.field->decl, routine);
     }
     std::vector<Routine *> rules;
     for (const RuleDecl &rule : module_.rules) {
-      Routine *routine = arena_->make<Routine>();
-      routine->section = rule.section.c_str();
-      routine->locals = rule.locals;
-      routine->refs = rule.refs;
+      Routine *routine = routineOf(rule.section.c_str(), rule.locals, rule.refs);
       routine->body = block(rule.body);
       rules.push_back(routine);
     }
@@ -872,6 +864,15 @@ class Program::Builder {
   }
 
  private:
+  // A routine without a body yet, running in section (null: the caller's).
+  Routine *routineOf(const char *section, std::int32_t locals, std::int32_t refs) {
+    Routine *routine = arena_->make<Routine>();
+    routine->section = section;
+    routine->locals = locals;
+    routine->refs = refs;
+    return routine;
+  }
+
   template <typename T>
   T *op(RunFn run) {
     T *made = arena_->make<T>();
