@@ -104,21 +104,11 @@ void ArrayValueIterator::advance() {
   for (std::int32_t d = dimensionCount_ - 1; d >= 0; --d) {
     std::int32_t candidate;
     if (step(d, &candidate)) {
-      // The size of dimension d under the indices before it: those indices,
-      // closed by -1 in place of d's own for the time of the question.
-      std::int32_t &own = indices_[static_cast<std::size_t>(d)];
-      std::int32_t kept = own;
-      own = -1;
-      std::int32_t size;
-      try {
-        size = getSize(context_, indices_.data());
-      } catch (...) {
-        own = kept;
-        throw;
-      }
-      own = kept;
-      if (candidate < size) {
-        own = candidate;
+      // The size of dimension d under the indices before it.
+      outer_.assign(indices_.begin(), indices_.begin() + d);
+      outer_.push_back(-1);
+      if (candidate < getSize(context_, outer_.data())) {
+        indices_[static_cast<std::size_t>(d)] = candidate;
         return;
       }
     }

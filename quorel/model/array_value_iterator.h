@@ -74,6 +74,7 @@ class ArrayValueIterator : public ValueIterator {
   Restrictions restrictions_;
   std::vector<Walk, PoolAllocator<Walk>> walks_;
   Indices indices_;  // closed by -1
+  Indices outer_;    // the indices before a dimension, closed by -1
   bool more_ = true;
 };
 
