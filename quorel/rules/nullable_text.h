@@ -9,6 +9,8 @@
 #define QUOREL_RULES_NULLABLE_TEXT_H_
 
 #include <cstddef>
+#include <cstring>
+#include <functional>
 #include <string>
 
 namespace quorel {
@@ -17,12 +19,19 @@ class NullableText {
  public:
   void set(const char *text) {
     if (text == nullptr) return;
-    text_.assign(text);
-    set_ = true;
+    set(text, std::strlen(text));
   }
   // The first length bytes of text, which must have as many.
   void set(const char *text, std::size_t length) {
-    text_.assign(text, length);
+    // Emptied and appended rather than assigned, which costs several times
+    // the copy of a short text, unless the source is this very text (an
+    // object given its own text back), which only assignment survives.
+    if (isOwn(text)) {
+      text_.assign(text, length);
+    } else {
+      text_.clear();
+      text_.append(text, length);
+    }
     set_ = true;
   }
   const char *get() const { return set_ ? text_.c_str() : nullptr; }
@@ -33,6 +42,11 @@ class NullableText {
   }
 
  private:
+  bool isOwn(const char *text) const {
+    std::less_equal<const char *> notAfter;
+    return notAfter(text_.data(), text) && notAfter(text, text_.data() + text_.size());
+  }
+
   std::string text_;
   bool set_ = false;
 };

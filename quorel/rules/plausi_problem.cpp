@@ -22,7 +22,10 @@ void PlausiProblem::addPlausiSection(const char *name) {
   if (sectionCount_ == sections_.size()) {
     sections_.emplace_back(name);
   } else {
-    sections_[sectionCount_].assign(name);
+    // Into the kept memory, as NullableText copies.
+    std::string &kept = sections_[sectionCount_];
+    kept.clear();
+    kept.append(name);
   }
   ++sectionCount_;
 }

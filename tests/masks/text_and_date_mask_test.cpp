@@ -1,4 +1,6 @@
+#include <ctime>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -119,6 +121,39 @@ TEST(DateMaskTest, ElementsAndTheirMessages) {
   for (const auto &c : cases) {
     std::tm date{};
     EXPECT_EQ(c.expected, dateOutcome(c.value, c.mask, &date)) << c.value << " / " << (c.mask ? c.mask : "(null)");
+  }
+}
+
+// The default mask reads a well-formed date in one go and leaves the rest to
+// the reading letter by letter. The same mask with escaped dots always takes
+// the second way, so on any text the two must agree: fields or message.
+TEST(DateMaskTest, TheDefaultMaskReadsAsItsSpelledOutTwin) {
+  auto outcome = [](const std::string &value, const char *mask) {
+    std::tm date{};
+    try {
+      Util::stringToDate(&date, value.c_str(), mask);
+    } catch (const PlausiException &e) {
+      return std::string(e.getMessage());
+    }
+    return std::to_string(date.tm_mday) + "/" + std::to_string(date.tm_mon) + "/" + std::to_string(date.tm_year);
+  };
+  const std::string seeds[] = {"29.02.2000", "29.02.1900", "31.04.2010", "31.12.9999", "01.01.1900", "00.00.0000"};
+  const char replacements[] = {'0', '1', '2', '3', '9', '.', 'x', ' '};
+  std::vector<std::string> texts;
+  for (const std::string &seed : seeds) {
+    for (std::size_t length = 0; length <= seed.size() + 1; ++length) texts.push_back((seed + "1").substr(0, length));
+    for (std::size_t at = 0; at < seed.size(); ++at) {
+      for (char c : replacements) {
+        std::string text = seed;
+        text[at] = c;
+        texts.push_back(text);
+      }
+    }
+  }
+  for (const std::string &text : texts) {
+    EXPECT_EQ(outcome(text, "TT\\.MM\\.JJJJ"), outcome(text, "TT.MM.JJJJ")) << text;
+    EXPECT_EQ(outcome(text, "TT.MM.JJJJ"), outcome(text, nullptr)) << text;
+    EXPECT_EQ(outcome(text, "TT.MM.JJJJ"), outcome(text, "LTT.MM.JJJJ")) << text;
   }
 }
 
