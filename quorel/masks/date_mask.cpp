@@ -119,11 +119,11 @@ int twoDigits(const char *text) { return (text[0] - '0') * 10 + (text[1] - '0');
 bool readPlainDate(const char *value, const char *mask, std::tm *target) {
   if (std::strcmp(mask, kDefaultMask) != 0) return false;
   // In order, so that a short text ends the look at its terminator.
-  for (int i = 0; i < 10; ++i) {
-    bool dot = i == 2 || i == 5;
-    if (dot ? value[i] != '.' : !isDigit(value[i])) return false;
+  auto digit = [value](int at) { return isDigit(value[at]); };
+  if (!(digit(0) && digit(1) && value[2] == '.' && digit(3) && digit(4) && value[5] == '.' && digit(6) &&
+        digit(7) && digit(8) && digit(9) && value[10] == '\0')) {
+    return false;
   }
-  if (value[10] != '\0') return false;
   int day = twoDigits(value);
   int month = twoDigits(value + 3);
   int year = twoDigits(value + 6) * 100 + twoDigits(value + 8);

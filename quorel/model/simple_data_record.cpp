@@ -1,5 +1,7 @@
 #include "quorel/model/simple_data_record.h"
 
+#include <typeinfo>
+
 #include "quorel/masks/text_hash.h"
 #include "quorel/masks/util.h"
 #include "quorel/model/field_descriptor.h"
@@ -37,6 +39,16 @@ void SimpleDataRecord::store(std::int32_t key, Value *value) {
   values_.put(key, std::unique_ptr<Value>(value));
 }
 
+void SimpleDataRecord::storeText(std::int32_t key, const char *text) {
+  Value *former = find(key);
+  // The exact class: a value of another kind is replaced as any value is.
+  if (former != nullptr && typeid(*former) == typeid(StringValue)) {
+    static_cast<StringValue *>(former)->retext(text);
+    return;
+  }
+  store(key, new StringValue(text));
+}
+
 std::int32_t SimpleDataRecord::getSize(FieldDescriptor *field, std::int32_t *indices) {
   Value *size = find(getKeyForSizeAsHashCode(field, indices));
   return size == nullptr ? 0 : static_cast<std::int32_t>(size->asInteger());
@@ -60,7 +72,7 @@ double SimpleDataRecord::getReal(FieldDescriptor *field) {
 }
 
 void SimpleDataRecord::setString(FieldDescriptor *field, const char *text) {
-  store(getKeyAsHashCode(field), new StringValue(text));
+  storeText(getKeyAsHashCode(field), text != nullptr ? text : "");
 }
 
 void SimpleDataRecord::setInteger(FieldDescriptor *field, std::int64_t number) {
@@ -87,7 +99,11 @@ std::int32_t SimpleDataRecord::keyOfSize(const char *name) {
 }
 
 void SimpleDataRecord::setValueAt(std::int32_t key, const char *text) {
-  store(key, text != nullptr ? new StringValue(text) : nullptr);
+  if (text == nullptr) {
+    store(key, nullptr);
+  } else {
+    storeText(key, text);
+  }
 }
 
 void SimpleDataRecord::setValueAt(std::int32_t key, std::int64_t number) {
@@ -105,7 +121,7 @@ void SimpleDataRecord::setValue(const char *name, std::int32_t number) {
 void SimpleDataRecord::setValue(const char *name, double number) { setValueAt(keyOf(name), number); }
 
 void SimpleDataRecord::setValue(const char *name, const char *text) {
-  store(keyOf(name), new StringValue(text));
+  storeText(keyOf(name), text != nullptr ? text : "");
 }
 
 void SimpleDataRecord::setSize(const char *name, std::int32_t size) {

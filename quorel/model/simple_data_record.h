@@ -6,7 +6,8 @@
 // Only hash codes are kept: two texts with the same code are one field.
 // Numbers are held as NumberValue (integers pass through a double), texts as
 // StringValue; the record owns them until they are replaced, emptied or the
-// record dies. Values handed out stay valid until that key changes.
+// record dies. Values handed out stay valid until that key changes: a text
+// that replaces a text may reuse the former value for the new one.
 
 #ifndef QUOREL_MODEL_SIMPLE_DATA_RECORD_H_
 #define QUOREL_MODEL_SIMPLE_DATA_RECORD_H_
@@ -66,6 +67,9 @@ class SimpleDataRecord : public DataRecord {
   // Stores value under key, replacing and destroying what was there; null
   // removes the key.
   void store(std::int32_t key, Value *value);
+  // Stores a text under key; a text there before takes the new one in its
+  // memory.
+  void storeText(std::int32_t key, const char *text);
 
   CodeTable<Value> values_;
 };

@@ -10,8 +10,9 @@
 
 #include <cstddef>
 #include <cstring>
-#include <functional>
 #include <string>
+
+#include "quorel/values/text_copy.h"
 
 namespace quorel {
 
@@ -23,15 +24,7 @@ class NullableText {
   }
   // The first length bytes of text, which must have as many.
   void set(const char *text, std::size_t length) {
-    // Emptied and appended rather than assigned, which costs several times
-    // the copy of a short text, unless the source is this very text (an
-    // object given its own text back), which only assignment survives.
-    if (isOwn(text)) {
-      text_.assign(text, length);
-    } else {
-      text_.clear();
-      text_.append(text, length);
-    }
+    copyText(&text_, text, length);
     set_ = true;
   }
   const char *get() const { return set_ ? text_.c_str() : nullptr; }
@@ -42,11 +35,6 @@ class NullableText {
   }
 
  private:
-  bool isOwn(const char *text) const {
-    std::less_equal<const char *> notAfter;
-    return notAfter(text_.data(), text) && notAfter(text, text_.data() + text_.size());
-  }
-
   std::string text_;
   bool set_ = false;
 };

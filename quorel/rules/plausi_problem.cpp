@@ -1,6 +1,9 @@
 #include "quorel/rules/plausi_problem.h"
 
 #include <cstdarg>
+#include <cstring>
+
+#include "quorel/values/text_copy.h"
 
 namespace quorel {
 
@@ -22,10 +25,7 @@ void PlausiProblem::addPlausiSection(const char *name) {
   if (sectionCount_ == sections_.size()) {
     sections_.emplace_back(name);
   } else {
-    // Into the kept memory, as NullableText copies.
-    std::string &kept = sections_[sectionCount_];
-    kept.clear();
-    kept.append(name);
+    copyText(&sections_[sectionCount_], name, std::strlen(name));
   }
   ++sectionCount_;
 }

@@ -4,6 +4,7 @@
 
 #include "quorel/masks/util.h"
 #include "quorel/platform/case_compare.h"
+#include "quorel/values/text_copy.h"
 #include "quorel/values/value_messages.h"
 
 namespace quorel {
@@ -15,6 +16,8 @@ StringValue::StringValue(std::string text) : text_(std::move(text)) {}
 StringValue::StringValue(const char *text, const unsigned char (&byteMap)[256]) : StringValue(text) {
   for (char &c : text_) c = static_cast<char>(byteMap[static_cast<unsigned char>(c)]);
 }
+
+void StringValue::retext(const char *text) { copyText(&text_, text, std::strlen(text)); }
 
 const char *StringValue::asString() { return text_.c_str(); }
 

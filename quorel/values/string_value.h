@@ -29,7 +29,8 @@ class StringValue : public ScalarValue {
   double asReal() override;
   bool asBool() override;
   // The date read from the text. The tm belongs to the value and holds the
-  // same date at every call, since the text never changes.
+  // same date at every call, since the text never changes while anyone may
+  // hold the value.
   std::tm *asDate() override;
   OperatorLevel getOperatorLevel() override;
   Value *copy() override;
@@ -43,6 +44,12 @@ class StringValue : public ScalarValue {
   bool leImpl(Value *other) override;
 
  private:
+  // A SimpleDataRecord that stores a text where it held one gives its value
+  // the new text rather than making a new value: a host fills one record
+  // row after row. The former text's value is gone by the record's terms.
+  friend class SimpleDataRecord;
+  void retext(const char *text);
+
   int compareTo(Value *other);
 
   // Made at the first asDate: few texts are read as dates, and every field

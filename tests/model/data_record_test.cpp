@@ -1,3 +1,5 @@
+#include <ctime>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -37,6 +39,53 @@ TEST_F(SimpleDataRecordTest, StoresByHierarchyTextAndReplacesAnyKind) {
   EXPECT_EQ(9007199254740992LL, record_.getInteger(root_.alter));
   record_.setValue("Root.Betrag", "1.234,5");
   EXPECT_DOUBLE_EQ(1234.5, record_.getReal(root_.betrag));
+}
+
+// A record filled row after row reuses the values of its texts. Each row must
+// read exactly as the same row in a record of its own, whatever kind the
+// field held before (text, number, nothing) and whatever the text (longer,
+// shorter, its own text handed back, a date read from the former text).
+TEST_F(SimpleDataRecordTest, ARefilledRecordReadsAsAFreshOne) {
+  struct Cell {
+    const char *text;  // null: a number instead
+    double number;
+  };
+  const Cell rows[] = {{"01.02.2003", 0},      {"a much longer text than fits in place", 0},
+                       {"x", 0},               {nullptr, 4.5},
+                       {"1.234,5", 0},         {"", 0},
+                       {"29.02.2000", 0},      {nullptr, -1}};
+  auto dateOf = [](Value *value) -> std::string {
+    try {
+      std::tm *date = value->asDate();
+      return std::to_string(date->tm_year) + "-" + std::to_string(date->tm_mon) + "-" + std::to_string(date->tm_mday);
+    } catch (const PlausiException &e) {
+      return e.getMessage();
+    }
+  };
+  std::int32_t key = SimpleDataRecord::keyOf("Root.Name");
+  for (const Cell &row : rows) {
+    SimpleDataRecord fresh;
+    for (SimpleDataRecord *record : {&record_, &fresh}) {
+      if (row.text != nullptr) {
+        record->setValueAt(key, row.text);
+      } else {
+        record->setValueAt(key, row.number);
+      }
+    }
+    EXPECT_STREQ(fresh.getString(root_.name), record_.getString(root_.name)) << row.text;
+    Value *refilled = record_.getValue("Root.Name");
+    Value *made = fresh.getValue("Root.Name");
+    EXPECT_EQ(made->getOperatorLevel(), refilled->getOperatorLevel());
+    EXPECT_EQ(dateOf(made), dateOf(refilled)) << row.text;
+  }
+  // A text handed back to its own field, whole or in part, survives the copy.
+  record_.setValue("Root.Name", "Antragsteller");
+  record_.setValue("Root.Name", record_.getString(root_.name));
+  EXPECT_STREQ("Antragsteller", record_.getString(root_.name));
+  record_.setValue("Root.Name", record_.getString(root_.name) + 6);
+  EXPECT_STREQ("steller", record_.getString(root_.name));
+  record_.setValueAt(key, static_cast<const char *>(nullptr));
+  EXPECT_TRUE(record_.isEmpty(root_.name));
 }
 
 TEST_F(SimpleDataRecordTest, SizesPerRowComeFromTheRecord) {
