@@ -44,6 +44,15 @@ class CodeTable {
     return object;
   }
 
+  // Asks the processor to bring the table and every object into the cache,
+  // each in one request that needs no answer, so that the fetches overlap
+  // instead of waiting one by one as lookups find them.
+  void prefetch() const {
+    for (const Slot &slot : slots_) {
+      if (slot.object) __builtin_prefetch(slot.object.get());
+    }
+  }
+
  private:
   // An empty slot holds no object.
   struct Slot {

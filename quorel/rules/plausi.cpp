@@ -1,8 +1,10 @@
 #include "quorel/rules/plausi.h"
 
 #include <cstring>
+#include <typeinfo>
 
 #include "quorel/model/field.h"
+#include "quorel/model/simple_data_record.h"
 #include "quorel/model/topic.h"
 #include "quorel/model/type_descriptor.h"
 #include "quorel/rules/mapping.h"
@@ -36,6 +38,10 @@ Value *Plausi::getClassificationByValue(const char *value) {
 }
 
 void Plausi::perform(PlausiContext *context) {
+  DataRecord *record = context->getDataRecord();
+  if (record != nullptr && typeid(*record) == typeid(SimpleDataRecord)) {
+    static_cast<SimpleDataRecord *>(record)->prefetch();
+  }
   RuntimeContext runtime(context, this);
   performImpl(&runtime, context->getFlow());
 }
