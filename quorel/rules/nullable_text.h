@@ -12,6 +12,7 @@
 #include <cstring>
 #include <string>
 
+#include "quorel/values/object_pool.h"
 #include "quorel/values/text_copy.h"
 
 namespace quorel {
@@ -35,7 +36,7 @@ class NullableText {
   }
 
  private:
-  std::string text_;
+  PooledText text_;
   bool set_ = false;
 };
 

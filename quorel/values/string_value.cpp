@@ -11,7 +11,7 @@ namespace quorel {
 
 StringValue::StringValue(const char *text) : text_(text != nullptr ? text : "") {}
 
-StringValue::StringValue(std::string text) : text_(std::move(text)) {}
+StringValue::StringValue(std::string text) : text_(text.data(), text.size()) {}
 
 StringValue::StringValue(const char *text, const unsigned char (&byteMap)[256]) : StringValue(text) {
   for (char &c : text_) c = static_cast<char>(byteMap[static_cast<unsigned char>(c)]);

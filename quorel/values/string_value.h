@@ -58,7 +58,7 @@ class StringValue : public ScalarValue {
     std::tm date{};
   };
 
-  std::string text_;
+  PooledText text_;
   std::unique_ptr<KeptDate> date_;
 };
 

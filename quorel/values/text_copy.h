@@ -9,13 +9,13 @@
 
 #include <cstddef>
 #include <functional>
-#include <string>
 
 namespace quorel {
 
 // The first length bytes of text into *to, which keeps its capacity; text
-// may lie inside *to.
-inline void copyText(std::string *to, const char *text, std::size_t length) {
+// may lie inside *to. Text is std::string or PooledText.
+template <typename Text>
+void copyText(Text *to, const char *text, std::size_t length) {
   std::less_equal<const char *> notAfter;
   if (notAfter(to->data(), text) && notAfter(text, to->data() + to->size())) {
     to->assign(text, length);
