@@ -9,7 +9,7 @@
 
 #include <cstdint>
 #include <string>
-#include <unordered_map>
+#include <map>
 #include <vector>
 
 #include "quorel/host/problem.h"
@@ -28,7 +28,8 @@ struct Summary {
   std::int64_t problems = 0;
   std::int64_t errors = 0;       // problems of type PROBLEM_ERROR
   // By problem id (Windows-1252); a problem without an id counts under "".
-  std::unordered_map<std::string, IdCounts> ids;
+  // Ordered, so that an id is looked up without a copy of it.
+  std::map<std::string, IdCounts, std::less<>> ids;
 
   std::int64_t checked() const { return records - notChecked; }
 
@@ -36,10 +37,15 @@ struct Summary {
   // A record whose check failed is not checked, but the problems found
   // before the failure count all the same.
   void add(const std::vector<Problem> &found, std::int32_t errorCount, bool checked);
+  void add(const FoundProblems &found, std::int32_t errorCount, bool checked);
   void merge(const Summary &other);
 
   // The ids with their counts, most problems first, then by id.
   std::vector<std::pair<std::string, IdCounts>> byId() const;
+
+ private:
+  template <typename Problems>
+  void addRecord(const Problems &found, std::int32_t errorCount, bool checked);
 };
 
 }  // namespace host

@@ -114,7 +114,7 @@ void TableMaterialAccess::add(const std::string &material, Rows rows) {
 
 TableMaterialAccess::Table *TableMaterialAccess::tableOf(MaterialDescriptor *material) const {
   const char *name = material->getMaterialName();
-  auto it = tables_.find(name != nullptr ? name : "");
+  auto it = tables_.find(std::string_view(name != nullptr ? name : ""));
   return it == tables_.end() ? nullptr : it->second.get();
 }
 

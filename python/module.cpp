@@ -315,7 +315,7 @@ class RuleModule {
     runOn(record.get(), [&](Plausi *plausi, PlausiContext *context) {
       plausi->performFieldCheck(field.c_str(), context);
       host::HierarchyTexts texts;
-      host::collectProblems(*context, &problems, &texts);
+      host::collectProblems(host::FoundProblems(*context, &texts), &problems);
     });
     return problems;
   }
@@ -425,15 +425,19 @@ class Checker {
     }
     reportColumns(fields);
     host::Outcome outcome;
+    Result result;
     {
       py::gil_scoped_release release;
-      run(record.get(), &outcome);
+      run(record.get(), &outcome, [&result](const host::Outcome &done) {
+        host::collectProblems(done.problems, &result.problems);
+        result.ok = done.errors == 0;
+      });
     }
     if (outcome.failed && !outcome.cppType.empty()) raiseRuleError(host::toUtf8(outcome.failure().c_str()));
     if (outcome.failed) {
       raisePlausiError(PlausiException(static_cast<ExceptionType>(outcome.exceptionType), outcome.message.c_str()));
     }
-    return Result{std::move(outcome.problems), outcome.errors == 0};
+    return result;
   }
 
   // Checks the rows of a frame and gives the columns of the problem frame
@@ -601,8 +605,7 @@ class Checker {
   // Checks a record into the frame; without the GIL.
   void checkRecord(std::int64_t label, const host::Place &place, SimpleDataRecord *record, host::Outcome *outcome,
                    ProblemColumns *frame) {
-    run(record, outcome);
-    frame->addOutcome(label, place, *outcome);
+    run(record, outcome, [&](const host::Outcome &done) { frame->addOutcome(label, place, done); });
   }
 
   // Opens a CSV file (whole) or rows [offset, offset + limit) of a database
@@ -684,12 +687,17 @@ class Checker {
     }
   }
 
-  // Runs without the GIL; a log is written by one thread at a time.
-  void run(SimpleDataRecord *record, host::Outcome *outcome) {
+  // Runs without the GIL and hands the outcome to use(outcome) while the
+  // checker that holds its problems is still this thread's: close() on
+  // another thread may let it go as soon as it is back. A log is written by
+  // one thread at a time.
+  template <typename Use>
+  void run(SimpleDataRecord *record, host::Outcome *outcome, Use use) {
     std::shared_ptr<host::Checker> checker = pool_->forThisThread();
     std::unique_lock<std::mutex> lock(logMutex_, std::defer_lock);
     if (logger_ != nullptr) lock.lock();
     checker->check(record, outcome);
+    use(*outcome);
   }
 
   // A material from a DataFrame, a CSV file or a database table.

@@ -147,12 +147,13 @@ void ProblemColumns::addOutcome(std::int64_t row, const host::Place &place, cons
     failure = messages_.codeOf(host::toUtf8(outcome.failure().c_str()));
     kinds_.push_back(failureKind());
   }
-  for (const host::Problem &problem : outcome.problems) kinds_.push_back(kindOf(problem));
+  host::collectProblems(outcome.problems, &copied_);
+  for (const host::Problem &problem : copied_) kinds_.push_back(kindOf(problem));
   addSource(row, place, outcome.problems.size() + (outcome.failed ? 1 : 0), failure);
 }
 
 void ProblemColumns::addFailure(std::int64_t row, const host::Place &place, const std::string &message) {
-  summary_.add({}, 0, false);
+  summary_.add(host::FoundProblems(), 0, false);
   kinds_.push_back(failureKind());
   addSource(row, place, 1, messages_.codeOf(message));
 }

@@ -125,6 +125,8 @@ class ProblemColumns {
   // The messages of failure rows (UTF-8).
   Dictionary<std::string> messages_;
   host::Summary summary_;
+  // The problems of the outcome at hand, copied into kept memory.
+  std::vector<host::Problem> copied_;
 };
 
 }  // namespace python
