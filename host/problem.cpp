@@ -49,24 +49,24 @@ std::string_view FoundProblem::section(std::size_t i) const {
   return name != nullptr ? std::string_view(name) : std::string_view();
 }
 
+void copyProblem(const FoundProblem &p, Problem *problem) {
+  assign(&problem->id, p.id());
+  problem->type = p.type();
+  problem->weight = p.weight();
+  assign(&problem->text, p.text());
+  assign(&problem->details, p.details());
+  assign(&problem->field, p.field());
+  problem->fieldIndices.resize(p.indexCount());
+  for (std::size_t k = 0; k < problem->fieldIndices.size(); ++k) problem->fieldIndices[k] = p.index(k);
+  problem->accessed.resize(p.accessedCount());
+  for (std::size_t f = 0; f < problem->accessed.size(); ++f) assign(&problem->accessed[f], p.accessed(f));
+  problem->sections.resize(p.sectionCount());
+  for (std::size_t s = 0; s < problem->sections.size(); ++s) assign(&problem->sections[s], p.section(s));
+}
+
 void collectProblems(const FoundProblems &found, std::vector<Problem> *problems) {
   problems->resize(found.size());
-  for (std::size_t i = 0; i < found.size(); ++i) {
-    const FoundProblem p = found[i];
-    Problem &problem = (*problems)[i];
-    assign(&problem.id, p.id());
-    problem.type = p.type();
-    problem.weight = p.weight();
-    assign(&problem.text, p.text());
-    assign(&problem.details, p.details());
-    assign(&problem.field, p.field());
-    problem.fieldIndices.resize(p.indexCount());
-    for (std::size_t k = 0; k < problem.fieldIndices.size(); ++k) problem.fieldIndices[k] = p.index(k);
-    problem.accessed.resize(p.accessedCount());
-    for (std::size_t f = 0; f < problem.accessed.size(); ++f) assign(&problem.accessed[f], p.accessed(f));
-    problem.sections.resize(p.sectionCount());
-    for (std::size_t s = 0; s < problem.sections.size(); ++s) assign(&problem.sections[s], p.section(s));
-  }
+  for (std::size_t i = 0; i < found.size(); ++i) copyProblem(found[i], &(*problems)[i]);
 }
 
 }  // namespace host

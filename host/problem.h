@@ -157,6 +157,8 @@ class FoundProblems {
   HierarchyTexts *texts_ = nullptr;
 };
 
+// Makes *problem a copy of the found one, in the memory it holds.
+void copyProblem(const FoundProblem &found, Problem *problem);
 // Sets *problems to copies of the found problems, in order.
 void collectProblems(const FoundProblems &found, std::vector<Problem> *problems);
 

@@ -68,13 +68,6 @@ bool RecordLayout::sizeWithin(const std::string &array, std::int64_t size, const
   return false;
 }
 
-bool RecordLayout::setSize(const std::string &array, std::int64_t size, const std::string &text,
-                           SimpleDataRecord *record, std::string *error) {
-  if (!sizeWithin(array, size, text, error)) return false;
-  record->setSize(array.c_str(), static_cast<std::int32_t>(size));
-  return true;
-}
-
 bool RecordLayout::fill(const Row &row, SimpleDataRecord *record, std::string *error) const {
   if (!row.error.empty()) {
     *error = row.error;

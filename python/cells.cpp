@@ -106,8 +106,8 @@ std::string encode(const py::handle &text, const std::string &what) {
 Column::Column(std::string text)
     : name(std::move(text)),
       utf8(host::toUtf8(name.c_str())),
-      key(SimpleDataRecord::keyOf(name.c_str())),
-      array(host::RecordLayout::arrayOf(name)) {}
+      array(host::RecordLayout::arrayOf(name)),
+      key(array.empty() ? SimpleDataRecord::keyOf(name.c_str()) : SimpleDataRecord::keyOfSize(array.c_str())) {}
 
 void readCell(const Column &at, const py::handle &cell, Cell *out) {
   if (at.array.empty()) {
@@ -157,6 +157,7 @@ bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::
   char number[kNumberText];
   switch (cell.kind) {
     case Cell::kEmpty:
+      if (at.empties) record->setValueAt(at.key, static_cast<const char *>(nullptr));
       return true;
     case Cell::kText:
       record->setValueAt(at.key, cell.text.c_str());
@@ -168,9 +169,12 @@ bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::
       record->setValueAt(at.key, numberText(cell.real, number, std::chars_format::fixed));
       return true;
     case Cell::kSize:
-      if (host::RecordLayout::setSize(at.array, cell.integer, cell.text, record, error)) return true;
-      *error = host::toUtf8(error->c_str());
-      return false;
+      if (!host::RecordLayout::sizeWithin(at.array, cell.integer, cell.text, error)) {
+        *error = host::toUtf8(error->c_str());
+        return false;
+      }
+      record->setValueAt(at.key, cell.integer);
+      return true;
   }
   return true;
 }

@@ -122,23 +122,43 @@ py::tuple numberColumn(const std::vector<const host::Problem *> &kinds, const st
 
 const std::string *optionalText(const std::optional<std::string> &text) { return text ? &*text : nullptr; }
 
+// A problem's kind hashed by every attribute.
+std::size_t kindHash(const host::FoundProblem &p) {
+  std::hash<std::string_view> text;
+  auto optional = [&text](std::optional<std::string_view> t) { return t ? text(*t) : 1; };
+  std::size_t hash = combine(static_cast<std::size_t>(p.type()), static_cast<std::size_t>(p.weight()));
+  hash = combine(combine(combine(hash, optional(p.id())), optional(p.text())), optional(p.details()));
+  hash = combine(hash, text(p.field()));
+  hash = combine(hash, p.indexCount());
+  for (std::size_t i = 0; i < p.indexCount(); ++i) hash = combine(hash, static_cast<std::size_t>(p.index(i)));
+  hash = combine(hash, p.accessedCount());
+  for (std::size_t i = 0; i < p.accessedCount(); ++i) hash = combine(hash, text(p.accessed(i)));
+  hash = combine(hash, p.sectionCount());
+  for (std::size_t i = 0; i < p.sectionCount(); ++i) hash = combine(hash, text(p.section(i)));
+  return hash;
+}
+
+// Whether the problem is of the kind, in every attribute.
+bool ofKind(const host::FoundProblem &p, const host::Problem &kind) {
+  host::StoredProblem k(kind);
+  if (p.type() != k.type() || p.weight() != k.weight() || p.id() != k.id() || p.text() != k.text() ||
+      p.details() != k.details() || p.field() != k.field() || p.indexCount() != k.indexCount() ||
+      p.accessedCount() != k.accessedCount() || p.sectionCount() != k.sectionCount()) {
+    return false;
+  }
+  for (std::size_t i = 0; i < k.indexCount(); ++i) {
+    if (p.index(i) != k.index(i)) return false;
+  }
+  for (std::size_t i = 0; i < k.accessedCount(); ++i) {
+    if (p.accessed(i) != k.accessed(i)) return false;
+  }
+  for (std::size_t i = 0; i < k.sectionCount(); ++i) {
+    if (p.section(i) != k.section(i)) return false;
+  }
+  return true;
+}
+
 }  // namespace
-
-std::size_t KindHash::operator()(const host::Problem &p) const {
-  std::hash<std::string> text;
-  std::size_t hash = combine(static_cast<std::size_t>(p.type), static_cast<std::size_t>(p.weight));
-  for (const std::optional<std::string> *t : {&p.id, &p.text, &p.details}) hash = combine(hash, *t ? text(**t) : 1);
-  hash = combine(hash, text(p.field));
-  hash = combine(hash, ListHash<std::int32_t>()(p.fieldIndices));
-  hash = combine(hash, ListHash<std::string>()(p.accessed));
-  return combine(hash, ListHash<std::string>()(p.sections));
-}
-
-bool KindEqual::operator()(const host::Problem &a, const host::Problem &b) const {
-  return a.type == b.type && a.weight == b.weight && a.id == b.id && a.field == b.field &&
-         a.fieldIndices == b.fieldIndices && a.accessed == b.accessed && a.sections == b.sections &&
-         a.text == b.text && a.details == b.details;
-}
 
 void ProblemColumns::addOutcome(std::int64_t row, const host::Place &place, const host::Outcome &outcome) {
   summary_.add(outcome.problems, outcome.errors, !outcome.failed);
@@ -147,8 +167,7 @@ void ProblemColumns::addOutcome(std::int64_t row, const host::Place &place, cons
     failure = messages_.codeOf(host::toUtf8(outcome.failure().c_str()));
     kinds_.push_back(failureKind());
   }
-  host::collectProblems(outcome.problems, &copied_);
-  for (const host::Problem &problem : copied_) kinds_.push_back(kindOf(problem));
+  for (std::size_t i = 0; i < outcome.problems.size(); ++i) kinds_.push_back(kindOf(outcome.problems[i]));
   addSource(row, place, outcome.problems.size() + (outcome.failed ? 1 : 0), failure);
 }
 
@@ -158,18 +177,27 @@ void ProblemColumns::addFailure(std::int64_t row, const host::Place &place, cons
   addSource(row, place, 1, messages_.codeOf(message));
 }
 
-std::int32_t ProblemColumns::kindOf(const host::Problem &problem) {
-  auto found = kindCodes_.try_emplace(problem, static_cast<std::int32_t>(kindList_.size()));
-  if (found.second) kindList_.push_back(&found.first->first);
-  return found.first->second;
+std::int32_t ProblemColumns::kindOf(const host::FoundProblem &problem) {
+  auto first = firstOfHash_.try_emplace(kindHash(problem), -1).first;
+  std::int32_t *link = &first->second;
+  for (; *link >= 0; link = &nextOfHash_[static_cast<std::size_t>(*link)]) {
+    if (ofKind(problem, *kindList_[static_cast<std::size_t>(*link)])) return *link;
+  }
+  kindStore_.emplace_back();
+  host::copyProblem(problem, &kindStore_.back());
+  *link = addKind(&kindStore_.back());
+  return *link;
 }
 
 std::int32_t ProblemColumns::failureKind() {
-  if (failureKind_ < 0) {
-    failureKind_ = static_cast<std::int32_t>(kindList_.size());
-    kindList_.push_back(nullptr);
-  }
+  if (failureKind_ < 0) failureKind_ = addKind(nullptr);
   return failureKind_;
+}
+
+std::int32_t ProblemColumns::addKind(const host::Problem *kind) {
+  kindList_.push_back(kind);
+  nextOfHash_.push_back(-1);
+  return static_cast<std::int32_t>(kindList_.size() - 1);
 }
 
 void ProblemColumns::addSource(std::int64_t label, const host::Place &place, std::size_t rows,
