@@ -60,6 +60,31 @@ inline std::uint64_t bytesBelow(std::uint64_t word, unsigned n) { return (word -
 // The place in its word of the first byte marked.
 inline std::size_t firstMarked(std::uint64_t marks) { return static_cast<std::size_t>(__builtin_ctzll(marks)) / 8; }
 
+// The marks of the n bytes at the low end of a word (n from 1 to 8), the
+// bytes that loadShort reads.
+inline std::uint64_t lowBytes(std::size_t n) { return n < 8 ? (std::uint64_t{1} << (8 * n)) - 1 : ~std::uint64_t{0}; }
+
+// Whether the text holds the byte c.
+inline bool holds(std::string_view text, char c) {
+  std::size_t i = 0;
+  for (; i + 8 <= text.size(); i += 8) {
+    if (bytesOf(load(text.data() + i), c) != 0) return true;
+  }
+  std::size_t n = text.size() - i;
+  return n > 0 && (bytesOf(loadShort(text.data() + i, n), c) & lowBytes(n)) != 0;
+}
+
+// A hash of the text, from its words: quick rather than strong, for tables
+// that compare what they find anyway.
+inline std::size_t hash(std::string_view text) {
+  constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15u;
+  std::uint64_t h = text.size() * kMultiplier;
+  std::size_t i = 0;
+  for (; i + 8 <= text.size(); i += 8) h = ((h ^ load(text.data() + i)) * kMultiplier) ^ (h >> 29);
+  if (i < text.size()) h = ((h ^ loadShort(text.data() + i, text.size() - i)) * kMultiplier) ^ (h >> 29);
+  return static_cast<std::size_t>(h ^ (h >> 32));
+}
+
 // Copies text to at, but for the bytes that marks(word) marks: each of those
 // is written by special(at, byte), which gives the end of what it wrote.
 // Gives the end of the copy. at needs room for three bytes per byte of text
@@ -83,7 +108,7 @@ char *copyUnmarked(char *at, std::string_view text, Marks marks, Special special
     std::size_t n = left < 8 ? left : 8;
     std::uint64_t word = loadShort(from, n);
     std::uint64_t marked = marks(word);
-    if (n < 8) marked &= (std::uint64_t{1} << (8 * n)) - 1;  // not the zeroes beyond the text
+    marked &= lowBytes(n);  // not the zeroes beyond the text
     std::size_t plain = marked == 0 ? n : firstMarked(marked);
     std::memcpy(at, &word, sizeof word);
     at += plain;

@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "quorel/host/byte_words.h"
 #include "quorel/host/column_check.h"
 
 namespace quorel {
@@ -87,7 +88,7 @@ bool RecordLayout::fill(const std::vector<std::string> &cells, SimpleDataRecord 
       if (column.firstOfKey) record->setValueAt(column.key, static_cast<const char *>(nullptr));
       continue;
     }
-    if (cell.find('\0') != std::string::npos) {
+    if (words::holds(cell, '\0')) {
       *error = "column " + column.name + ": the cell holds a NUL byte";
       return false;
     }

@@ -18,10 +18,10 @@ void Summary::addRecord(const Problems &found, std::int32_t errorCount, bool che
     if (known == ids.end()) known = ids.emplace(std::string(key), IdCounts()).first;
     IdCounts &counts = known->second;
     ++counts.problems;
-    // A record counts once per id: at the id's first problem in it.
-    bool first = true;
-    for (std::size_t j = 0; j < i && first; ++j) first = found[j].id() != id;
-    if (first) ++counts.records;
+    if (counts.lastRecord != records) {
+      counts.lastRecord = records;
+      ++counts.records;
+    }
   }
 }
 

@@ -21,6 +21,9 @@ struct Summary {
   struct IdCounts {
     std::int64_t problems = 0;
     std::int64_t records = 0;  // records with at least one problem of the id
+    // The number (records) of the last record that counted here, so that
+    // a record counts once per id.
+    std::int64_t lastRecord = 0;
   };
 
   std::int64_t records = 0;      // read, checked or not

@@ -114,7 +114,8 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
     std::string_view text = ownText(cell.ptr());
     if (!text.empty()) {
       out->kind = Cell::kText;
-      out->text.assign(text);
+      out->text.clear();  // and append: cheaper than assign, which allows for overlap
+      out->text.append(text.data(), text.size());
       return;
     }
   }

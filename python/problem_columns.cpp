@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <pybind11/numpy.h>
 
+#include "quorel/host/byte_words.h"
 #include "quorel/host/encoding.h"
 
 namespace py = pybind11;
@@ -124,7 +125,7 @@ const std::string *optionalText(const std::optional<std::string> &text) { return
 
 // A problem's kind hashed by every attribute.
 std::size_t kindHash(const host::FoundProblem &p) {
-  std::hash<std::string_view> text;
+  auto text = [](std::string_view t) { return host::words::hash(t); };
   auto optional = [&text](std::optional<std::string_view> t) { return t ? text(*t) : 1; };
   std::size_t hash = combine(static_cast<std::size_t>(p.type()), static_cast<std::size_t>(p.weight()));
   hash = combine(combine(combine(hash, optional(p.id())), optional(p.text())), optional(p.details()));

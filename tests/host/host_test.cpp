@@ -112,6 +112,21 @@ TEST(RecordLayoutTest, CellsSizesAndEmptyFields) {
   EXPECT_TRUE(RecordLayout({"M.Liste#"}).fill({"100000"}, &row, &error));
 }
 
+TEST(RecordLayoutTest, ANulByteAnywhereInACellFailsTheRow) {
+  RecordLayout layout({"M.Nr", "M.Name"});
+  quorel::SimpleDataRecord record;
+  std::string error;
+  for (std::size_t length = 1; length <= 17; ++length) {
+    ASSERT_TRUE(layout.fill({"1", std::string(length, 'x')}, &record, &error)) << length;
+    for (std::size_t at = 0; at < length; ++at) {
+      std::string cell(length, 'x');
+      cell[at] = '\0';
+      ASSERT_FALSE(layout.fill({"1", cell}, &record, &error)) << length << " " << at;
+      EXPECT_EQ("column M.Name: the cell holds a NUL byte", error);
+    }
+  }
+}
+
 TEST(RecordLayoutTest, OneRecordFilledRowAfterRowHoldsTheLastRowAlone) {
   RecordLayout layout({"M.Nr", "M.Name", "M.Liste#", "M.Nr"});
   quorel::SimpleDataRecord record;
