@@ -57,6 +57,12 @@ inline std::uint64_t bytesOf(std::uint64_t word, char c) {
 // bytes after it may be marked too.
 inline std::uint64_t bytesBelow(std::uint64_t word, unsigned n) { return (word - kOnes * n) & ~word & kHighBits; }
 
+// Marks the bytes that are c, exact up to the first mark as bytesBelow:
+// cheaper than bytesOf where only the first mark counts.
+inline std::uint64_t firstBytesOf(std::uint64_t word, char c) {
+  return bytesBelow(word ^ (kOnes * static_cast<unsigned char>(c)), 1);
+}
+
 // The place in its word of the first byte marked.
 inline std::size_t firstMarked(std::uint64_t marks) { return static_cast<std::size_t>(__builtin_ctzll(marks)) / 8; }
 
@@ -87,6 +93,7 @@ inline std::size_t hash(std::string_view text) {
 
 // Copies text to at, but for the bytes that marks(word) marks: each of those
 // is written by special(at, byte), which gives the end of what it wrote.
+// Only the first mark of a word counts: marks need be exact up to it.
 // Gives the end of the copy. at needs room for three bytes per byte of text
 // at the least (a word is written where three bytes are left), and for what
 // special writes.

@@ -63,14 +63,15 @@ long decode(std::string_view text, std::size_t *i) {
 
 }  // namespace
 
+char *writeUtf8Byte(char *at, unsigned char byte) {
+  unsigned code = byte < 0x80 || byte >= 0xA0 ? byte : kHighControls[byte - 0x80];
+  return writeCodePoint(at, code != 0 ? code : 0xFFFD);
+}
+
 char *writeUtf8(char *at, std::string_view text) {
   // ASCII, most of any text, goes over a word at a time.
   return words::copyUnmarked(
-      at, text, [](std::uint64_t word) { return word & words::kHighBits; },
-      [](char *to, unsigned char byte) {
-        unsigned code = byte >= 0xA0 ? byte : kHighControls[byte - 0x80];
-        return writeCodePoint(to, code != 0 ? code : 0xFFFD);
-      });
+      at, text, [](std::uint64_t word) { return word & words::kHighBits; }, writeUtf8Byte);
 }
 
 void appendUtf8(std::string *out, std::string_view text) {

@@ -318,13 +318,10 @@ class JsonLinesFormat : public ProblemFormat {
     at = words::copyUnmarked(
         at, text,
         [](std::uint64_t word) {
-          return (word & words::kHighBits) | words::bytesBelow(word, 0x20) | words::bytesOf(word, '"') |
-                 words::bytesOf(word, '\\');
+          return (word & words::kHighBits) | words::bytesBelow(word, 0x20) | words::firstBytesOf(word, '"') |
+                 words::firstBytesOf(word, '\\');
         },
-        [](char *to, unsigned char byte) {
-          char c = static_cast<char>(byte);
-          return byte >= 0x80 ? writeUtf8(to, std::string_view(&c, 1)) : escape(byte, to);
-        });
+        [](char *to, unsigned char byte) { return byte >= 0x80 ? writeUtf8Byte(to, byte) : escape(byte, to); });
     *at++ = '"';
     out->wrote(at);
   }
