@@ -287,7 +287,7 @@ class alignas(64) Worker {
   void check(const quorel::host::Row &row, Slot *slot) {
     quorel::host::RowRecord *record = quorel::host::RowRecord::renewed(&record_);
     if (!layout_.fill(row, record, &error_)) {
-      counts_.add(quorel::host::FoundProblems(), 0, false);
+      counts_.count(0, 0, false);
       failure(row.place, error_, slot);
       return;
     }

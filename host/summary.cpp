@@ -5,12 +5,16 @@
 namespace quorel {
 namespace host {
 
-template <typename Problems>
-void Summary::addRecord(const Problems &found, std::int32_t errorCount, bool checked) {
+void Summary::count(std::size_t problemCount, std::int32_t errorCount, bool checked) {
   ++records;
   notChecked += checked ? 0 : 1;
-  problems += static_cast<std::int64_t>(found.size());
+  problems += static_cast<std::int64_t>(problemCount);
   errors += errorCount;
+}
+
+template <typename Problems>
+void Summary::addRecord(const Problems &found, std::int32_t errorCount, bool checked) {
+  count(found.size(), errorCount, checked);
   for (std::size_t i = 0; i < found.size(); ++i) {
     std::optional<std::string_view> id = found[i].id();
     std::string_view key = id.value_or(std::string_view());

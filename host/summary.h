@@ -41,6 +41,9 @@ struct Summary {
   // before the failure count all the same.
   void add(const std::vector<Problem> &found, std::int32_t errorCount, bool checked);
   void add(const FoundProblems &found, std::int32_t errorCount, bool checked);
+  // The same without the counts by id, for a front end that counts its
+  // problems by id in its own way: problemCount problems were found.
+  void count(std::size_t problemCount, std::int32_t errorCount, bool checked);
   void merge(const Summary &other);
 
   // The ids with their counts, most problems first, then by id.

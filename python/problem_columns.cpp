@@ -1,5 +1,7 @@
 #include "problem_columns.h"
 
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 #include <pybind11/numpy.h>
 
@@ -124,45 +126,40 @@ py::tuple numberColumn(const std::vector<const host::Problem *> &kinds, const st
 const std::string *optionalText(const std::optional<std::string> &text) { return text ? &*text : nullptr; }
 
 // A problem's kind hashed by every attribute.
-std::size_t kindHash(const host::FoundProblem &p) {
+std::size_t kindHash(const ProblemColumns::Read &p) {
   auto text = [](std::string_view t) { return host::words::hash(t); };
   auto optional = [&text](std::optional<std::string_view> t) { return t ? text(*t) : 1; };
-  std::size_t hash = combine(static_cast<std::size_t>(p.type()), static_cast<std::size_t>(p.weight()));
-  hash = combine(combine(combine(hash, optional(p.id())), optional(p.text())), optional(p.details()));
-  hash = combine(hash, text(p.field()));
-  hash = combine(hash, p.indexCount());
-  for (std::size_t i = 0; i < p.indexCount(); ++i) hash = combine(hash, static_cast<std::size_t>(p.index(i)));
-  hash = combine(hash, p.accessedCount());
-  for (std::size_t i = 0; i < p.accessedCount(); ++i) hash = combine(hash, text(p.accessed(i)));
-  hash = combine(hash, p.sectionCount());
-  for (std::size_t i = 0; i < p.sectionCount(); ++i) hash = combine(hash, text(p.section(i)));
+  std::size_t hash = combine(static_cast<std::size_t>(p.type), static_cast<std::size_t>(p.weight));
+  hash = combine(combine(combine(hash, optional(p.id)), optional(p.text)), optional(p.details));
+  hash = combine(hash, text(p.field));
+  hash = combine(hash, p.indices.size());
+  for (std::int32_t index : p.indices) hash = combine(hash, static_cast<std::size_t>(index));
+  hash = combine(hash, p.accessed.size());
+  for (std::string_view field : p.accessed) hash = combine(hash, text(field));
+  hash = combine(hash, p.sections.size());
+  for (std::string_view section : p.sections) hash = combine(hash, text(section));
   return hash;
 }
 
+// Whether the list holds the entries of the kind's list, in order.
+template <typename T, typename U>
+bool sameList(const std::vector<T> &list, const std::vector<U> &kind) {
+  return std::equal(list.begin(), list.end(), kind.begin(), kind.end(),
+                    [](const T &a, const U &b) { return a == b; });
+}
+
 // Whether the problem is of the kind, in every attribute.
-bool ofKind(const host::FoundProblem &p, const host::Problem &kind) {
+bool ofKind(const ProblemColumns::Read &p, const host::Problem &kind) {
   host::StoredProblem k(kind);
-  if (p.type() != k.type() || p.weight() != k.weight() || p.id() != k.id() || p.text() != k.text() ||
-      p.details() != k.details() || p.field() != k.field() || p.indexCount() != k.indexCount() ||
-      p.accessedCount() != k.accessedCount() || p.sectionCount() != k.sectionCount()) {
-    return false;
-  }
-  for (std::size_t i = 0; i < k.indexCount(); ++i) {
-    if (p.index(i) != k.index(i)) return false;
-  }
-  for (std::size_t i = 0; i < k.accessedCount(); ++i) {
-    if (p.accessed(i) != k.accessed(i)) return false;
-  }
-  for (std::size_t i = 0; i < k.sectionCount(); ++i) {
-    if (p.section(i) != k.section(i)) return false;
-  }
-  return true;
+  return p.type == k.type() && p.weight == k.weight() && p.id == k.id() && p.text == k.text() &&
+         p.details == k.details() && p.field == k.field() && p.indices == kind.fieldIndices &&
+         sameList(p.accessed, kind.accessed) && sameList(p.sections, kind.sections);
 }
 
 }  // namespace
 
 void ProblemColumns::addOutcome(std::int64_t row, const host::Place &place, const host::Outcome &outcome) {
-  summary_.add(outcome.problems, outcome.errors, !outcome.failed);
+  summary_.count(outcome.problems.size(), outcome.errors, !outcome.failed);  // ids are the kinds' business
   std::int32_t failure = -1;
   if (outcome.failed) {
     failure = messages_.codeOf(host::toUtf8(outcome.failure().c_str()));
@@ -173,16 +170,32 @@ void ProblemColumns::addOutcome(std::int64_t row, const host::Place &place, cons
 }
 
 void ProblemColumns::addFailure(std::int64_t row, const host::Place &place, const std::string &message) {
-  summary_.add(host::FoundProblems(), 0, false);
+  summary_.count(0, 0, false);
   kinds_.push_back(failureKind());
   addSource(row, place, 1, messages_.codeOf(message));
 }
 
+void ProblemColumns::Read::from(const host::FoundProblem &p) {
+  id = p.id();
+  type = p.type();
+  weight = p.weight();
+  text = p.text();
+  details = p.details();
+  field = p.field();
+  indices.resize(p.indexCount());
+  for (std::size_t i = 0; i < indices.size(); ++i) indices[i] = p.index(i);
+  accessed.resize(p.accessedCount());
+  for (std::size_t i = 0; i < accessed.size(); ++i) accessed[i] = p.accessed(i);
+  sections.resize(p.sectionCount());
+  for (std::size_t i = 0; i < sections.size(); ++i) sections[i] = p.section(i);
+}
+
 std::int32_t ProblemColumns::kindOf(const host::FoundProblem &problem) {
-  auto first = firstOfHash_.try_emplace(kindHash(problem), -1).first;
+  read_.from(problem);
+  auto first = firstOfHash_.try_emplace(kindHash(read_), -1).first;
   std::int32_t *link = &first->second;
   for (; *link >= 0; link = &nextOfHash_[static_cast<std::size_t>(*link)]) {
-    if (ofKind(problem, *kindList_[static_cast<std::size_t>(*link)])) return *link;
+    if (ofKind(read_, *kindList_[static_cast<std::size_t>(*link)])) return *link;
   }
   kindStore_.emplace_back();
   host::copyProblem(problem, &kindStore_.back());

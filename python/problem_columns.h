@@ -29,7 +29,9 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -73,6 +75,19 @@ struct ListHash {
 
 class ProblemColumns {
  public:
+  // A problem's attributes, each read once from where its run left them,
+  // to be hashed and compared with the kinds; valid while the problem is.
+  struct Read {
+    void from(const host::FoundProblem &problem);
+
+    std::optional<std::string_view> id, text, details;
+    ProblemType type = PROBLEM_ERROR;
+    std::int32_t weight = 0;
+    std::string_view field;
+    std::vector<std::int32_t> indices;
+    std::vector<std::string_view> accessed, sections;
+  };
+
   // A checked row: its label (a position in the input), its place in the
   // source, and what checking it gave. A run that ended in an exception
   // gives a failure row before its problems.
@@ -120,6 +135,7 @@ class ProblemColumns {
   std::unordered_map<std::size_t, std::int32_t> firstOfHash_;
   std::vector<std::int32_t> nextOfHash_;
   std::int32_t failureKind_ = -1;
+  Read read_;  // the problem at hand, in memory kept from problem to problem
   // The messages of failure rows (UTF-8).
   Dictionary<std::string> messages_;
   host::Summary summary_;
