@@ -69,6 +69,15 @@ const char *numberText(Number number, char (&text)[kNumberText], Format... forma
 
 std::string germanDate(const py::handle &cell) { return cell.attr("strftime")("%d.%m.%Y").cast<std::string>(); }
 
+// The size a text gives: a whole number written as std::to_string writes
+// it, up to host::kMaxArraySize; -1 for any other text.
+std::int64_t sizeOfText(std::string_view text) {
+  std::int64_t size = -1;
+  auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), size);
+  if (fault != std::errc() || end != text.data() + text.size() || std::to_string(size) != text) return -1;
+  return size > host::kMaxArraySize ? -1 : size;
+}
+
 // The size a cell of a '#' column gives, -1 for none.
 std::int64_t sizeOf(const py::handle &cell, const std::string &text) {
   std::int64_t size = -1;
@@ -77,12 +86,7 @@ std::int64_t sizeOf(const py::handle &cell, const std::string &text) {
   } else if (PyFloat_Check(cell.ptr()) && std::floor(cell.cast<double>()) == cell.cast<double>()) {
     size = static_cast<std::int64_t>(cell.cast<double>());
   } else if (py::isinstance<py::str>(cell)) {
-    try {
-      size = std::stoll(text);
-      if (std::to_string(size) != text) size = -1;
-    } catch (const std::exception &) {
-      size = -1;
-    }
+    return sizeOfText(text);
   }
   return size > host::kMaxArraySize ? -1 : size;
 }
@@ -110,14 +114,13 @@ Column::Column(std::string text)
       key(array.empty() ? SimpleDataRecord::keyOf(name.c_str()) : SimpleDataRecord::keyOfSize(array.c_str())) {}
 
 void readCell(const Column &at, const py::handle &cell, Cell *out) {
-  if (at.array.empty()) {
-    std::string_view text = ownText(cell.ptr());
-    if (!text.empty()) {
-      out->kind = Cell::kText;
-      out->text.clear();  // and append: cheaper than assign, which allows for overlap
-      out->text.append(text.data(), text.size());
-      return;
-    }
+  std::string_view own = ownText(cell.ptr());
+  if (!own.empty()) {
+    out->kind = at.array.empty() ? Cell::kText : Cell::kSize;
+    out->text.clear();  // and append: cheaper than assign, which allows for overlap
+    out->text.append(own.data(), own.size());
+    if (out->kind == Cell::kSize) out->integer = sizeOfText(own);
+    return;
   }
   out->kind = Cell::kEmpty;
   if (isMissing(cell)) return;

@@ -112,6 +112,17 @@ def test_a_row_gets_nothing_of_the_rows_before_it(module, gemeinden, records):
     assert together["failure"].notna().sum() == 1
 
 
+def test_a_size_is_a_whole_number_written_plainly(module, gemeinden, records):
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    sizes = ["2", "02", "+2", " 2", "2 ", "-1", "0", "100000", "100001", "2,0", "\xb2", "99999999999999999999", 2, 2.0,
+             2.5, True]
+    rows = records.iloc[[1] * len(sizes)].reset_index(drop=True)
+    rows["Antrag.Kinder#"] = pd.Series(sizes, dtype=object)
+    failures = checker.check_frame(rows)["failure"].dropna()
+    assert list(failures.index) == [1, 2, 3, 4, 5, 8, 9, 10, 11, 14, 15]
+    assert failures[1].endswith("is not a whole number from 0 to 100000: 02")
+
+
 def test_an_empty_frame_and_a_frame_of_failures(module, gemeinden, records):
     checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
     empty = checker.check_frame(records.iloc[:0])
