@@ -8,8 +8,8 @@
 #define QUOREL_HOST_SUMMARY_H_
 
 #include <cstdint>
-#include <string>
 #include <map>
+#include <string>
 #include <vector>
 
 #include "quorel/host/problem.h"
