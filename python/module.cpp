@@ -455,7 +455,7 @@ class Checker {
     std::unordered_set<std::int32_t> keys;
     for (Column &column : at) column.empties = keys.insert(column.key).second;
     ProblemColumns frame;
-    RowRun run;
+    RowState kept;
     std::int64_t first = 0;
     for (const py::handle &item : chunks) {
       py::object chunk = py::reinterpret_borrow<py::object>(item);  // holds the cells while they are read
@@ -470,7 +470,7 @@ class Checker {
         }
         lists.push_back(column.ptr());
       }
-      checkRows(at, lists, rows, first, &run, &frame);
+      checkRows(at, lists, rows, first, &kept, &frame);
       first += static_cast<std::int64_t>(rows);
     }
     return frame.finish();
@@ -504,15 +504,15 @@ class Checker {
     bool failed = false;
     {
       py::gil_scoped_release release;
-      RowRun run;
+      RowState kept;
       for (std::int64_t label = offset; rows->next(&row) && !(failed = rows->failed()); ++label) {
-        host::RowRecord *record = host::RowRecord::renewed(&run.record);
+        host::RowRecord *record = host::RowRecord::renewed(&kept.record);
         // A slice of a database counts on from its offset.
         const host::Place place{label + 1, row.place.line};
-        if (layout.fill(row, record, &run.error)) {
-          checkRecord(label, place, record, &run, &frame);
+        if (layout.fill(row, record, &kept.error)) {
+          checkRecord(label, place, record, &kept, &frame);
         } else {
-          frame.addFailure(label, place, host::toUtf8(run.error.c_str()));
+          frame.addFailure(label, place, host::toUtf8(kept.error.c_str()));
         }
       }
     }
@@ -563,7 +563,7 @@ class Checker {
   // the record filled anew (see host::RowRecord), the message of a row that
   // could not be, the outcome of a check. One per call, as calls may come
   // from several threads at once.
-  struct RowRun {
+  struct RowState {
     std::unique_ptr<host::RowRecord> record;
     std::string error;
     host::Outcome outcome;
@@ -572,7 +572,7 @@ class Checker {
   // Checks rows [0, rows) of the lists (one per column, with the GIL held),
   // labelled from first on, into the frame.
   void checkRows(const std::vector<Column> &at, const std::vector<PyObject *> &lists, std::size_t rows,
-                 std::int64_t first, RowRun *run, ProblemColumns *frame) {
+                 std::int64_t first, RowState *kept, ProblemColumns *frame) {
     const std::size_t width = at.size();
     std::vector<Cell> cells(kChunk * width);
     // For each row of the chunk, the column whose cell could not be read
@@ -599,25 +599,25 @@ class Checker {
       py::gil_scoped_release release;
       for (std::size_t r = 0; r < count; ++r) {
         // The cells before an unread one go in first, as their failures come first.
-        host::RowRecord *record = host::RowRecord::renewed(&run->record);
+        host::RowRecord *record = host::RowRecord::renewed(&kept->record);
         std::size_t c = 0;
-        while (c < unread[r] && putCell(at[c], cells[r * width + c], record, &run->error)) ++c;
+        while (c < unread[r] && putCell(at[c], cells[r * width + c], record, &kept->error)) ++c;
         const std::int64_t label = first + static_cast<std::int64_t>(start + r);
         // A frame has no lines: its rows are numbered from 1.
         const host::Place place{label + 1, 0};
         if (c == width) {
-          checkRecord(label, place, record, run, frame);
+          checkRecord(label, place, record, kept, frame);
         } else {
-          frame->addFailure(label, place, c < unread[r] ? run->error : reasons[r]);
+          frame->addFailure(label, place, c < unread[r] ? kept->error : reasons[r]);
         }
       }
     }
   }
 
   // Checks a record into the frame; without the GIL.
-  void checkRecord(std::int64_t label, const host::Place &place, SimpleDataRecord *record, RowRun *rows,
+  void checkRecord(std::int64_t label, const host::Place &place, SimpleDataRecord *record, RowState *kept,
                    ProblemColumns *frame) {
-    run(record, &rows->outcome, [&](const host::Outcome &done) { frame->addOutcome(label, place, done); });
+    run(record, &kept->outcome, [&](const host::Outcome &done) { frame->addOutcome(label, place, done); });
   }
 
   // Opens a CSV file (whole) or rows [offset, offset + limit) of a database
