@@ -101,26 +101,32 @@ template <typename Marks, typename Special>
 char *copyUnmarked(char *at, std::string_view text, Marks marks, Special special) {
   const char *from = text.data();
   const char *end = from + text.size();
+  // Copies the word's n bytes up to the first mark and gives whether there
+  // was one; the word goes out whole, as the room allows.
+  auto copy = [&](std::uint64_t word, std::uint64_t marked, std::size_t n) {
+    std::memcpy(at, &word, sizeof word);
+    std::size_t plain = marked == 0 ? n : firstMarked(marked);
+    at += plain;
+    from += plain;
+    return plain < n;
+  };
   while (from != end) {
     auto left = static_cast<std::size_t>(end - from);
-    if (left < 3) {
+    if (left >= 8) {
+      std::uint64_t word = load(from);
+      if (copy(word, marks(word), 8)) at = special(at, static_cast<unsigned char>(*from++));
+    } else if (left >= 3) {
+      std::uint64_t word = loadShort(from, left);
+      // Not the zeroes beyond the text.
+      if (copy(word, marks(word) & lowBytes(left), left)) at = special(at, static_cast<unsigned char>(*from++));
+    } else {
       auto byte = static_cast<unsigned char>(*from++);
       if ((marks(std::uint64_t{byte}) & 0x80) == 0) {
         *at++ = static_cast<char>(byte);
       } else {
         at = special(at, byte);
       }
-      continue;
     }
-    std::size_t n = left < 8 ? left : 8;
-    std::uint64_t word = loadShort(from, n);
-    std::uint64_t marked = marks(word);
-    marked &= lowBytes(n);  // not the zeroes beyond the text
-    std::size_t plain = marked == 0 ? n : firstMarked(marked);
-    std::memcpy(at, &word, sizeof word);
-    at += plain;
-    from += plain;
-    if (plain < n) at = special(at, static_cast<unsigned char>(*from++));
   }
   return at;
 }
