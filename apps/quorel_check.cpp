@@ -287,14 +287,17 @@ class alignas(64) Worker {
   void check(const quorel::host::Row &row, Slot *slot) {
     quorel::host::RowRecord *record = quorel::host::RowRecord::renewed(&record_);
     if (!layout_.fill(row, record, &error_)) {
-      counts_.add({}, 0, false);
+      counts_.count(0, 0, false);
       failure(row.place, error_, slot);
       return;
     }
     checker_->check(record, &outcome_);
     if (outcome_.failed) failure(row.place, outcome_.failure(), slot);
 #ifdef QUOREL_HOST_SQL
-    if (table_ != nullptr) table_->appendRecord(row.place, outcome_.problems, &slot->tableRows);
+    if (table_ != nullptr) {
+      quorel::host::collectProblems(outcome_.problems, &problems_);
+      table_->appendRecord(row.place, problems_, &slot->tableRows);
+    }
 #endif
     if (table_ == nullptr) format_.appendRecord(row.place, outcome_.problems, &slot->text);
     counts_.add(outcome_.problems, outcome_.errors, !outcome_.failed);
@@ -316,6 +319,9 @@ class alignas(64) Worker {
   std::unique_ptr<quorel::host::RowRecord> record_;
   std::string error_;
   quorel::host::Outcome outcome_;
+#ifdef QUOREL_HOST_SQL
+  std::vector<quorel::host::Problem> problems_;  // copies for a table's rows
+#endif
   quorel::host::Summary counts_;
 };
 

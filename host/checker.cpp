@@ -115,7 +115,7 @@ void Checker::check(DataRecord *record, Outcome *outcome) {
     // Fails this record, not the run of all the others.
     outcome->failWithCurrentException();
   }
-  collectProblems(context_, &outcome->problems, &hierarchyTexts_);
+  outcome->problems = FoundProblems(context_, &hierarchyTexts_);
   outcome->errors = context_.getNumOfProblems(PROBLEM_ERROR);
   if (settings_.afterRun) settings_.afterRun();
 }

@@ -48,7 +48,9 @@ struct CheckSettings {
 
 // What checking one record gave.
 struct Outcome {
-  std::vector<Problem> problems;
+  // Read where the checker keeps them: valid until its next run (copies by
+  // collectProblems).
+  FoundProblems problems;
   std::int32_t errors = 0;  // problems of type PROBLEM_ERROR
   // An exception ended the run; the problems reported before it are kept.
   // A PlausiException gives its type and message (Windows-1252); any other
@@ -82,7 +84,7 @@ class Checker {
 
   // Runs the flow on the record into *outcome, which is reset first. No
   // exception of the rules leaves it. One thread at a time: the runs share
-  // one context, whose problems' memory serves record after record.
+  // one context, which holds the problems of the last run.
   void check(DataRecord *record, Outcome *outcome);
   // Hands the settings to a context of this checker's module.
   void configure(PlausiContext *context);

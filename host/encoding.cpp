@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "quorel/host/byte_words.h"
+
 namespace quorel {
 namespace host {
 
@@ -61,28 +63,15 @@ long decode(std::string_view text, std::size_t *i) {
 
 }  // namespace
 
+char *writeUtf8Byte(char *at, unsigned char byte) {
+  unsigned code = byte < 0x80 || byte >= 0xA0 ? byte : kHighControls[byte - 0x80];
+  return writeCodePoint(at, code != 0 ? code : 0xFFFD);
+}
+
 char *writeUtf8(char *at, std::string_view text) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080u;
-  const char *from = text.data();
-  const char *end = from + text.size();
-  while (from != end) {
-    // ASCII, most of any text, goes over eight bytes at a time.
-    for (std::uint64_t word; end - from >= 8; from += 8, at += 8) {
-      std::memcpy(&word, from, sizeof word);
-      if ((word & kHighBits) != 0) break;
-      std::memcpy(at, &word, sizeof word);
-    }
-    if (from == end) break;
-    auto byte = static_cast<unsigned char>(*from++);
-    if (byte < 0x80) {
-      *at++ = static_cast<char>(byte);
-    } else if (byte < 0xA0) {
-      at = writeCodePoint(at, kHighControls[byte - 0x80] != 0 ? kHighControls[byte - 0x80] : 0xFFFD);
-    } else {
-      at = writeCodePoint(at, byte);
-    }
-  }
-  return at;
+  // ASCII, most of any text, goes over a word at a time.
+  return words::copyUnmarked(
+      at, text, [](std::uint64_t word) { return word & words::kHighBits; }, writeUtf8Byte);
 }
 
 void appendUtf8(std::string *out, std::string_view text) {

@@ -20,6 +20,9 @@ std::string toUtf8(const char *text);
 // of text; gives the end of what it wrote.
 constexpr std::size_t kUtf8Growth = 3;
 char *writeUtf8(char *at, std::string_view text);
+// One byte of such a text as UTF-8 at `at`, which has room for
+// kUtf8Growth bytes; gives the end of what it wrote.
+char *writeUtf8Byte(char *at, unsigned char byte);
 
 // Converts UTF-8 to Windows-1252 into *out. False when the input is no valid
 // UTF-8 or holds a character that Windows-1252 lacks; *offset is then the

@@ -5,7 +5,7 @@ namespace host {
 
 MaterialAccess *MaterialRouter::accessOf(MaterialDescriptor *material) const {
   const char *name = material->getMaterialName();
-  auto it = routes_.find(name != nullptr ? name : "");
+  auto it = routes_.find(std::string_view(name != nullptr ? name : ""));
   return it == routes_.end() ? nullptr : it->second;
 }
 

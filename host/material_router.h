@@ -8,6 +8,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 #include <quorel/quorel.h>
 
@@ -28,7 +29,7 @@ class MaterialRouter : public MaterialAccess {
  private:
   MaterialAccess *accessOf(MaterialDescriptor *material) const;
 
-  std::map<std::string, MaterialAccess *> routes_;
+  std::map<std::string, MaterialAccess *, std::less<>> routes_;  // found by the name's bytes, not a copy
 };
 
 }  // namespace host

@@ -5,13 +5,20 @@ namespace host {
 
 namespace {
 
-void assign(std::optional<std::string> *target, const char *text) {
-  if (text == nullptr) {
+// Copies into the string's kept memory: run after run the copies of
+// problems take the place of the former run's.
+void assign(std::string *target, std::string_view text) {
+  target->clear();
+  target->append(text.data(), text.size());
+}
+
+void assign(std::optional<std::string> *target, std::optional<std::string_view> text) {
+  if (!text) {
     target->reset();
   } else if (*target) {
-    (*target)->assign(text);
+    assign(&**target, *text);
   } else {
-    target->emplace(text);
+    target->emplace(*text);
   }
 }
 
@@ -30,33 +37,36 @@ const std::string &HierarchyTexts::of(const FieldDescriptor *field) {
   return found->second.text;
 }
 
-void collectProblems(const PlausiContext &context, std::vector<Problem> *problems, HierarchyTexts *texts) {
-  // Runs follow each other by the thousand: the problems of the former run
-  // lend their memory to those of this one.
-  problems->resize(static_cast<std::size_t>(context.getNumOfProblems()));
-  for (std::int32_t i = 0; i < context.getNumOfProblems(); ++i) {
-    const PlausiProblem &p = *context.getProblem(i);
-    Problem &problem = (*problems)[static_cast<std::size_t>(i)];
-    assign(&problem.id, p.getId());
-    problem.type = p.getType();
-    problem.weight = p.getWeight();
-    assign(&problem.text, p.getShortDescription());
-    assign(&problem.details, p.getLongDescription());
-    problem.field.assign(texts->of(p.getReferenceField()));
-    problem.fieldIndices.clear();
-    for (const std::int32_t *index = p.getReferenceFieldIndices(); index != nullptr && *index >= 0; ++index) {
-      problem.fieldIndices.push_back(*index);
-    }
-    problem.accessed.resize(static_cast<std::size_t>(p.getNumOfAccessedFields()));
-    for (std::int32_t f = 0; f < p.getNumOfAccessedFields(); ++f) {
-      problem.accessed[static_cast<std::size_t>(f)].assign(texts->of(p.getAccessedField(f)));
-    }
-    problem.sections.resize(static_cast<std::size_t>(p.getNumOfPlausiSections()));
-    for (std::int32_t s = 0; s < p.getNumOfPlausiSections(); ++s) {
-      const char *name = p.getPlausiSection(s);  // null for a section opened without a name
-      problem.sections[static_cast<std::size_t>(s)].assign(name != nullptr ? name : "");
-    }
-  }
+std::size_t FoundProblem::indexCount() const {
+  const std::int32_t *indices = p_.getReferenceFieldIndices();
+  std::size_t count = 0;
+  while (indices != nullptr && indices[count] >= 0) ++count;
+  return count;
+}
+
+std::string_view FoundProblem::section(std::size_t i) const {
+  const char *name = p_.getPlausiSection(static_cast<std::int32_t>(i));
+  return name != nullptr ? std::string_view(name) : std::string_view();
+}
+
+void copyProblem(const FoundProblem &p, Problem *problem) {
+  assign(&problem->id, p.id());
+  problem->type = p.type();
+  problem->weight = p.weight();
+  assign(&problem->text, p.text());
+  assign(&problem->details, p.details());
+  assign(&problem->field, p.field());
+  problem->fieldIndices.resize(p.indexCount());
+  for (std::size_t k = 0; k < problem->fieldIndices.size(); ++k) problem->fieldIndices[k] = p.index(k);
+  problem->accessed.resize(p.accessedCount());
+  for (std::size_t f = 0; f < problem->accessed.size(); ++f) assign(&problem->accessed[f], p.accessed(f));
+  problem->sections.resize(p.sectionCount());
+  for (std::size_t s = 0; s < problem->sections.size(); ++s) assign(&problem->sections[s], p.section(s));
+}
+
+void collectProblems(const FoundProblems &found, std::vector<Problem> *problems) {
+  problems->resize(found.size());
+  for (std::size_t i = 0; i < found.size(); ++i) copyProblem(found[i], &(*problems)[i]);
 }
 
 }  // namespace host

@@ -1,6 +1,12 @@
 // Problem: one finding of a run, copied out of its PlausiContext so that it
 // outlives the context and the rule module. Texts stay Windows-1252, as the
 // library gave them; front ends convert them where they leave the program.
+//
+// FoundProblems reads the findings of a run where the context keeps them,
+// for a front end that writes them out before the next run: no text is
+// copied. FoundProblem and StoredProblem read one finding, in place or
+// copied, through the same operations, so that code written against them
+// (a format, the counts) takes either.
 
 #ifndef QUOREL_HOST_PROBLEM_H_
 #define QUOREL_HOST_PROBLEM_H_
@@ -8,6 +14,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -48,7 +55,8 @@ constexpr int kProblemColumnCount = sizeof kProblemColumns / sizeof kProblemColu
 // it; one thread at a time.
 class HierarchyTexts {
  public:
-  // The text of field, "" for null; valid until the next call.
+  // The text of field, "" for null; valid until the text of the same field
+  // is asked for again.
   const std::string &of(const FieldDescriptor *field);
 
  private:
@@ -59,9 +67,100 @@ class HierarchyTexts {
   std::unordered_map<const FieldDescriptor *, Kept> kept_;
 };
 
-// Sets *problems to every problem of the context, in order, the texts of
-// fields from *texts.
-void collectProblems(const PlausiContext &context, std::vector<Problem> *problems, HierarchyTexts *texts);
+// A Problem read through the operations of FoundProblem.
+class StoredProblem {
+ public:
+  explicit StoredProblem(const Problem &problem) : p_(problem) {}
+
+  std::optional<std::string_view> id() const { return view(p_.id); }
+  ProblemType type() const { return p_.type; }
+  std::int32_t weight() const { return p_.weight; }
+  std::optional<std::string_view> text() const { return view(p_.text); }
+  std::optional<std::string_view> details() const { return view(p_.details); }
+  std::string_view field() const { return p_.field; }
+  std::size_t indexCount() const { return p_.fieldIndices.size(); }
+  std::int32_t index(std::size_t i) const { return p_.fieldIndices[i]; }
+  std::size_t accessedCount() const { return p_.accessed.size(); }
+  std::string_view accessed(std::size_t i) const { return p_.accessed[i]; }
+  std::size_t sectionCount() const { return p_.sections.size(); }
+  std::string_view section(std::size_t i) const { return p_.sections[i]; }
+
+ private:
+  static std::optional<std::string_view> view(const std::optional<std::string> &text) {
+    return text ? std::optional<std::string_view>(*text) : std::nullopt;
+  }
+
+  const Problem &p_;
+};
+
+// A PlausiProblem as a Problem would hold it: the reference field's text ""
+// when there is none, a section opened without a name "". The texts of
+// fields come from a HierarchyTexts, each valid until that field's text is
+// asked for again; the others as long as the problem.
+class FoundProblem {
+ public:
+  FoundProblem(const PlausiProblem &problem, HierarchyTexts *texts) : p_(problem), texts_(texts) {}
+
+  std::optional<std::string_view> id() const { return view(p_.getId()); }
+  ProblemType type() const { return p_.getType(); }
+  std::int32_t weight() const { return p_.getWeight(); }
+  std::optional<std::string_view> text() const { return view(p_.getShortDescription()); }
+  std::optional<std::string_view> details() const { return view(p_.getLongDescription()); }
+  std::string_view field() const { return texts_->of(p_.getReferenceField()); }
+  std::size_t indexCount() const;
+  std::int32_t index(std::size_t i) const { return p_.getReferenceFieldIndices()[i]; }
+  std::size_t accessedCount() const { return static_cast<std::size_t>(p_.getNumOfAccessedFields()); }
+  std::string_view accessed(std::size_t i) const {
+    return texts_->of(p_.getAccessedField(static_cast<std::int32_t>(i)));
+  }
+  std::size_t sectionCount() const { return static_cast<std::size_t>(p_.getNumOfPlausiSections()); }
+  std::string_view section(std::size_t i) const;
+
+ private:
+  static std::optional<std::string_view> view(const char *text) {
+    return text != nullptr ? std::optional<std::string_view>(text) : std::nullopt;
+  }
+
+  const PlausiProblem &p_;
+  HierarchyTexts *texts_;
+};
+
+// Problems held as copies, read as StoredProblem.
+class StoredProblems {
+ public:
+  explicit StoredProblems(const std::vector<Problem> &problems) : problems_(problems) {}
+
+  std::size_t size() const { return problems_.size(); }
+  StoredProblem operator[](std::size_t i) const { return StoredProblem(problems_[i]); }
+
+ private:
+  const std::vector<Problem> &problems_;
+};
+
+// The problems of a context's run, in order, read where the context keeps
+// them. Valid until the context runs again or is reset; the context and the
+// HierarchyTexts stay the caller's. Made without a context, it holds none.
+class FoundProblems {
+ public:
+  FoundProblems() = default;
+  FoundProblems(const PlausiContext &context, HierarchyTexts *texts) : context_(&context), texts_(texts) {}
+
+  std::size_t size() const {
+    return context_ != nullptr ? static_cast<std::size_t>(context_->getNumOfProblems()) : 0;
+  }
+  FoundProblem operator[](std::size_t i) const {
+    return FoundProblem(*context_->getProblem(static_cast<std::int32_t>(i)), texts_);
+  }
+
+ private:
+  const PlausiContext *context_ = nullptr;
+  HierarchyTexts *texts_ = nullptr;
+};
+
+// Makes *problem a copy of the found one, in the memory it holds.
+void copyProblem(const FoundProblem &found, Problem *problem);
+// Sets *problems to copies of the found problems, in order.
+void collectProblems(const FoundProblems &found, std::vector<Problem> *problems);
 
 }  // namespace host
 }  // namespace quorel

@@ -10,6 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "quorel/host/byte_words.h"
 #include "quorel/host/encoding.h"
 
 namespace quorel {
@@ -47,8 +48,8 @@ class Appender {
     room(kUtf8Growth * text.size());
     at_ = writeUtf8(at_, text);
   }
-  void utf8(const std::optional<std::string> &text) {
-    if (text) utf8(std::string_view(*text));
+  void utf8(std::optional<std::string_view> text) {
+    if (text) utf8(*text);
   }
   // Room for n bytes at the end, to write through at() and then
   // wrote(end).
@@ -57,6 +58,14 @@ class Appender {
     return at_;
   }
   void wrote(char *end) { at_ = end; }
+  // The bytes written so far, the string's own included.
+  std::size_t size() const { return static_cast<std::size_t>(at_ - out_->data()); }
+  // The n bytes from offset from on once more.
+  void again(std::size_t from, std::size_t n) {
+    room(n);
+    std::memcpy(at_, out_->data() + from, n);
+    at_ += n;
+  }
 
  private:
   static constexpr std::size_t kDigits = 20;  // of a 64-bit number and its sign
@@ -77,6 +86,23 @@ class Appender {
   char *end_;
 };
 
+// What each problem of a record begins with, the same for all: written
+// for the first, copied for the others.
+class Repeated {
+ public:
+  template <typename Write>
+  void put(Appender *out, Write write) {
+    if (size_ > 0) return out->again(from_, size_);
+    from_ = out->size();
+    write();
+    size_ = out->size() - from_;
+  }
+
+ private:
+  std::size_t from_ = 0;
+  std::size_t size_ = 0;
+};
+
 std::string counted(std::int64_t n, const char *one, const char *many) {
   return std::to_string(n) + " " + (n == 1 ? one : many);
 }
@@ -90,49 +116,10 @@ void appendPlace(const Place &place, Appender *out) {
 class TextFormat : public ProblemFormat {
  public:
   void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *text) const override {
-    Appender out(text);
-    for (const Problem &p : problems) {
-      appendPlace(place, &out);
-      // Type 2 is a hint by the bundled modules' convention; other types
-      // are the module's own.
-      if (p.type == PROBLEM_ERROR || p.type == 2) {
-        out.put(p.type == PROBLEM_ERROR ? "error " : "hint ");
-      } else {
-        out.put("type ");
-        out.number(p.type);
-        out.put(' ');
-      }
-      out.utf8(p.id);
-      out.put(" (weight ");
-      out.number(p.weight);
-      out.put("): ");
-      out.utf8(p.text);
-      out.put('\n');
-      if (p.details) {
-        out.put("  ");
-        out.utf8(p.details);
-        out.put('\n');
-      }
-      if (!p.field.empty()) {
-        out.put("  field: ");
-        out.utf8(std::string_view(p.field));
-        out.put('\n');
-      }
-      if (!p.accessed.empty()) {
-        out.put("  read:");
-        for (const std::string &field : p.accessed) {
-          out.put(' ');
-          out.utf8(std::string_view(field));
-        }
-        out.put('\n');
-      }
-      out.put("  sections:");
-      for (std::size_t s = 0; s < p.sections.size(); ++s) {
-        out.put(s > 0 ? " < " : " ");
-        out.utf8(std::string_view(p.sections[s]));
-      }
-      out.put('\n');
-    }
+    append(place, StoredProblems(problems), text);
+  }
+  void appendRecord(const Place &place, const FoundProblems &problems, std::string *text) const override {
+    append(place, problems, text);
   }
 
   void appendFailure(const Place &place, const std::string &message, std::string *text) const override {
@@ -168,6 +155,58 @@ class TextFormat : public ProblemFormat {
     *out += countsText(summary);
     *out += '\n';
   }
+
+ private:
+  template <typename Problems>
+  static void append(const Place &place, const Problems &problems, std::string *text) {
+    Appender out(text);
+    Repeated placed;
+    for (std::size_t i = 0; i < problems.size(); ++i) {
+      const auto p = problems[i];
+      placed.put(&out, [&] { appendPlace(place, &out); });
+      // Type 2 is a hint by the bundled modules' convention; other types
+      // are the module's own.
+      ProblemType type = p.type();
+      if (type == PROBLEM_ERROR || type == 2) {
+        out.put(type == PROBLEM_ERROR ? "error " : "hint ");
+      } else {
+        out.put("type ");
+        out.number(type);
+        out.put(' ');
+      }
+      out.utf8(p.id());
+      out.put(" (weight ");
+      out.number(p.weight());
+      out.put("): ");
+      out.utf8(p.text());
+      out.put('\n');
+      if (std::optional<std::string_view> details = p.details()) {
+        out.put("  ");
+        out.utf8(*details);
+        out.put('\n');
+      }
+      std::string_view field = p.field();
+      if (!field.empty()) {
+        out.put("  field: ");
+        out.utf8(field);
+        out.put('\n');
+      }
+      if (p.accessedCount() > 0) {
+        out.put("  read:");
+        for (std::size_t f = 0; f < p.accessedCount(); ++f) {
+          out.put(' ');
+          out.utf8(p.accessed(f));
+        }
+        out.put('\n');
+      }
+      out.put("  sections:");
+      for (std::size_t s = 0; s < p.sectionCount(); ++s) {
+        out.put(s > 0 ? " < " : " ");
+        out.utf8(p.section(s));
+      }
+      out.put('\n');
+    }
+  }
 };
 
 // JSON written directly: a check's output is mostly these lines, and a
@@ -182,39 +221,10 @@ class JsonLinesFormat : public ProblemFormat {
   }
 
   void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *text) const override {
-    Appender out(text);
-    for (const Problem &p : problems) {
-      start(place, &out);
-      key(2, &out);
-      nullable(p.id, &out);
-      key(3, &out);
-      out.number(p.type);
-      key(4, &out);
-      out.number(p.weight);
-      key(5, &out);
-      nullable(p.text, &out);
-      key(6, &out);
-      nullable(p.details, &out);
-      key(7, &out);
-      if (p.field.empty()) {
-        out.put("null");
-      } else {
-        string(std::string_view(p.field), &out);
-      }
-      key(8, &out);
-      out.put('[');
-      for (std::size_t i = 0; i < p.fieldIndices.size(); ++i) {
-        if (i > 0) out.put(',');
-        out.number(p.fieldIndices[i]);
-      }
-      out.put(']');
-      key(9, &out);
-      strings(p.accessed, &out);
-      key(10, &out);
-      strings(p.sections, &out);
-      key(11, &out);
-      out.put("null}\n");
-    }
+    append(place, StoredProblems(problems), text);
+  }
+  void appendRecord(const Place &place, const FoundProblems &problems, std::string *text) const override {
+    append(place, problems, text);
   }
 
   void appendFailure(const Place &place, const std::string &message, std::string *text) const override {
@@ -245,6 +255,46 @@ class JsonLinesFormat : public ProblemFormat {
 
   std::array<std::string, kProblemColumnCount> keys_;
 
+  template <typename Problems>
+  void append(const Place &place, const Problems &problems, std::string *text) const {
+    Appender out(text);
+    Repeated started;
+    for (std::size_t i = 0; i < problems.size(); ++i) {
+      const auto p = problems[i];
+      started.put(&out, [&] { start(place, &out); });
+      key(2, &out);
+      nullable(p.id(), &out);
+      key(3, &out);
+      out.number(p.type());
+      key(4, &out);
+      out.number(p.weight());
+      key(5, &out);
+      nullable(p.text(), &out);
+      key(6, &out);
+      nullable(p.details(), &out);
+      key(7, &out);
+      std::string_view field = p.field();
+      if (field.empty()) {
+        out.put("null");
+      } else {
+        string(field, &out);
+      }
+      key(8, &out);
+      out.put('[');
+      for (std::size_t k = 0; k < p.indexCount(); ++k) {
+        if (k > 0) out.put(',');
+        out.number(p.index(k));
+      }
+      out.put(']');
+      key(9, &out);
+      strings(p.accessedCount(), [&p](std::size_t f) { return p.accessed(f); }, &out);
+      key(10, &out);
+      strings(p.sectionCount(), [&p](std::size_t s) { return p.section(s); }, &out);
+      key(11, &out);
+      out.put("null}\n");
+    }
+  }
+
   // {"record":2,"line":3 (or null)
   void start(const Place &place, Appender *out) const {
     out->put('{');
@@ -260,36 +310,18 @@ class JsonLinesFormat : public ProblemFormat {
   // ,"name": for the column of kProblemColumns, without the comma first.
   void key(int column, Appender *out) const { out->put(keys_[static_cast<std::size_t>(column)]); }
   // A Windows-1252 text as a JSON string of UTF-8. Bytes that need neither
-  // an escape nor conversion go over eight at a time.
+  // an escape nor conversion go over a word at a time.
   static void string(std::string_view text, Appender *out) {
     static_assert(kEscapedGrowth >= kUtf8Growth, "an escaped byte takes the most room");
-    constexpr std::uint64_t kOnes = 0x0101010101010101u, kHighBits = 0x8080808080808080u;
-    // Whether a byte of the word is below n (n at most 0x80).
-    auto below = [](std::uint64_t word, std::uint64_t n) { return (word - kOnes * n) & ~word & kHighBits; };
     char *at = out->reserve(kEscapedGrowth * text.size() + 2);
     *at++ = '"';
-    const char *from = text.data();
-    const char *end = from + text.size();
-    while (from != end) {
-      for (std::uint64_t word; end - from >= 8; from += 8, at += 8) {
-        std::memcpy(&word, from, sizeof word);
-        if (((word & kHighBits) | below(word, 0x20) | below(word ^ (kOnes * '"'), 1) |
-             below(word ^ (kOnes * '\\'), 1)) != 0) {
-          break;
-        }
-        std::memcpy(at, &word, sizeof word);
-      }
-      if (from == end) break;
-      auto byte = static_cast<unsigned char>(*from);
-      if (byte >= 0x80) {
-        at = writeUtf8(at, std::string_view(from, 1));
-      } else if (byte < 0x20 || byte == '"' || byte == '\\') {
-        at = escape(byte, at);
-      } else {
-        *at++ = static_cast<char>(byte);
-      }
-      ++from;
-    }
+    at = words::copyUnmarked(
+        at, text,
+        [](std::uint64_t word) {
+          return (word & words::kHighBits) | words::bytesBelow(word, 0x20) | words::firstBytesOf(word, '"') |
+                 words::firstBytesOf(word, '\\');
+        },
+        [](char *to, unsigned char byte) { return byte >= 0x80 ? writeUtf8Byte(to, byte) : escape(byte, to); });
     *at++ = '"';
     out->wrote(at);
   }
@@ -310,21 +342,23 @@ class JsonLinesFormat : public ProblemFormat {
     }
     return at;
   }
+  // A list of count texts, each by get(i).
+  template <typename Get>
+  static void strings(std::size_t count, Get get, Appender *out) {
+    out->put('[');
+    for (std::size_t i = 0; i < count; ++i) {
+      if (i > 0) out->put(',');
+      string(get(i), out);
+    }
+    out->put(']');
+  }
   // A text or null.
-  static void nullable(const std::optional<std::string> &text, Appender *out) {
+  static void nullable(std::optional<std::string_view> text, Appender *out) {
     if (text) {
-      string(std::string_view(*text), out);
+      string(*text, out);
     } else {
       out->put("null");
     }
-  }
-  static void strings(const std::vector<std::string> &texts, Appender *out) {
-    out->put('[');
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-      if (i > 0) out->put(',');
-      string(std::string_view(texts[i]), out);
-    }
-    out->put(']');
   }
 };
 

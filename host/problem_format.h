@@ -33,8 +33,10 @@ class ProblemFormat {
   // "text" or "json"; null for another name.
   static std::unique_ptr<ProblemFormat> create(const std::string &name);
 
-  // The problems of the record at that place.
+  // The problems of the record at that place, copied or read where their
+  // run left them; both give the same bytes.
   virtual void appendRecord(const Place &place, const std::vector<Problem> &problems, std::string *out) const = 0;
+  virtual void appendRecord(const Place &place, const FoundProblems &problems, std::string *out) const = 0;
   // A record that could not be checked; the message is Windows-1252.
   virtual void appendFailure(const Place &place, const std::string &message, std::string *out) const = 0;
   virtual void appendSummary(const Summary &summary, std::string *out) const = 0;

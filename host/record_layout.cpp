@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "quorel/host/byte_words.h"
 #include "quorel/host/column_check.h"
 
 namespace quorel {
@@ -68,13 +69,6 @@ bool RecordLayout::sizeWithin(const std::string &array, std::int64_t size, const
   return false;
 }
 
-bool RecordLayout::setSize(const std::string &array, std::int64_t size, const std::string &text,
-                           SimpleDataRecord *record, std::string *error) {
-  if (!sizeWithin(array, size, text, error)) return false;
-  record->setSize(array.c_str(), static_cast<std::int32_t>(size));
-  return true;
-}
-
 bool RecordLayout::fill(const Row &row, SimpleDataRecord *record, std::string *error) const {
   if (!row.error.empty()) {
     *error = row.error;
@@ -94,7 +88,7 @@ bool RecordLayout::fill(const std::vector<std::string> &cells, SimpleDataRecord 
       if (column.firstOfKey) record->setValueAt(column.key, static_cast<const char *>(nullptr));
       continue;
     }
-    if (cell.find('\0') != std::string::npos) {
+    if (words::holds(cell, '\0')) {
       *error = "column " + column.name + ": the cell holds a NUL byte";
       return false;
     }

@@ -51,10 +51,10 @@ class RecordLayout {
   // The array whose size a column gives ("Antrag.Kinder" for
   // "Antrag.Kinder#"), or empty for a field column.
   static std::string arrayOf(const std::string &column);
-  // Sets the size of an array within the bounds above; false with a message
-  // otherwise. text is the size as the input gave it, for the message.
-  static bool setSize(const std::string &array, std::int64_t size, const std::string &text,
-                      SimpleDataRecord *record, std::string *error);
+  // Whether size is within the bounds of an array's size above; false with
+  // a message otherwise. text is the size as the input gave it, for the
+  // message.
+  static bool sizeWithin(const std::string &array, std::int64_t size, const std::string &text, std::string *error);
 
  private:
   struct Column {
@@ -65,9 +65,6 @@ class RecordLayout {
     // same hash): later ones that are empty leave its value alone.
     bool firstOfKey;
   };
-
-  // Whether size is within the bounds of setSize, with its message if not.
-  static bool sizeWithin(const std::string &array, std::int64_t size, const std::string &text, std::string *error);
 
   std::vector<Column> columns_;
 };

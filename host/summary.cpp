@@ -5,20 +5,36 @@
 namespace quorel {
 namespace host {
 
-void Summary::add(const std::vector<Problem> &found, std::int32_t errorCount, bool checked) {
-  static const std::string kNoId;
+void Summary::count(std::size_t problemCount, std::int32_t errorCount, bool checked) {
   ++records;
   notChecked += checked ? 0 : 1;
-  problems += static_cast<std::int64_t>(found.size());
+  problems += static_cast<std::int64_t>(problemCount);
   errors += errorCount;
+}
+
+template <typename Problems>
+void Summary::addRecord(const Problems &found, std::int32_t errorCount, bool checked) {
+  count(found.size(), errorCount, checked);
   for (std::size_t i = 0; i < found.size(); ++i) {
-    IdCounts &counts = ids[found[i].id ? *found[i].id : kNoId];
+    std::optional<std::string_view> id = found[i].id();
+    std::string_view key = id.value_or(std::string_view());
+    auto known = ids.find(key);
+    if (known == ids.end()) known = ids.emplace(std::string(key), IdCounts()).first;
+    IdCounts &counts = known->second;
     ++counts.problems;
-    // A record counts once per id: at the id's first problem in it.
-    bool first = true;
-    for (std::size_t j = 0; j < i && first; ++j) first = found[j].id != found[i].id;
-    if (first) ++counts.records;
+    if (counts.lastRecord != records) {
+      counts.lastRecord = records;
+      ++counts.records;
+    }
   }
+}
+
+void Summary::add(const std::vector<Problem> &found, std::int32_t errorCount, bool checked) {
+  addRecord(StoredProblems(found), errorCount, checked);
+}
+
+void Summary::add(const FoundProblems &found, std::int32_t errorCount, bool checked) {
+  addRecord(found, errorCount, checked);
 }
 
 void Summary::merge(const Summary &other) {

@@ -8,8 +8,8 @@
 #define QUOREL_HOST_SUMMARY_H_
 
 #include <cstdint>
+#include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "quorel/host/problem.h"
@@ -21,6 +21,9 @@ struct Summary {
   struct IdCounts {
     std::int64_t problems = 0;
     std::int64_t records = 0;  // records with at least one problem of the id
+    // The number (records) of the last record that counted here, so that
+    // a record counts once per id.
+    std::int64_t lastRecord = 0;
   };
 
   std::int64_t records = 0;      // read, checked or not
@@ -28,7 +31,8 @@ struct Summary {
   std::int64_t problems = 0;
   std::int64_t errors = 0;       // problems of type PROBLEM_ERROR
   // By problem id (Windows-1252); a problem without an id counts under "".
-  std::unordered_map<std::string, IdCounts> ids;
+  // Ordered, so that an id is looked up without a copy of it.
+  std::map<std::string, IdCounts, std::less<>> ids;
 
   std::int64_t checked() const { return records - notChecked; }
 
@@ -36,10 +40,18 @@ struct Summary {
   // A record whose check failed is not checked, but the problems found
   // before the failure count all the same.
   void add(const std::vector<Problem> &found, std::int32_t errorCount, bool checked);
+  void add(const FoundProblems &found, std::int32_t errorCount, bool checked);
+  // The same without the counts by id, for a front end that counts its
+  // problems by id in its own way: problemCount problems were found.
+  void count(std::size_t problemCount, std::int32_t errorCount, bool checked);
   void merge(const Summary &other);
 
   // The ids with their counts, most problems first, then by id.
   std::vector<std::pair<std::string, IdCounts>> byId() const;
+
+ private:
+  template <typename Problems>
+  void addRecord(const Problems &found, std::int32_t errorCount, bool checked);
 };
 
 }  // namespace host

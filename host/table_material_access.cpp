@@ -114,7 +114,7 @@ void TableMaterialAccess::add(const std::string &material, Rows rows) {
 
 TableMaterialAccess::Table *TableMaterialAccess::tableOf(MaterialDescriptor *material) const {
   const char *name = material->getMaterialName();
-  auto it = tables_.find(name != nullptr ? name : "");
+  auto it = tables_.find(std::string_view(name != nullptr ? name : ""));
   return it == tables_.end() ? nullptr : it->second.get();
 }
 
@@ -132,8 +132,11 @@ void TableMaterialAccess::termsOf(RecordFilter *filter, std::vector<Term> *terms
 
 template <typename Visit>
 void TableMaterialAccess::select(Table *table, const std::vector<Term> &terms, Visit visit) {
-  auto fulfils = [&terms](SimpleDataRecord *row) {
-    for (const Term &term : terms) {
+  // Whether the row fulfils the terms from the first on: those before it
+  // an index has decided.
+  auto fulfils = [&terms](SimpleDataRecord *row, std::size_t first) {
+    for (std::size_t i = first; i < terms.size(); ++i) {
+      const Term &term = terms[i];
       if (!holds(row->getValue(term.field.c_str()), term.op, term.value)) return false;
     }
     return true;
@@ -154,7 +157,7 @@ void TableMaterialAccess::select(Table *table, const std::vector<Term> &terms, V
   }
   auto scan = [&] {
     for (const auto &row : table->rows) {
-      if (fulfils(row.get()) && !visit(row.get())) return;
+      if (fulfils(row.get(), 0) && !visit(row.get())) return;
     }
   };
   std::shared_lock<std::shared_mutex> lock(mutex_);
@@ -176,7 +179,7 @@ void TableMaterialAccess::select(Table *table, const std::vector<Term> &terms, V
   if (hit == index.rows.end()) return;
   for (std::uint32_t r : hit->second) {
     SimpleDataRecord *row = table->rows[r].get();
-    if (fulfils(row) && !visit(row)) return;
+    if (fulfils(row, fields.size()) && !visit(row)) return;
   }
 }
 

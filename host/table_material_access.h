@@ -27,6 +27,7 @@
 #include <memory>
 #include <shared_mutex>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -74,7 +75,7 @@ class TableMaterialAccess : public MaterialAccess {
   template <typename Visit>
   void select(Table *table, const std::vector<Term> &terms, Visit visit);
 
-  std::map<std::string, std::unique_ptr<Table>> tables_;
+  std::map<std::string, std::unique_ptr<Table>, std::less<>> tables_;  // found by the name's bytes, not a copy
   bool indexing_ = true;
   // Guards the indexes: queries share it, building an index holds it alone.
   std::shared_mutex mutex_;

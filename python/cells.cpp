@@ -69,6 +69,15 @@ const char *numberText(Number number, char (&text)[kNumberText], Format... forma
 
 std::string germanDate(const py::handle &cell) { return cell.attr("strftime")("%d.%m.%Y").cast<std::string>(); }
 
+// The size a text gives: a whole number written as std::to_string writes
+// it, up to host::kMaxArraySize; -1 for any other text.
+std::int64_t sizeOfText(std::string_view text) {
+  std::int64_t size = -1;
+  auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), size);
+  if (fault != std::errc() || end != text.data() + text.size() || std::to_string(size) != text) return -1;
+  return size > host::kMaxArraySize ? -1 : size;
+}
+
 // The size a cell of a '#' column gives, -1 for none.
 std::int64_t sizeOf(const py::handle &cell, const std::string &text) {
   std::int64_t size = -1;
@@ -77,12 +86,7 @@ std::int64_t sizeOf(const py::handle &cell, const std::string &text) {
   } else if (PyFloat_Check(cell.ptr()) && std::floor(cell.cast<double>()) == cell.cast<double>()) {
     size = static_cast<std::int64_t>(cell.cast<double>());
   } else if (py::isinstance<py::str>(cell)) {
-    try {
-      size = std::stoll(text);
-      if (std::to_string(size) != text) size = -1;
-    } catch (const std::exception &) {
-      size = -1;
-    }
+    return sizeOfText(text);
   }
   return size > host::kMaxArraySize ? -1 : size;
 }
@@ -106,17 +110,17 @@ std::string encode(const py::handle &text, const std::string &what) {
 Column::Column(std::string text)
     : name(std::move(text)),
       utf8(host::toUtf8(name.c_str())),
-      key(SimpleDataRecord::keyOf(name.c_str())),
-      array(host::RecordLayout::arrayOf(name)) {}
+      array(host::RecordLayout::arrayOf(name)),
+      key(array.empty() ? SimpleDataRecord::keyOf(name.c_str()) : SimpleDataRecord::keyOfSize(array.c_str())) {}
 
 void readCell(const Column &at, const py::handle &cell, Cell *out) {
-  if (at.array.empty()) {
-    std::string_view text = ownText(cell.ptr());
-    if (!text.empty()) {
-      out->kind = Cell::kText;
-      out->text.assign(text);
-      return;
-    }
+  std::string_view own = ownText(cell.ptr());
+  if (!own.empty()) {
+    out->kind = at.array.empty() ? Cell::kText : Cell::kSize;
+    out->text.clear();  // and append: cheaper than assign, which allows for overlap
+    out->text.append(own.data(), own.size());
+    if (out->kind == Cell::kSize) out->integer = sizeOfText(own);
+    return;
   }
   out->kind = Cell::kEmpty;
   if (isMissing(cell)) return;
@@ -157,6 +161,7 @@ bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::
   char number[kNumberText];
   switch (cell.kind) {
     case Cell::kEmpty:
+      if (at.empties) record->setValueAt(at.key, static_cast<const char *>(nullptr));
       return true;
     case Cell::kText:
       record->setValueAt(at.key, cell.text.c_str());
@@ -168,9 +173,12 @@ bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::
       record->setValueAt(at.key, numberText(cell.real, number, std::chars_format::fixed));
       return true;
     case Cell::kSize:
-      if (host::RecordLayout::setSize(at.array, cell.integer, cell.text, record, error)) return true;
-      *error = host::toUtf8(error->c_str());
-      return false;
+      if (!host::RecordLayout::sizeWithin(at.array, cell.integer, cell.text, error)) {
+        *error = host::toUtf8(error->c_str());
+        return false;
+      }
+      record->setValueAt(at.key, cell.integer);
+      return true;
   }
   return true;
 }

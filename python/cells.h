@@ -33,14 +33,19 @@ struct CellError {
 std::string encode(const pybind11::handle &text, const std::string &what);
 
 // A column of records, with what every cell of it needs worked out once: the
-// field name (Windows-1252), the same for messages (UTF-8), the record's key
-// of the field, and the array whose size it gives, for a '#' column.
+// field name (Windows-1252), the same for messages (UTF-8), the array whose
+// size it gives, for a '#' column, and the record's key of the field or the
+// size.
 struct Column {
   explicit Column(std::string text);
   std::string name;
   std::string utf8;
-  std::int32_t key;
   std::string array;
+  std::int32_t key;
+  // Whether an empty cell empties the field: where one record is filled row
+  // after row (see host::RowRecord), the first column of each key does, and
+  // a later column of the key leaves it alone. A fresh record needs none.
+  bool empties = false;
 };
 
 // A cell as read, ready for a record.

@@ -21,6 +21,7 @@
 #include <string>
 #include <thread>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -38,6 +39,7 @@
 #include "quorel/host/material_router.h"
 #include "quorel/host/problem.h"
 #include "quorel/host/record_layout.h"
+#include "quorel/host/row_record.h"
 #include "quorel/host/sql/sql_source.h"
 #include "quorel/host/table_material_access.h"
 #include "quorel/lang/rule_set.h"
@@ -315,7 +317,7 @@ class RuleModule {
     runOn(record.get(), [&](Plausi *plausi, PlausiContext *context) {
       plausi->performFieldCheck(field.c_str(), context);
       host::HierarchyTexts texts;
-      host::collectProblems(*context, &problems, &texts);
+      host::collectProblems(host::FoundProblems(*context, &texts), &problems);
     });
     return problems;
   }
@@ -425,15 +427,19 @@ class Checker {
     }
     reportColumns(fields);
     host::Outcome outcome;
+    Result result;
     {
       py::gil_scoped_release release;
-      run(record.get(), &outcome);
+      run(record.get(), &outcome, [&result](const host::Outcome &done) {
+        host::collectProblems(done.problems, &result.problems);
+        result.ok = done.errors == 0;
+      });
     }
     if (outcome.failed && !outcome.cppType.empty()) raiseRuleError(host::toUtf8(outcome.failure().c_str()));
     if (outcome.failed) {
       raisePlausiError(PlausiException(static_cast<ExceptionType>(outcome.exceptionType), outcome.message.c_str()));
     }
-    return Result{std::move(outcome.problems), outcome.errors == 0};
+    return result;
   }
 
   // Checks the rows of a frame and gives the columns of the problem frame
@@ -446,7 +452,10 @@ class Checker {
     for (const auto &name : names) fields.push_back(columnName(name));
     reportColumns(fields);
     std::vector<Column> at(fields.begin(), fields.end());
+    std::unordered_set<std::int32_t> keys;
+    for (Column &column : at) column.empties = keys.insert(column.key).second;
     ProblemColumns frame;
+    RowState kept;
     std::int64_t first = 0;
     for (const py::handle &item : chunks) {
       py::object chunk = py::reinterpret_borrow<py::object>(item);  // holds the cells while they are read
@@ -461,7 +470,7 @@ class Checker {
         }
         lists.push_back(column.ptr());
       }
-      checkRows(at, lists, rows, first, &frame);
+      checkRows(at, lists, rows, first, &kept, &frame);
       first += static_cast<std::int64_t>(rows);
     }
     return frame.finish();
@@ -495,16 +504,15 @@ class Checker {
     bool failed = false;
     {
       py::gil_scoped_release release;
-      host::Outcome outcome;
+      RowState kept;
       for (std::int64_t label = offset; rows->next(&row) && !(failed = rows->failed()); ++label) {
-        SimpleDataRecord record;
-        std::string error;
+        host::RowRecord *record = host::RowRecord::renewed(&kept.record);
         // A slice of a database counts on from its offset.
         const host::Place place{label + 1, row.place.line};
-        if (layout.fill(row, &record, &error)) {
-          checkRecord(label, place, &record, &outcome, &frame);
+        if (layout.fill(row, record, &kept.error)) {
+          checkRecord(label, place, record, &kept, &frame);
         } else {
-          frame.addFailure(label, place, host::toUtf8(error.c_str()));
+          frame.addFailure(label, place, host::toUtf8(kept.error.c_str()));
         }
       }
     }
@@ -551,10 +559,20 @@ class Checker {
   // Rows of a DataFrame are read from Python in chunks of this many.
   static constexpr std::size_t kChunk = 1024;
 
+  // What a call that checks rows one after another keeps from row to row:
+  // the record filled anew (see host::RowRecord), the message of a row that
+  // could not be, the outcome of a check. One per call, as calls may come
+  // from several threads at once.
+  struct RowState {
+    std::unique_ptr<host::RowRecord> record;
+    std::string error;
+    host::Outcome outcome;
+  };
+
   // Checks rows [0, rows) of the lists (one per column, with the GIL held),
   // labelled from first on, into the frame.
   void checkRows(const std::vector<Column> &at, const std::vector<PyObject *> &lists, std::size_t rows,
-                 std::int64_t first, ProblemColumns *frame) {
+                 std::int64_t first, RowState *kept, ProblemColumns *frame) {
     const std::size_t width = at.size();
     std::vector<Cell> cells(kChunk * width);
     // For each row of the chunk, the column whose cell could not be read
@@ -579,30 +597,27 @@ class Checker {
         }
       }
       py::gil_scoped_release release;
-      host::Outcome outcome;
       for (std::size_t r = 0; r < count; ++r) {
         // The cells before an unread one go in first, as their failures come first.
-        SimpleDataRecord record;
-        std::string error;
+        host::RowRecord *record = host::RowRecord::renewed(&kept->record);
         std::size_t c = 0;
-        while (c < unread[r] && putCell(at[c], cells[r * width + c], &record, &error)) ++c;
+        while (c < unread[r] && putCell(at[c], cells[r * width + c], record, &kept->error)) ++c;
         const std::int64_t label = first + static_cast<std::int64_t>(start + r);
         // A frame has no lines: its rows are numbered from 1.
         const host::Place place{label + 1, 0};
         if (c == width) {
-          checkRecord(label, place, &record, &outcome, frame);
+          checkRecord(label, place, record, kept, frame);
         } else {
-          frame->addFailure(label, place, c < unread[r] ? error : reasons[r]);
+          frame->addFailure(label, place, c < unread[r] ? kept->error : reasons[r]);
         }
       }
     }
   }
 
   // Checks a record into the frame; without the GIL.
-  void checkRecord(std::int64_t label, const host::Place &place, SimpleDataRecord *record, host::Outcome *outcome,
+  void checkRecord(std::int64_t label, const host::Place &place, SimpleDataRecord *record, RowState *kept,
                    ProblemColumns *frame) {
-    run(record, outcome);
-    frame->addOutcome(label, place, *outcome);
+    run(record, &kept->outcome, [&](const host::Outcome &done) { frame->addOutcome(label, place, done); });
   }
 
   // Opens a CSV file (whole) or rows [offset, offset + limit) of a database
@@ -684,12 +699,17 @@ class Checker {
     }
   }
 
-  // Runs without the GIL; a log is written by one thread at a time.
-  void run(SimpleDataRecord *record, host::Outcome *outcome) {
+  // Runs without the GIL and hands the outcome to use(outcome) while the
+  // checker that holds its problems is still this thread's: close() on
+  // another thread may let it go as soon as it is back. A log is written by
+  // one thread at a time.
+  template <typename Use>
+  void run(SimpleDataRecord *record, host::Outcome *outcome, Use use) {
     std::shared_ptr<host::Checker> checker = pool_->forThisThread();
     std::unique_lock<std::mutex> lock(logMutex_, std::defer_lock);
     if (logger_ != nullptr) lock.lock();
     checker->check(record, outcome);
+    use(*outcome);
   }
 
   // A material from a DataFrame, a CSV file or a database table.

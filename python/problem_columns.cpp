@@ -1,8 +1,11 @@
 #include "problem_columns.h"
 
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 #include <pybind11/numpy.h>
 
+#include "quorel/host/byte_words.h"
 #include "quorel/host/encoding.h"
 
 namespace py = pybind11;
@@ -122,53 +125,93 @@ py::tuple numberColumn(const std::vector<const host::Problem *> &kinds, const st
 
 const std::string *optionalText(const std::optional<std::string> &text) { return text ? &*text : nullptr; }
 
+// A problem's kind hashed by every attribute.
+std::size_t kindHash(const ProblemColumns::Read &p) {
+  auto text = [](std::string_view t) { return host::words::hash(t); };
+  auto optional = [&text](std::optional<std::string_view> t) { return t ? text(*t) : 1; };
+  std::size_t hash = combine(static_cast<std::size_t>(p.type), static_cast<std::size_t>(p.weight));
+  hash = combine(combine(combine(hash, optional(p.id)), optional(p.text)), optional(p.details));
+  hash = combine(hash, text(p.field));
+  hash = combine(hash, p.indices.size());
+  for (std::int32_t index : p.indices) hash = combine(hash, static_cast<std::size_t>(index));
+  hash = combine(hash, p.accessed.size());
+  for (std::string_view field : p.accessed) hash = combine(hash, text(field));
+  hash = combine(hash, p.sections.size());
+  for (std::string_view section : p.sections) hash = combine(hash, text(section));
+  return hash;
+}
+
+// Whether the list holds the entries of the kind's list, in order.
+template <typename T, typename U>
+bool sameList(const std::vector<T> &list, const std::vector<U> &kind) {
+  return std::equal(list.begin(), list.end(), kind.begin(), kind.end(),
+                    [](const T &a, const U &b) { return a == b; });
+}
+
+// Whether the problem is of the kind, in every attribute.
+bool ofKind(const ProblemColumns::Read &p, const host::Problem &kind) {
+  host::StoredProblem k(kind);
+  return p.type == k.type() && p.weight == k.weight() && p.id == k.id() && p.text == k.text() &&
+         p.details == k.details() && p.field == k.field() && p.indices == kind.fieldIndices &&
+         sameList(p.accessed, kind.accessed) && sameList(p.sections, kind.sections);
+}
+
 }  // namespace
 
-std::size_t KindHash::operator()(const host::Problem &p) const {
-  std::hash<std::string> text;
-  std::size_t hash = combine(static_cast<std::size_t>(p.type), static_cast<std::size_t>(p.weight));
-  for (const std::optional<std::string> *t : {&p.id, &p.text, &p.details}) hash = combine(hash, *t ? text(**t) : 1);
-  hash = combine(hash, text(p.field));
-  hash = combine(hash, ListHash<std::int32_t>()(p.fieldIndices));
-  hash = combine(hash, ListHash<std::string>()(p.accessed));
-  return combine(hash, ListHash<std::string>()(p.sections));
-}
-
-bool KindEqual::operator()(const host::Problem &a, const host::Problem &b) const {
-  return a.type == b.type && a.weight == b.weight && a.id == b.id && a.field == b.field &&
-         a.fieldIndices == b.fieldIndices && a.accessed == b.accessed && a.sections == b.sections &&
-         a.text == b.text && a.details == b.details;
-}
-
 void ProblemColumns::addOutcome(std::int64_t row, const host::Place &place, const host::Outcome &outcome) {
-  summary_.add(outcome.problems, outcome.errors, !outcome.failed);
+  summary_.count(outcome.problems.size(), outcome.errors, !outcome.failed);  // ids are the kinds' business
   std::int32_t failure = -1;
   if (outcome.failed) {
     failure = messages_.codeOf(host::toUtf8(outcome.failure().c_str()));
     kinds_.push_back(failureKind());
   }
-  for (const host::Problem &problem : outcome.problems) kinds_.push_back(kindOf(problem));
+  for (std::size_t i = 0; i < outcome.problems.size(); ++i) kinds_.push_back(kindOf(outcome.problems[i]));
   addSource(row, place, outcome.problems.size() + (outcome.failed ? 1 : 0), failure);
 }
 
 void ProblemColumns::addFailure(std::int64_t row, const host::Place &place, const std::string &message) {
-  summary_.add({}, 0, false);
+  summary_.count(0, 0, false);
   kinds_.push_back(failureKind());
   addSource(row, place, 1, messages_.codeOf(message));
 }
 
-std::int32_t ProblemColumns::kindOf(const host::Problem &problem) {
-  auto found = kindCodes_.try_emplace(problem, static_cast<std::int32_t>(kindList_.size()));
-  if (found.second) kindList_.push_back(&found.first->first);
-  return found.first->second;
+void ProblemColumns::Read::from(const host::FoundProblem &p) {
+  id = p.id();
+  type = p.type();
+  weight = p.weight();
+  text = p.text();
+  details = p.details();
+  field = p.field();
+  indices.resize(p.indexCount());
+  for (std::size_t i = 0; i < indices.size(); ++i) indices[i] = p.index(i);
+  accessed.resize(p.accessedCount());
+  for (std::size_t i = 0; i < accessed.size(); ++i) accessed[i] = p.accessed(i);
+  sections.resize(p.sectionCount());
+  for (std::size_t i = 0; i < sections.size(); ++i) sections[i] = p.section(i);
+}
+
+std::int32_t ProblemColumns::kindOf(const host::FoundProblem &problem) {
+  read_.from(problem);
+  auto first = firstOfHash_.try_emplace(kindHash(read_), -1).first;
+  std::int32_t *link = &first->second;
+  for (; *link >= 0; link = &nextOfHash_[static_cast<std::size_t>(*link)]) {
+    if (ofKind(read_, *kindList_[static_cast<std::size_t>(*link)])) return *link;
+  }
+  kindStore_.emplace_back();
+  host::copyProblem(problem, &kindStore_.back());
+  *link = addKind(&kindStore_.back());
+  return *link;
 }
 
 std::int32_t ProblemColumns::failureKind() {
-  if (failureKind_ < 0) {
-    failureKind_ = static_cast<std::int32_t>(kindList_.size());
-    kindList_.push_back(nullptr);
-  }
+  if (failureKind_ < 0) failureKind_ = addKind(nullptr);
   return failureKind_;
+}
+
+std::int32_t ProblemColumns::addKind(const host::Problem *kind) {
+  kindList_.push_back(kind);
+  nextOfHash_.push_back(-1);
+  return static_cast<std::int32_t>(kindList_.size() - 1);
 }
 
 void ProblemColumns::addSource(std::int64_t label, const host::Place &place, std::size_t rows,

@@ -5,7 +5,7 @@
 // So each problem is kept as its place and the code of its kind (every
 // attribute of the problem but the place), and each distinct kind once, in
 // order of first appearance: one hash and one compare of a problem's texts,
-// rather than one per column. finish() turns the kinds into the columns: each
+// read where its run left them, rather than a copy, or one per column. finish() turns the kinds into the columns: each
 // text or list column keeps the distinct values of the kinds, in order of
 // first appearance, as the categories of a pandas Categorical, and each is
 // made a Python str once; a list becomes the text of a JSON array, as a
@@ -29,7 +29,9 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -71,16 +73,21 @@ struct ListHash {
   }
 };
 
-// A problem's kind: hashed and compared by every attribute.
-struct KindHash {
-  std::size_t operator()(const host::Problem &problem) const;
-};
-struct KindEqual {
-  bool operator()(const host::Problem &a, const host::Problem &b) const;
-};
-
 class ProblemColumns {
  public:
+  // A problem's attributes, each read once from where its run left them,
+  // to be hashed and compared with the kinds; valid while the problem is.
+  struct Read {
+    void from(const host::FoundProblem &problem);
+
+    std::optional<std::string_view> id, text, details;
+    ProblemType type = PROBLEM_ERROR;
+    std::int32_t weight = 0;
+    std::string_view field;
+    std::vector<std::int32_t> indices;
+    std::vector<std::string_view> accessed, sections;
+  };
+
   // A checked row: its label (a position in the input), its place in the
   // source, and what checking it gave. A run that ended in an exception
   // gives a failure row before its problems.
@@ -100,8 +107,10 @@ class ProblemColumns {
  private:
   // The code of the problem's kind, or of the failure rows' kind (no
   // problem attributes, empty lists).
-  std::int32_t kindOf(const host::Problem &problem);
+  std::int32_t kindOf(const host::FoundProblem &problem);
   std::int32_t failureKind();
+  // A new code for the kind (null for the failure rows').
+  std::int32_t addKind(const host::Problem *kind);
 
   // A row of the input with problems or a failure, and so rows of the frame.
   struct Source {
@@ -118,10 +127,15 @@ class ProblemColumns {
   std::deque<Source> sources_;
   std::deque<std::int32_t> kinds_;  // by row of the frame
   // The kinds by code, the failure rows' one null; it has a code once a
-  // failure row is met.
-  std::unordered_map<host::Problem, std::int32_t, KindHash, KindEqual> kindCodes_;
+  // failure row is met. A problem is hashed and compared where its run
+  // left it, and copied only as a new kind: each hash leads to the first
+  // kind of that hash, and each kind to the next of the same hash (or -1).
+  std::deque<host::Problem> kindStore_;
   std::vector<const host::Problem *> kindList_;
+  std::unordered_map<std::size_t, std::int32_t> firstOfHash_;
+  std::vector<std::int32_t> nextOfHash_;
   std::int32_t failureKind_ = -1;
+  Read read_;  // the problem at hand, in memory kept from problem to problem
   // The messages of failure rows (UTF-8).
   Dictionary<std::string> messages_;
   host::Summary summary_;

@@ -97,6 +97,32 @@ def test_rows_handed_over_in_slices_keep_their_labels(module, gemeinden, records
     assert sliced.attrs == whole.attrs
 
 
+def test_a_row_gets_nothing_of_the_rows_before_it(module, gemeinden, records):
+    # Rows are checked one after another: cells that are empty, missing or
+    # absent after rows that had them, a size that shrinks, and a row that
+    # fails midway give what each row gives alone.
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    rows = records.iloc[1:9].copy()
+    rows["Antrag.Antragsteller.Name"] = ["Weber", np.nan, "", "Weber", None, "Weber", np.nan, "Weber"]
+    rows["Antrag.Kinder#"] = ["2", "1", np.nan, "zwei", "0", "2", "1", np.nan]
+    rows["Antrag.Kinder[0].Vorname"] = ["Ina", np.nan, "Ina", "Ina", np.nan, "", "Ina", np.nan]
+    together = checker.check_frame(rows)
+    alone = pd.concat([checker.check_frame(rows.loc[[label]]) for label in rows.index])
+    pd.testing.assert_frame_equal(together.astype(str).assign(record=""), alone.astype(str).assign(record=""))
+    assert together["failure"].notna().sum() == 1
+
+
+def test_a_size_is_a_whole_number_written_plainly(module, gemeinden, records):
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    sizes = ["2", "02", "+2", " 2", "2 ", "-1", "0", "100000", "100001", "2,0", "\xb2", "99999999999999999999", 2, 2.0,
+             2.5, True]
+    rows = records.iloc[[1] * len(sizes)].reset_index(drop=True)
+    rows["Antrag.Kinder#"] = pd.Series(sizes, dtype=object)
+    failures = checker.check_frame(rows)["failure"].dropna()
+    assert list(failures.index) == [1, 2, 3, 4, 5, 8, 9, 10, 11, 14, 15]
+    assert failures[1].endswith("is not a whole number from 0 to 100000: 02")
+
+
 def test_an_empty_frame_and_a_frame_of_failures(module, gemeinden, records):
     checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
     empty = checker.check_frame(records.iloc[:0])

@@ -2,6 +2,7 @@
 // columns that name no field, flows the module does not know, and why a
 // module does not load.
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,9 @@
 #include "quorel/host/checker.h"
 #include "quorel/host/column_check.h"
 #include "quorel/host/load_error.h"
+#include "quorel/host/problem_format.h"
 #include "quorel/host/record_layout.h"
+#include "quorel/host/summary.h"
 
 namespace quorel {
 namespace host {
@@ -148,7 +151,7 @@ std::string shown(const Problem &p) {
   return text;
 }
 
-TEST(CheckerTest, AnOutcomeServesRecordAfterRecord) {
+TEST(CheckerTest, ProblemsReadInPlaceAndCopiedGiveTheSameOutput) {
   CheckSettings settings;
   settings.library = QUOREL_UMFRAGE_MODULE;
   settings.module = "Umfrage";
@@ -162,19 +165,33 @@ TEST(CheckerTest, AnOutcomeServesRecordAfterRecord) {
   SimpleDataRecord few;
   few.setValue("Umfrage.Name", "Berger");
   few.setValue("Umfrage.Alter", 12);
-  Outcome kept;
+  std::unique_ptr<ProblemFormat> formats[] = {ProblemFormat::create("text"), ProblemFormat::create("json")};
+  Outcome outcome;
+  std::vector<Problem> kept;  // copies into the memory of the former record's
+  Summary inPlace, copied;
   for (SimpleDataRecord *record : {&many, &few, &many}) {
-    Outcome fresh;
-    checker.check(record, &fresh);
-    checker.check(record, &kept);
-    ASSERT_EQ(fresh.problems.size(), kept.problems.size());
-    for (std::size_t i = 0; i < fresh.problems.size(); ++i) {
-      EXPECT_EQ(shown(fresh.problems[i]), shown(kept.problems[i]));
+    checker.check(record, &outcome);
+    std::vector<Problem> fresh;
+    collectProblems(outcome.problems, &fresh);
+    collectProblems(outcome.problems, &kept);
+    ASSERT_EQ(fresh.size(), kept.size());
+    for (std::size_t i = 0; i < fresh.size(); ++i) EXPECT_EQ(shown(fresh[i]), shown(kept[i]));
+    for (const auto &format : formats) {
+      std::string read, written;
+      format->appendRecord({4, 5}, outcome.problems, &read);
+      format->appendRecord({4, 5}, fresh, &written);
+      EXPECT_EQ(written, read);
     }
-    EXPECT_EQ(fresh.errors, kept.errors);
+    inPlace.add(outcome.problems, outcome.errors, true);
+    copied.add(fresh, outcome.errors, true);
   }
-  EXPECT_GT(kept.problems.size(), 3u);
-  EXPECT_EQ("Umfrage.Antworten[2].Note", kept.problems.back().field);
+  EXPECT_GT(kept.size(), 3u);
+  EXPECT_EQ("Umfrage.Antworten[2].Note", kept.back().field);
+  EXPECT_EQ((std::vector<std::int32_t>{2}), kept.back().fieldIndices);
+  std::string read, written;
+  formats[0]->appendSummary(inPlace, &read);
+  formats[0]->appendSummary(copied, &written);
+  EXPECT_EQ(written, read);
 }
 
 // The text of the LoadError that loading module from library gives.

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <sstream>
@@ -111,6 +112,21 @@ TEST(RecordLayoutTest, CellsSizesAndEmptyFields) {
   EXPECT_TRUE(RecordLayout({"M.Liste#"}).fill({"100000"}, &row, &error));
 }
 
+TEST(RecordLayoutTest, ANulByteAnywhereInACellFailsTheRow) {
+  RecordLayout layout({"M.Nr", "M.Name"});
+  quorel::SimpleDataRecord record;
+  std::string error;
+  for (std::size_t length = 1; length <= 17; ++length) {
+    ASSERT_TRUE(layout.fill({"1", std::string(length, 'x')}, &record, &error)) << length;
+    for (std::size_t at = 0; at < length; ++at) {
+      std::string cell(length, 'x');
+      cell[at] = '\0';
+      ASSERT_FALSE(layout.fill({"1", cell}, &record, &error)) << length << " " << at;
+      EXPECT_EQ("column M.Name: the cell holds a NUL byte", error);
+    }
+  }
+}
+
 TEST(RecordLayoutTest, OneRecordFilledRowAfterRowHoldsTheLastRowAlone) {
   RecordLayout layout({"M.Nr", "M.Name", "M.Liste#", "M.Nr"});
   quorel::SimpleDataRecord record;
@@ -158,11 +174,13 @@ TEST(ProblemFormatTest, JsonLinesCarryEveryByteAnywhereInAText) {
       for (char filler : {'a', '"', '\xFC'}) {
         Problem p;
         p.text = std::string(before, filler) + static_cast<char>(byte) + std::string(9 - before, 'b');
+        p.details = p.text->substr(before);  // of every length up to a word and a bit
         p.sections = {*p.text};
         std::string line;
         format->appendRecord({1, 2}, {p}, &line);
         nlohmann::json read = nlohmann::json::parse(line);
         ASSERT_EQ(toUtf8(p.text->c_str()), read["text"].get<std::string>()) << byte << " after " << before;
+        ASSERT_EQ(toUtf8(p.details->c_str()), read["details"].get<std::string>()) << byte << " after " << before;
         ASSERT_EQ(toUtf8(p.text->c_str()), read["sections"][0].get<std::string>());
       }
     }
@@ -193,6 +211,26 @@ TEST(EncodingTest, Windows1252AndUtf8BothWays) {
   }
 }
 
+TEST(EncodingTest, TextsOfAnyLengthWithAnyByteAnywhere) {
+  // Texts are converted a word at a time, their ends as shorter loads: each
+  // length around a word or two, each place, bytes plain and not.
+  auto oneByOne = [](const std::string &text) {
+    std::string out;
+    for (char c : text) out += toUtf8(std::string(1, c).c_str());
+    return out;
+  };
+  for (std::size_t length = 0; length <= 18; ++length) {
+    for (std::size_t at = 0; at < std::max<std::size_t>(length, 1); ++at) {
+      for (char c : {'a', '\x80', '\x81', '\xFC', '\x7F'}) {
+        std::string text(length, 'x');
+        if (length > 0) text[at] = c;
+        if (length > 3) text[length - 1] = '\xDF';  // a second at the end
+        ASSERT_EQ(oneByOne(text), toUtf8(text.c_str())) << length << " " << at << " " << static_cast<int>(c);
+      }
+    }
+  }
+}
+
 TEST(ProblemFormatTest, TextAndJsonLinesSpeakOneSchema) {
   Problem p;
   p.id = "X-1";
@@ -213,7 +251,7 @@ TEST(ProblemFormatTest, TextAndJsonLinesSpeakOneSchema) {
   lines->appendFailure({1, 0}, "kaputt", &text);
   Summary summary;
   summary.add({p, hint, p}, 2, true);
-  summary.add({}, 0, false);
+  summary.add(FoundProblems(), 0, false);
   summary.add({hint}, 0, true);
   lines->appendSummary(summary, &text);
   EXPECT_EQ("line 7: error X-1 (weight 3): Stra\xC3\x9F" "e \"fehlt\"\n  field: A.B[1]\n  read: A.B[1] A.C\n"
