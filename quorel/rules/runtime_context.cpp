@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <functional>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -86,19 +87,21 @@ void RuntimeContext::setSectionInfosToProblem(PlausiProblem *problem) {
   constexpr std::int32_t kFewFields = 16;
   std::int32_t count = innermost->getNumOfAccessedFields();
   std::int32_t first = problem->getNumOfAccessedFields();
-  std::unordered_set<FieldDescriptor *, std::hash<FieldDescriptor *>, std::equal_to<FieldDescriptor *>,
-                     PoolAllocator<FieldDescriptor *>>
+  // Made only for many fields: most problems come from sections of a few.
+  std::optional<std::unordered_set<FieldDescriptor *, std::hash<FieldDescriptor *>,
+                                   std::equal_to<FieldDescriptor *>, PoolAllocator<FieldDescriptor *>>>
       added;
+  if (count > kFewFields) added.emplace();
   for (std::int32_t i = 0; i < count; ++i) {
     FieldDescriptor *field = innermost->getAccessedField(i);
     if (field == nullptr) continue;
     bool repeated = false;
-    if (count <= kFewFields) {
+    if (!added) {
       for (std::int32_t j = first; j < problem->getNumOfAccessedFields() && !repeated; ++j) {
         repeated = problem->getAccessedField(j) == field;
       }
     } else {
-      repeated = !added.insert(field).second;
+      repeated = !added->insert(field).second;
     }
     if (!repeated) problem->addAccessedField(field);
   }
