@@ -111,6 +111,7 @@ std::string *cellAt(std::vector<std::string> *cells, std::size_t n) {
 
 bool CsvReader::next(std::vector<std::string> *cells) {
   error_.clear();
+  blank_ = false;
   std::string_view line;
   if (!readLine(&line, &rowLine_)) {
     cells->clear();
@@ -125,6 +126,7 @@ bool CsvReader::next(std::vector<std::string> *cells) {
     std::size_t comma = line.find(',');
     separator_ = comma < semicolon ? ',' : ';';
   }
+  blank_ = line.empty();
   // Without a quote the cells are what lies between the separators, found
   // in one pass eight bytes at a time.
   const char *text = line.data();

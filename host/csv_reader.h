@@ -44,6 +44,9 @@ class CsvReader {
   // The last line read in full.
   std::int64_t linesRead() const { return linesRead_; }
   const std::string &error() const { return error_; }
+  // Whether the last row was a line with nothing on it (but a byte-order
+  // mark): a line "" holds one empty cell and is no blank line.
+  bool blank() const { return blank_; }
   bool byteOrderMark() const { return byteOrderMark_; }
   bool failed() const { return failed_; }
   const std::string &failure() const { return failure_; }
@@ -82,6 +85,7 @@ class CsvReader {
   char separator_ = '\0';
   bool byteOrderMark_ = false;
   std::int64_t rowLine_ = 0;
+  bool blank_ = false;
   std::string error_;
 };
 

@@ -77,7 +77,7 @@ bool CsvRowSource::next(Row *row) {
                    reader_.failure();
       return true;
     }
-  } while (row->cells.size() == 1 && row->cells[0].empty() && reader_.error().empty());  // a blank line
+  } while (reader_.blank());
   row->place = {++records_, reader_.line()};
   row->error = reader_.error();
   if (row->error.empty() && row->cells.size() != columns_.size()) {

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -11,6 +13,7 @@
 #include <quorel/quorel.h>
 
 #include "quorel/host/csv_reader.h"
+#include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/problem.h"
 #include "quorel/host/problem_format.h"
@@ -95,6 +98,29 @@ TEST(CsvReaderTest, LinesAcrossTheReadChunksOfTheInput) {
       EXPECT_EQ(want, readAll(text));
     }
   }
+}
+
+// Blank lines are skipped and counted nowhere; a line "" is a row of one
+// empty cell, which a one-column file checks and a wider one reports.
+TEST(CsvRowSourceTest, ABlankLineIsSkippedAndAnEmptyQuotedCellIsARow) {
+  auto rowsOf = [](const std::string &text) {
+    std::string path = ::testing::TempDir() + "quorel_blank_lines.csv";
+    std::ofstream(path, std::ios::binary) << text;
+    std::string message;
+    auto source = CsvRowSource::open(path, &message);
+    EXPECT_NE(nullptr, source) << message;
+    std::vector<std::string> seen;
+    Row row;
+    while (source != nullptr && source->next(&row)) {
+      std::string cells;
+      for (const std::string &cell : row.cells) cells += "[" + cell + "]";
+      seen.push_back(std::to_string(row.place.record) + "@" + std::to_string(row.place.line) + cells + row.error);
+    }
+    std::remove(path.c_str());
+    return seen;
+  };
+  EXPECT_EQ((std::vector<std::string>{"1@2[a]", "2@4[]", "3@6[b]"}), rowsOf("Name\na\n\n\"\"\n\r\nb\n"));
+  EXPECT_EQ((std::vector<std::string>{"1@3[]the row has 1 cell, the header 2"}), rowsOf("a;b\n\n\"\"\n"));
 }
 
 TEST(RecordLayoutTest, CellsSizesAndEmptyFields) {
