@@ -1,11 +1,11 @@
 // CsvRowSource: the rows of a CSV file under its header row, which names the
 // columns. Blank lines are skipped; a line "" is a row of one empty cell.
-// The file is Windows-1252 or UTF-8 as the host says; a file that begins with a UTF-8 byte-order mark is UTF-8
-// whatever it says. UTF-8 cells are turned into the library's Windows-1252:
-// a cell that is no UTF-8, or holds a character Windows-1252 lacks, gives
-// its row an error naming the column. A failure to read the file ends the
-// rows with one more that carries it (see RowSource::failed). Owns the file
-// it opened.
+// The file is Windows-1252 or UTF-8 as the host says; a file that begins
+// with a UTF-8 byte-order mark is UTF-8 whatever it says. UTF-8 cells are
+// turned into the library's Windows-1252: a cell that is no UTF-8, or holds
+// a character Windows-1252 lacks, gives its row an error naming the column.
+// A failure to read the file ends the rows with one more that carries it
+// (see RowSource::failed). Owns the file it opened.
 
 #ifndef QUOREL_HOST_CSV_ROW_SOURCE_H_
 #define QUOREL_HOST_CSV_ROW_SOURCE_H_
