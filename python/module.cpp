@@ -450,6 +450,7 @@ class Checker {
   py::dict checkColumns(const py::list &names, const py::iterable &chunks) {
     std::vector<std::string> fields;
     for (const auto &name : names) fields.push_back(columnName(name));
+    refuseRepeatedColumns(fields);
     reportColumns(fields);
     std::vector<Column> at(fields.begin(), fields.end());
     std::unordered_set<std::int32_t> keys;
@@ -480,13 +481,16 @@ class Checker {
   void reportColumnNames(const py::list &names) {
     std::vector<std::string> columns;
     for (const auto &name : names) columns.push_back(columnName(name));
+    refuseRepeatedColumns(columns);
     reportColumns(columns);
   }
 
   // Reports the columns of a CSV file or a database source as checking it
   // would, reading no more than its header.
   void reportSourceColumns(const std::string &text) {
-    reportColumns(openSource(text, 0, 0)->columns());
+    std::vector<std::string> columns = openSource(text, 0, 0)->columns();
+    refuseRepeatedColumns(columns);
+    reportColumns(columns);
   }
 
   // The same for the rows of a CSV file or a database source (a connection
@@ -497,6 +501,7 @@ class Checker {
   py::dict checkSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
     if (!host::SqlSource::names(text)) offset = 0;
     std::unique_ptr<host::RowSource> rows = openSource(text, offset, limit);
+    refuseRepeatedColumns(rows->columns());
     reportColumns(rows->columns());
     host::RecordLayout layout(rows->columns());
     ProblemColumns frame;
@@ -657,6 +662,16 @@ class Checker {
     if (rows == nullptr) raiseDatabaseError(message);
     return rows;
 #endif
+  }
+
+  // ValueError for a name that more than one column holds, as quorel-check
+  // refuses such a header: a record keeps one cell per column.
+  static void refuseRepeatedColumns(const std::vector<std::string> &columns) {
+    std::string errors;
+    for (const std::string &message : host::RecordLayout(columns).repeatedColumns()) {
+      errors += (errors.empty() ? "" : "\n") + host::toUtf8(message.c_str()) + "; rename or drop the others";
+    }
+    if (!errors.empty()) throw py::value_error(errors);
   }
 
   // Reports the columns that name nothing the module reads: each with a

@@ -88,3 +88,14 @@ def test_columns_that_name_no_field_warn_once_or_fail_when_strict(umfrage, umfra
     with pytest.raises(quorel.RecordError, match="Umfrage has no field Nmae"):
         strict.check({"Umfrage.Nmae": "x"})  # every time, not once
     assert strict.check({"Umfrage.Name": "Berger", "Umfrage.Antworten[2].Note": 7}).ok is False
+
+
+def test_a_column_name_given_twice_is_refused_at_the_start(umfrage, umfragen, tmp_path):
+    frame = pd.concat([umfragen, umfragen[["Umfrage.Name"]]], axis=1)
+    repeated = "column Umfrage.Name appears 2 times in the header \\(columns 1, %d\\)" % len(frame.columns)
+    with pytest.raises(ValueError, match=repeated):
+        quorel.check_frame(frame, umfrage, flow="Pruefung")
+    path = tmp_path / "twice.csv"
+    frame.to_csv(path, sep=";", index=False, encoding="cp1252")
+    with pytest.raises(ValueError, match="rename or drop the others"):
+        quorel.check_frame(str(path), umfrage, flow="Pruefung")
