@@ -1,5 +1,7 @@
 #include "quorel/host/problem.h"
 
+#include "quorel/values/text_copy.h"
+
 namespace quorel {
 namespace host {
 
@@ -7,10 +9,7 @@ namespace {
 
 // Copies into the string's kept memory: run after run the copies of
 // problems take the place of the former run's.
-void assign(std::string *target, std::string_view text) {
-  target->clear();
-  target->append(text.data(), text.size());
-}
+void assign(std::string *target, std::string_view text) { copyText(target, text.data(), text.size()); }
 
 void assign(std::optional<std::string> *target, std::optional<std::string_view> text) {
   if (!text) {

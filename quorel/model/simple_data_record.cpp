@@ -40,6 +40,7 @@ void SimpleDataRecord::store(std::int32_t key, Value *value) {
 }
 
 void SimpleDataRecord::storeText(std::int32_t key, const char *text) {
+  if (text == nullptr) text = "";
   Value *former = find(key);
   // The exact class: a value of another kind is replaced as any value is.
   if (former != nullptr && typeid(*former) == typeid(StringValue)) {
@@ -72,7 +73,7 @@ double SimpleDataRecord::getReal(FieldDescriptor *field) {
 }
 
 void SimpleDataRecord::setString(FieldDescriptor *field, const char *text) {
-  storeText(getKeyAsHashCode(field), text != nullptr ? text : "");
+  storeText(getKeyAsHashCode(field), text);
 }
 
 void SimpleDataRecord::setInteger(FieldDescriptor *field, std::int64_t number) {
@@ -121,7 +122,7 @@ void SimpleDataRecord::setValue(const char *name, std::int32_t number) {
 void SimpleDataRecord::setValue(const char *name, double number) { setValueAt(keyOf(name), number); }
 
 void SimpleDataRecord::setValue(const char *name, const char *text) {
-  storeText(keyOf(name), text != nullptr ? text : "");
+  storeText(keyOf(name), text);
 }
 
 void SimpleDataRecord::setSize(const char *name, std::int32_t size) {

@@ -72,8 +72,8 @@ class SimpleDataRecord : public DataRecord {
   // Stores value under key, replacing and destroying what was there; null
   // removes the key.
   void store(std::int32_t key, Value *value);
-  // Stores a text under key; a text there before takes the new one in its
-  // memory.
+  // Stores a text (null: the empty text) under key; a text there before
+  // takes the new one in its memory.
   void storeText(std::int32_t key, const char *text);
 
   CodeTable<Value> values_;

@@ -90,7 +90,7 @@ class RuntimeContext {
   ArrayValueIterator *createIterator(FieldArray *array);
   ArrayValueIterator *createIterator(LocalArray *array);
   Value *createStringValue(const char *text);
-  // The same for a text that the caller has just made, taken over whole.
+  // The same for a text that the caller has just made, copied whole.
   Value *createStringValue(std::string text);
   // The text with every byte replaced by its entry in byteMap.
   Value *createStringValue(const char *text, const unsigned char (&byteMap)[256]);

@@ -18,7 +18,7 @@ class StringValue : public ScalarValue {
  public:
   // A null text gives the empty text.
   explicit StringValue(const char *text);
-  // Takes the text over, for texts the library has just made.
+  // The whole text, its bytes as they stand (a NUL among them too).
   explicit StringValue(std::string text);
   // The text with every byte replaced by its entry in byteMap, as the case
   // functions make their results: in place, with no text in between.
