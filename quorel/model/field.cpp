@@ -24,20 +24,20 @@ Value *Field::get(RuntimeContext *context, DataRecord *record) {
   TypeDescriptor *type = getTypeDescriptor();
   return readField(
       context, "Field", this, [holder] { return holder; },
-      [this, context, type](DataRecord *r) -> Value * {
+      [context, type](const FieldSource &source) -> Value * {
         // A mask on a number field says only that the record holds text.
         bool asText = type->getMask() != nullptr;
         switch (type->getFieldType()) {
           case FieldTypeInteger:
-            if (asText) return context->createNumberValue(r->getString(this));
-            return context->createNumberValue(static_cast<double>(r->getInteger(this)));
+            if (asText) return context->createNumberValue(source.getString());
+            return context->createNumberValue(static_cast<double>(source.getInteger()));
           case FieldTypeReal:
-            if (asText) return context->createNumberValue(r->getString(this));
-            return context->createNumberValue(r->getReal(this));
+            if (asText) return context->createNumberValue(source.getString());
+            return context->createNumberValue(source.getReal());
           case FieldTypeDate:
-            return context->createDateValue(r->getString(this), type->getMask());
+            return context->createDateValue(source.getString(), type->getMask());
           default:
-            return context->createStringValue(r->getString(this));
+            return context->createStringValue(source.getString());
         }
       });
 }

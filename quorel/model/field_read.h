@@ -6,15 +6,40 @@
 #ifndef QUOREL_MODEL_FIELD_READ_H_
 #define QUOREL_MODEL_FIELD_READ_H_
 
+#include <cstdint>
+#include <typeinfo>
+
 #include "quorel/logging/logger.h"
 #include "quorel/model/data_record.h"
+#include "quorel/model/simple_data_record.h"
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/rules/runtime_context.h"
+#include "quorel/values/value.h"
 
 namespace quorel {
 
 class FieldDescriptor;
-class Value;
+
+// What make() reads a non-empty field through. The library's own record has
+// already found the field's value while it answered whether the field is
+// empty, and the getters read that value as the record would; any other
+// record is asked through its getters.
+class FieldSource {
+ public:
+  FieldSource(DataRecord *record, FieldDescriptor *field, Value *stored)
+      : record_(record), field_(field), stored_(stored) {}
+
+  const char *getString() const { return stored_ != nullptr ? stored_->asString() : record_->getString(field_); }
+  std::int64_t getInteger() const {
+    return stored_ != nullptr ? stored_->asInteger() : record_->getInteger(field_);
+  }
+  double getReal() const { return stored_ != nullptr ? stored_->asReal() : record_->getReal(field_); }
+
+ private:
+  DataRecord *record_;
+  FieldDescriptor *field_;
+  Value *stored_;
+};
 
 namespace field_read {
 
@@ -29,8 +54,8 @@ void logInconvertible(RuntimeContext *context, const char *who, FieldDescriptor 
 
 }  // namespace field_read
 
-// locate() finds the record that holds the field; make(record) builds the
-// value of a non-empty field from it. Both run inside the guard. They are
+// locate() finds the record that holds the field; make(source) builds the
+// value of a non-empty field from a FieldSource on it. Both run inside the guard. They are
 // template parameters, and the debug level is asked here, so that a read
 // costs no call it does not need.
 template <typename Locate, typename Make>
@@ -38,12 +63,21 @@ Value *readField(RuntimeContext *context, const char *who, FieldDescriptor *fiel
   bool debugging = context->getLogger()->isDebugOn();
   try {
     DataRecord *record = locate();
-    if (record->isEmpty(field)) {
+    // The exact class only: a subclass may answer the getters otherwise.
+    Value *stored = nullptr;
+    bool empty;
+    if (typeid(*record) == typeid(SimpleDataRecord)) {
+      stored = static_cast<SimpleDataRecord *>(record)->getStoredValue(field);
+      empty = stored == nullptr;
+    } else {
+      empty = record->isEmpty(field);
+    }
+    if (empty) {
       Value *result = context->createInvalidValue();
       if (debugging) field_read::logEmpty(context, who, field);
       return result;
     }
-    Value *result = make(record);
+    Value *result = make(FieldSource(record, field, stored));
     if (result == nullptr) field_read::refuseMissingValue();
     if (debugging) field_read::logValue(context, who, field, result);
     return result;

@@ -42,6 +42,10 @@ class SimpleDataRecord : public DataRecord {
   // The record is flat: always itself.
   DataRecord *getSubDataRecord(FieldDescriptor *field) override;
 
+  // The value that the getters read for the field, or null when it is
+  // empty: isEmpty and a getter in one lookup.
+  Value *getStoredValue(FieldDescriptor *field) { return find(getKeyAsHashCode(field)); }
+
   // Brings the record into the cache ahead of a run, which reads most of its
   // fields: a record checked long after it was filled otherwise waits for
   // memory at each field in turn.
