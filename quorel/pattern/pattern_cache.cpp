@@ -61,7 +61,7 @@ bool PatternCache::compileAndMatch(const char *pattern, const char *input, std::
   return compiled != nullptr && runMatcher(compiled.get(), input);
 }
 
-PatternCache::PatternCache() = default;
+PatternCache::PatternCache() { byAddress_.fill(entries_.end()); }
 
 PatternCache::~PatternCache() = default;
 
@@ -79,16 +79,23 @@ std::size_t PatternCache::hashOf(const char *text, std::int32_t flags) {
   return hash ^ (static_cast<std::size_t>(static_cast<std::uint32_t>(flags)) * 0x9E3779B97F4A7C15u);
 }
 
-const PatternCache::Entry *PatternCache::find(const char *text, std::int32_t flags, std::size_t hash) {
+std::size_t PatternCache::addressSlotOf(const char *text) {
+  auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(text));
+  return static_cast<std::size_t>((address * 0x9E3779B97F4A7C15u) >> (64 - kAddressSlotBits));
+}
+
+void PatternCache::touch(Entries::iterator entry) { entries_.splice(entries_.begin(), entries_, entry); }
+
+PatternCache::Entries::iterator PatternCache::find(const char *text, std::int32_t flags, std::size_t hash) {
   auto candidates = index_.equal_range(hash);
   for (auto it = candidates.first; it != candidates.second; ++it) {
     Entries::iterator entry = it->second;
     if (entry->holds(text, flags)) {
-      entries_.splice(entries_.begin(), entries_, entry);
-      return &*entry;
+      touch(entry);
+      return entry;
     }
   }
-  return nullptr;
+  return entries_.end();
 }
 
 bool PatternCache::matches(const char *pattern, const char *input, std::int32_t flags) {
@@ -97,13 +104,23 @@ bool PatternCache::matches(const char *pattern, const char *input, std::int32_t 
   // A rule that tests one pattern record after record asks for the most
   // recently used one again: no hashing for that.
   if (!entries_.empty() && entries_.front().holds(pattern, flags)) return entries_.front().matches(input);
+  Entries::iterator &guess = byAddress_[addressSlotOf(pattern)];
+  if (guess != entries_.end() && guess->holds(pattern, flags)) {
+    touch(guess);
+    return guess->matches(input);
+  }
   std::size_t hash = hashOf(pattern, flags);
-  if (const Entry *kept = find(pattern, flags, hash)) return kept->matches(input);
+  Entries::iterator kept = find(pattern, flags, hash);
+  if (kept != entries_.end()) {
+    guess = kept;
+    return kept->matches(input);
+  }
   std::unique_ptr<Pattern> compiled(Pattern::compile(pattern, flags));
   if (compiled == nullptr) return false;  // never kept: the report comes at every call
   std::unique_ptr<PositionAutomaton> automaton = PositionAutomaton::build(compiled->getHead());
   entries_.push_front(Entry{pattern, flags, hash, std::move(compiled), std::move(automaton)});
   index_.emplace(hash, entries_.begin());
+  guess = entries_.begin();
   const Entry &added = entries_.front();
   while (size() > capacity_) dropLeastRecentlyUsed();
   return added.matches(input);
@@ -122,6 +139,9 @@ void PatternCache::dropLeastRecentlyUsed() {
       index_.erase(it);
       break;
     }
+  }
+  for (Entries::iterator &slot : byAddress_) {
+    if (slot == last) slot = entries_.end();
   }
   entries_.erase(last);
 }

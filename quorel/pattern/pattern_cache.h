@@ -19,6 +19,7 @@
 #ifndef QUOREL_PATTERN_PATTERN_CACHE_H_
 #define QUOREL_PATTERN_PATTERN_CACHE_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <list>
@@ -68,14 +69,26 @@ class PatternCache {
   };
   using Entries = std::list<Entry>;
 
+  // Rule code makes its pattern texts the same way record after record, so
+  // a text tends to come back at the address it came at before: a slot per
+  // hash of the address remembers the entry found there last. It is only a
+  // guess, which holds() confirms; one comparison of the text then stands in
+  // for hashing it and searching the index.
+  static constexpr std::size_t kAddressSlotBits = 6;
+  using AddressSlots = std::array<Entries::iterator, std::size_t{1} << kAddressSlotBits>;
+
   static bool compileAndMatch(const char *pattern, const char *input, std::int32_t flags);
   static std::size_t hashOf(const char *text, std::int32_t flags);
-  // The entry of text and flags, now the most recently used, or null.
-  const Entry *find(const char *text, std::int32_t flags, std::size_t hash);
+  static std::size_t addressSlotOf(const char *text);
+  // Makes entry the most recently used.
+  void touch(Entries::iterator entry);
+  // The entry of text and flags, now the most recently used, or end().
+  Entries::iterator find(const char *text, std::int32_t flags, std::size_t hash);
   void dropLeastRecentlyUsed();
 
   Entries entries_;  // the most recently used first
   std::unordered_multimap<std::size_t, Entries::iterator> index_;
+  AddressSlots byAddress_;  // end() where nothing is remembered
   std::int32_t capacity_ = kDefaultCapacity;
 };
 

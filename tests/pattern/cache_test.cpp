@@ -3,6 +3,7 @@
 // repeated calls.
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <thread>
 
@@ -98,6 +99,32 @@ TEST(PatternCacheTest, KeepsTheMostRecentlyUsedWithinItsCapacity) {
   EXPECT_EQ(0, cache.size());
   EXPECT_TRUE(cache.matches("a+", "aaa", 0));
   EXPECT_EQ(0, cache.size());
+}
+
+// A text that comes back at the address of another is still its own pattern,
+// and a pattern once dropped is found at no address.
+TEST(PatternCacheTest, AnAddressIsOnlyAGuess) {
+  PatternCache cache;
+  char first[8] = "a+";
+  char second[8] = "b+";
+  EXPECT_TRUE(cache.matches(first, "aa", 0));
+  EXPECT_TRUE(cache.matches(second, "bb", 0));
+  std::strcpy(first, "b+");  // at the address of "a+" now the text of second
+  EXPECT_FALSE(cache.matches(first, "aa", 0));
+  EXPECT_TRUE(cache.matches(first, "bb", 0));
+  std::strcpy(first, "[0-9]");
+  EXPECT_TRUE(cache.matches(first, "7", 0));
+  EXPECT_FALSE(cache.matches(first, "7", Pattern::Literal));  // same text and address, other flags
+  EXPECT_TRUE(cache.matches(first, "[0-9]", Pattern::Literal));
+  cache.setCapacity(1);  // drops all but the last
+  EXPECT_EQ(1, cache.size());
+  std::strcpy(second, "c+");
+  EXPECT_TRUE(cache.matches(second, "cc", 0));
+  EXPECT_FALSE(cache.matches(second, "bb", 0));
+  std::strcpy(first, "b+");
+  EXPECT_TRUE(cache.matches(first, "bb", 0));
+  EXPECT_TRUE(cache.matches(second, "cc", 0));
+  EXPECT_EQ(1, cache.size());
 }
 
 // Destructors that run after the thread's cache is gone still get answers
