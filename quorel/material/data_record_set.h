@@ -1,14 +1,14 @@
 // DataRecordSet: the records a query found, in the order of the walk. The
 // records stay the MaterialAccess's and must live as long as the run. A
-// query makes one for every walk: its list comes from the thread's pool.
+// query makes one for every walk: the few records it finds as a rule lie in
+// the set itself, more in a block of the thread's pool.
 
 #ifndef QUOREL_MATERIAL_DATA_RECORD_SET_H_
 #define QUOREL_MATERIAL_DATA_RECORD_SET_H_
 
 #include <cstdint>
-#include <vector>
 
-#include "quorel/values/object_pool.h"
+#include "quorel/rules/inline_list.h"
 
 namespace quorel {
 
@@ -19,10 +19,10 @@ class DataRecordSet {
   void addDataRecord(DataRecord *record) { records_.push_back(record); }
   std::int32_t getNumOfDataRecords() const { return static_cast<std::int32_t>(records_.size()); }
   // The index must be below getNumOfDataRecords().
-  DataRecord *getDataRecord(std::int32_t index) const { return records_[index]; }
+  DataRecord *getDataRecord(std::int32_t index) const { return records_[static_cast<std::size_t>(index)]; }
 
  private:
-  std::vector<DataRecord *, PoolAllocator<DataRecord *>> records_;
+  InlineList<DataRecord *, 4> records_;
 };
 
 }  // namespace quorel

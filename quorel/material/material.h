@@ -48,6 +48,9 @@ class Material : public Range {
   bool containsImpl(Value *other) override;
 
  private:
+  // Which builds the filter and field set of a query already shared.
+  friend class RuntimeContext;
+
   Material(RuntimeContext *context, MaterialDescriptor *material, std::shared_ptr<RecordFilter> filter,
            std::shared_ptr<FieldSet> fields);
 

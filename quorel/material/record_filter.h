@@ -6,28 +6,36 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "quorel/material/filter_condition.h"
+#include "quorel/rules/inline_list.h"
 #include "quorel/values/object_pool.h"
 
 namespace quorel {
 
-// Rules make a filter for every query, so it comes from the pool.
+// Rules make a filter for every query, so it comes from the pool, and holds
+// the few conditions of a query in itself.
 class RecordFilter : public Pooled {
  public:
   RecordFilter() = default;
+  ~RecordFilter() {
+    for (std::size_t i = 0; i < conditions_.size(); ++i) delete conditions_[i];
+  }
   RecordFilter(const RecordFilter &) = delete;
   RecordFilter &operator=(const RecordFilter &) = delete;
 
   // Takes ownership.
-  void addCondition(FilterCondition *condition) { conditions_.emplace_back(condition); }
+  void addCondition(FilterCondition *condition) {
+    std::unique_ptr<FilterCondition> owned(condition);
+    conditions_.push_back(owned.get());
+    owned.release();
+  }
   std::int32_t getNumOfConditions() const { return static_cast<std::int32_t>(conditions_.size()); }
   // The index must be below getNumOfConditions().
-  FilterCondition *getCondition(std::int32_t index) const { return conditions_[index].get(); }
+  FilterCondition *getCondition(std::int32_t index) const { return conditions_[static_cast<std::size_t>(index)]; }
 
  private:
-  std::vector<std::unique_ptr<FilterCondition>, PoolAllocator<std::unique_ptr<FilterCondition>>> conditions_;
+  InlineList<FilterCondition *, 2> conditions_;
 };
 
 }  // namespace quorel

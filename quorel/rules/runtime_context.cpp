@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -10,6 +11,7 @@
 #include "quorel/material/material.h"
 #include "quorel/material/material_value.h"
 #include "quorel/model/array_value_iterator.h"
+#include "quorel/rules/inline_list.h"
 #include "quorel/rules/classification_ressource.h"
 #include "quorel/values/bool_value.h"
 #include "quorel/values/date_value.h"
@@ -184,9 +186,10 @@ Value *RuntimeContext::createMaterial(MaterialDescriptor *material, std::int32_t
     OperatorType op;
     Value *value;
   };
-  // Read the arguments first: copying a comparative value may throw.
-  std::vector<Condition, PoolAllocator<Condition>> triples;
-  std::vector<Field *, PoolAllocator<Field *>> wanted;
+  // Read the arguments first: copying a comparative value may throw. A query
+  // has a few of each, which these lists hold in themselves.
+  InlineList<Condition, 4> triples;
+  InlineList<Field *, 4> wanted;
   va_list args;
   va_start(args, fields);
   for (std::int32_t i = 0; i < conditions; ++i) {
@@ -197,11 +200,14 @@ Value *RuntimeContext::createMaterial(MaterialDescriptor *material, std::int32_t
   for (std::int32_t i = 0; i < fields; ++i) wanted.push_back(va_arg(args, Field *));
   va_end(args);
 
-  auto filter = std::make_unique<RecordFilter>();
-  for (const Condition &c : triples) filter->addCondition(new FilterCondition(c.field, c.op, c.value));
-  auto fieldSet = std::make_unique<FieldSet>();
-  for (Field *field : wanted) fieldSet->addField(field);
-  return own(new Material(this, material, filter.release(), fieldSet.release()));
+  // Each in one block with the count that the Material's copies share.
+  auto filter = std::allocate_shared<RecordFilter>(PoolAllocator<RecordFilter>());
+  for (std::size_t i = 0; i < triples.size(); ++i) {
+    filter->addCondition(new FilterCondition(triples[i].field, triples[i].op, triples[i].value));
+  }
+  auto fieldSet = std::allocate_shared<FieldSet>(PoolAllocator<FieldSet>());
+  for (std::size_t i = 0; i < wanted.size(); ++i) fieldSet->addField(wanted[i]);
+  return own(new Material(this, material, std::move(filter), std::move(fieldSet)));
 }
 
 Value *RuntimeContext::createMaterialValue(Field *field, DataRecord *record) {
