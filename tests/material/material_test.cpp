@@ -131,6 +131,23 @@ TEST_F(MaterialTest, WalksRecordByRecordWithFieldsInOrder) {
   EXPECT_FALSE(none->isNil());
 }
 
+// More records, fields and conditions than a query keeps in itself.
+TEST_F(MaterialTest, LargeQueriesWalkWhole) {
+  for (std::int64_t nr = 4; nr <= 9; ++nr) access_.add(nr, ("Kunde " + std::to_string(nr)).c_str());
+  Value *fields = rt()->createMaterial(&customers_, 0, 6, customers_.nr, customers_.name, customers_.nr,
+                                       customers_.name, customers_.nr, customers_.name);
+  std::vector<std::string> texts = walk(fields);
+  ASSERT_EQ(54u, texts.size());
+  EXPECT_EQ((std::vector<std::string>{"9", "Kunde 9", "9", "Kunde 9", "9", "Kunde 9"}),
+            std::vector<std::string>(texts.end() - 6, texts.end()));
+  Value *one = rt()->createNumberValue(1.0);
+  Value *eight = rt()->createNumberValue(8.0);
+  Value *conditions = rt()->createMaterial(&customers_, 3, 1, customers_.nr, OPERATOR_GREATER, one, customers_.nr,
+                                           OPERATOR_GREATER, rt()->createNumberValue(3.0), customers_.nr,
+                                           OPERATOR_EQUAL, eight, customers_.name);
+  EXPECT_EQ((std::vector<std::string>{"Kunde 8"}), walk(conditions));
+}
+
 TEST_F(MaterialTest, ConditionsFilterAndTheFirstValueIsKept) {
   Value *two = rt()->createNumberValue(2.0);
   Value *after = rt()->createMaterial(&customers_, 1, 1, customers_.nr, OPERATOR_GREATER, two, customers_.name);
