@@ -54,6 +54,27 @@ TEST_F(ArraysTest, ElementsAreKeyedByTheWholeIndexList) {
   EXPECT_EQ(root_.liste->getTypeDescriptor(), root_.liste->getElement(rt(), 1, 2)->getTypeDescriptor());
 }
 
+// Single indices near and past those found directly, asked in several orders
+// and with a list that names the same element otherwise: one element each.
+TEST_F(ArraysTest, EachIndexHasOneElementHoweverItIsAsked) {
+  LocalArray row(1, 0);
+  std::vector<std::int32_t> order;
+  for (std::int32_t i = 0; i < 300; i += 7) order.push_back(i);
+  for (std::int32_t i : {255, 256, 257, 4000, 0, 1}) order.push_back(i);
+  std::vector<LocalVariable *> first;
+  for (std::int32_t i : order) first.push_back(row.getElement(rt(), 1, i));
+  for (std::size_t k = order.size(); k-- > 0;) {
+    std::int32_t list[] = {order[k], -1};
+    EXPECT_EQ(first[k], row.getElement(rt(), list)) << order[k];
+    EXPECT_EQ(first[k], row.getElement(rt(), 1, order[k])) << order[k];
+  }
+  EXPECT_NE(row.getElement(rt(), 1, 255), row.getElement(rt(), 1, 256));
+  EXPECT_NE(row.getElement(rt(), 1, 0), row.getElement(rt(), 1, 1));
+  Field *third = root_.liste->getElement(rt(), 1, 2);
+  EXPECT_EQ("Root.Liste[2]", third->getHierarchyText());
+  EXPECT_EQ(third, root_.liste->getElement(rt(), 1, 2));
+}
+
 std::vector<std::string> walk(RuntimeContext *rt, FieldArray *array) {
   std::vector<std::string> names;
   FieldArrayIterator it(rt, array);
