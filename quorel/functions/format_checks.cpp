@@ -1,6 +1,7 @@
 // The format checks of the language: conformity to a declared type and mask,
 // and a whole-text match against a regular expression.
 
+#include <cmath>
 #include <ctime>
 #include <string>
 #include <typeinfo>
@@ -11,11 +12,25 @@
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/rules/runtime_context.h"
 #include "quorel/values/date_value.h"
+#include "quorel/values/number_value.h"
 #include "quorel/values/value.h"
 
 namespace quorel {
 
 namespace {
+
+// A number built from a double whose text form is not made yet, under no
+// mask: where that text would be plain digits with at most a comma (no
+// exponent, as the text of a magnitude from 1e-4 to below 1e17 is), the
+// default mask reads it back, so it need not be made to be read. Anywhere
+// else, near the limits included, the text is made and read.
+bool readsBackPlainly(Value *value, bool integral) {
+  if (typeid(*value) != typeid(NumberValue) || static_cast<NumberValue *>(value)->hasText()) return false;
+  double number = value->asReal();
+  if (integral && number != std::trunc(number)) return false;
+  double magnitude = std::fabs(number);
+  return number == 0.0 || (magnitude >= 1e-4 && magnitude < 1e17);
+}
 
 // Tries the conversion of the type; throws what it throws.
 bool convertsTo(Value *value, FieldType type, const char *mask) {
@@ -27,9 +42,11 @@ bool convertsTo(Value *value, FieldType type, const char *mask) {
       value->asBool();
       return true;
     case FieldTypeInteger:
+      if (mask == nullptr && readsBackPlainly(value, true)) return true;
       Util::stringToInteger(value->asString(), mask);
       return true;
     case FieldTypeReal:
+      if (mask == nullptr && readsBackPlainly(value, false)) return true;
       Util::stringToReal(value->asString(), mask);
       return true;
     case FieldTypeDate: {

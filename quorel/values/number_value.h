@@ -36,6 +36,10 @@ class NumberValue : public ScalarValue {
   OperatorLevel getOperatorLevel() override;
   Value *copy() override;
 
+  // Whether the value holds its text form: always when built from text, and
+  // when built from a double once the text was asked for.
+  bool hasText() const { return text_.isSet(); }
+
  protected:
   bool eqImpl(Value *other) override;
   bool neImpl(Value *other) override;

@@ -1,3 +1,8 @@
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "quorel/functions/functions.h"
@@ -30,6 +35,36 @@ TEST_F(FormatChecksTest, NonValuesConformByTheirKind) {
         << type;
     EXPECT_FALSE(conform(rt()->createNilValue(), fieldType)) << type;
   }
+}
+
+// A number whose text is not made yet is judged without making it: the same
+// answer as reading the text back, near the limits of the plain text too.
+TEST_F(FormatChecksTest, ANumberWithoutItsTextConformsAsItsTextWould) {
+  std::vector<double> numbers = {0.0, -0.0, 1.0, -1.0, 42.0, 42.5, 0.1, 1.0 / 3.0, 1e-4, -1e-4, 9.99e-5,
+                                 1e17, -1e17, 1e18, 9.999999999999999e16, 123456789012345678.0, 2e25, 1e-300,
+                                 5e-324, std::numeric_limits<double>::infinity(),
+                                 -std::numeric_limits<double>::infinity(), std::nan("")};
+  for (double limit : {1e-4, 1e17, 1e18}) {
+    for (double toward : {0.0, 1e300}) numbers.push_back(std::nextafter(limit, toward));
+  }
+  std::mt19937_64 random(5);
+  for (int i = 0; i < 2000; ++i) {
+    double mantissa = std::uniform_real_distribution<double>(-10.0, 10.0)(random);
+    numbers.push_back(std::ldexp(mantissa, std::uniform_int_distribution<int>(-40, 70)(random)));
+    numbers.push_back(std::round(numbers.back()));
+  }
+  for (double number : numbers) {
+    for (FieldType type : {FieldTypeReal, FieldTypeInteger}) {
+      Value *bare = rt()->createNumberValue(number);
+      Value *written = rt()->createNumberValue(number);
+      written->asString();
+      EXPECT_EQ(conform(written, type), conform(bare, type)) << number << " as " << type;
+    }
+  }
+  // Texts with an exponent are no numbers of the default mask.
+  EXPECT_TRUE(conform(rt()->createNumberValue(0.5), FieldTypeReal));
+  EXPECT_FALSE(conform(rt()->createNumberValue(1e18), FieldTypeReal));
+  EXPECT_FALSE(conform(rt()->createNumberValue(1e-5), FieldTypeReal));
 }
 
 TEST_F(FormatChecksTest, ValuesAreTriedByTheConversionOfTheType) {
