@@ -32,7 +32,7 @@ bool readsBackPlainly(Value *value, bool integral) {
   return number == 0.0 || (magnitude >= 1e-4 && magnitude < 1e17);
 }
 
-// Tries the conversion of the type; throws what it throws.
+// Tries the conversion of the type: whether it succeeds, or what it throws.
 bool convertsTo(Value *value, FieldType type, const char *mask) {
   switch (type) {
     case FieldTypeText:
@@ -41,14 +41,17 @@ bool convertsTo(Value *value, FieldType type, const char *mask) {
     case FieldTypeBool:
       value->asBool();
       return true;
-    case FieldTypeInteger:
+    // Numbers are read without a throw: checks meet many that are none.
+    case FieldTypeInteger: {
       if (mask == nullptr && readsBackPlainly(value, true)) return true;
-      Util::stringToInteger(value->asString(), mask);
-      return true;
-    case FieldTypeReal:
+      std::int64_t number;
+      return Util::readInteger(value->asString(), mask, &number) == nullptr;
+    }
+    case FieldTypeReal: {
       if (mask == nullptr && readsBackPlainly(value, false)) return true;
-      Util::stringToReal(value->asString(), mask);
-      return true;
+      double number;
+      return Util::readReal(value->asString(), mask, &number) == nullptr;
+    }
     case FieldTypeDate: {
       // The exact class is asked, which costs a fraction of a cast's search
       // through the hierarchy; a class derived from DateValue takes the

@@ -129,54 +129,64 @@ struct NumberMask {
   }
 };
 
-// Tests the sign at the start of value; gives the first character after it
-// and whether the number is negative.
-const char *readSign(const char *value, SignRule rule, bool *negative) {
+// The readers below answer the message of the first fault they find, or null
+// when the text is a number; a fault ends the reading at once, so the order
+// of the tests decides which message a value with several faults gets.
+
+// Tests the sign at the start of value; sets where the digits begin and
+// whether the number is negative.
+const char *readSign(const char *value, SignRule rule, const char **digits, bool *negative) {
   *negative = false;
+  *digits = value;
   if (*value == '-') {
-    if (rule == SignRule::kNone || rule == SignRule::kPlus) fail(kMinusNotAllowed);
+    if (rule == SignRule::kNone || rule == SignRule::kPlus) return kMinusNotAllowed;
     *negative = true;
-    return value + 1;
+    *digits = value + 1;
+    return nullptr;
   }
   if (*value == '+') {
-    if (rule == SignRule::kNone || rule == SignRule::kMinus) fail(kPlusNotAllowed);
-    return value + 1;
+    if (rule == SignRule::kNone || rule == SignRule::kMinus) return kPlusNotAllowed;
+    *digits = value + 1;
+    return nullptr;
   }
-  if (rule == SignRule::kMinus) fail(kMinusRequired);
-  if (rule == SignRule::kPlus) fail(kPlusRequired);
-  if (rule == SignRule::kRequired) fail(kSignRequired);
-  return value;
+  if (rule == SignRule::kMinus) return kMinusRequired;
+  if (rule == SignRule::kPlus) return kPlusRequired;
+  if (rule == SignRule::kRequired) return kSignRequired;
+  return nullptr;
 }
 
 // The second pass over one part, right to left from end down to begin:
 // thousand groups (only an integer part can hold a point here) and required
 // digits.
-void checkPart(const char *begin, const char *end, const MaskPart &part) {
+const char *checkPart(const char *begin, const char *end, const MaskPart &part) {
   int position = part.positions;
   int group = 0;
   for (const char *p = end; p != begin;) {
     char c = *--p;
     if (c == '.') {
-      if (group != 3) fail(kBadThousands);
+      if (group != 3) return kBadThousands;
       group = 0;
     } else {
       --position;
       if (position >= 0) {
         int required = part.requiredAt(position);
-        if (required != kFreeDigit && required != c - '0') fail(mask_messages::kValueDoesNotFitMask);
+        if (required != kFreeDigit && required != c - '0') return mask_messages::kValueDoesNotFitMask;
       }
       ++group;
     }
   }
+  return nullptr;
 }
 
 }  // namespace
 
-std::int64_t Util::stringToInteger(const char *value, const char *mask) {
-  if (value == nullptr || *value == '\0') return 0;
+const char *Util::readInteger(const char *value, const char *mask, std::int64_t *number) {
+  *number = 0;
+  if (value == nullptr || *value == '\0') return nullptr;
   NumberMask parsed(mask, false);
   bool negative;
-  const char *digits = readSign(value, parsed.sign, &negative);
+  const char *digits;
+  if (const char *fault = readSign(value, parsed.sign, &digits, &negative)) return fault;
 
   // The accumulator holds the magnitude; a negative number may reach 2^63.
   const std::uint64_t limit = negative ? std::uint64_t{1} << 63 : std::numeric_limits<std::int64_t>::max();
@@ -189,28 +199,34 @@ std::int64_t Util::stringToInteger(const char *value, const char *mask) {
       // A value beyond 64 bits is too long for an integer, whatever the mask.
       auto digit = static_cast<std::uint64_t>(c - '0');
       if (count >= parsed.integer.maxDigits || magnitude > (limit - digit) / 10) {
-        fail(mask_messages::kMaximalLength);
+        return mask_messages::kMaximalLength;
       }
       magnitude = magnitude * 10 + digit;
       ++count;
     } else if (c == '.') {
-      if (magnitude == 0) fail(kBadThousands);
+      if (magnitude == 0) return kBadThousands;
     } else {
-      fail(kInvalidCharacters);
+      return kInvalidCharacters;
     }
   }
-  if (count < parsed.integer.minDigits) fail(mask_messages::kMinimalLength);
-  checkPart(digits, p, parsed.integer);
-  if (!negative) return static_cast<std::int64_t>(magnitude);
-  return magnitude == (std::uint64_t{1} << 63) ? std::numeric_limits<std::int64_t>::min()
-                                                : -static_cast<std::int64_t>(magnitude);
+  if (count < parsed.integer.minDigits) return mask_messages::kMinimalLength;
+  if (const char *fault = checkPart(digits, p, parsed.integer)) return fault;
+  if (!negative) {
+    *number = static_cast<std::int64_t>(magnitude);
+  } else {
+    *number = magnitude == (std::uint64_t{1} << 63) ? std::numeric_limits<std::int64_t>::min()
+                                                     : -static_cast<std::int64_t>(magnitude);
+  }
+  return nullptr;
 }
 
-double Util::stringToReal(const char *value, const char *mask) {
-  if (value == nullptr || *value == '\0') return 0.0;
+const char *Util::readReal(const char *value, const char *mask, double *number) {
+  *number = 0.0;
+  if (value == nullptr || *value == '\0') return nullptr;
   NumberMask parsed(mask, true);
   bool negative;
-  const char *digits = readSign(value, parsed.sign, &negative);
+  const char *digits;
+  if (const char *fault = readSign(value, parsed.sign, &digits, &negative)) return fault;
 
   double accumulator = 0.0;
   int integerCount = 0;
@@ -222,21 +238,21 @@ double Util::stringToReal(const char *value, const char *mask) {
     char c = *p;
     if (comma == nullptr) {
       if (isDigit(c)) {
-        if (integerCount >= parsed.integer.maxDigits) fail(kMaxIntegerDigits);
+        if (integerCount >= parsed.integer.maxDigits) return kMaxIntegerDigits;
         if (accumulator > 0.0) accumulator *= 10.0;
         accumulator += c - '0';
         ++integerCount;
       } else if (c == '.') {
-        if (accumulator == 0.0) fail(kBadThousands);
+        if (accumulator == 0.0) return kBadThousands;
       } else if (c == ',') {
-        if (p[1] == '\0') fail(kBadDecimal);
+        if (p[1] == '\0') return kBadDecimal;
         comma = p;
       } else {
-        fail(kInvalidCharacters);
+        return kInvalidCharacters;
       }
     } else {
-      if (!isDigit(c)) fail(kInvalidCharacters);
-      if (fractionCount >= parsed.fraction.maxDigits) fail(kMaxFractionDigits);
+      if (!isDigit(c)) return kInvalidCharacters;
+      if (fractionCount >= parsed.fraction.maxDigits) return kMaxFractionDigits;
       // Summed digit by digit: d / 10^distance from the comma.
       scale *= 10.0;
       accumulator += (c - '0') / scale;
@@ -244,14 +260,27 @@ double Util::stringToReal(const char *value, const char *mask) {
     }
   }
   if (comma != nullptr) {
-    checkPart(comma + 1, p, parsed.fraction);
-    checkPart(digits, comma, parsed.integer);
+    if (const char *fault = checkPart(comma + 1, p, parsed.fraction)) return fault;
+    if (const char *fault = checkPart(digits, comma, parsed.integer)) return fault;
   } else {
-    checkPart(digits, p, parsed.integer);
+    if (const char *fault = checkPart(digits, p, parsed.integer)) return fault;
   }
-  if (integerCount < parsed.integer.minDigits) fail(kMinIntegerDigits);
-  if (fractionCount < parsed.fraction.minDigits) fail(kMinFractionDigits);
-  return negative ? accumulator * -1.0 : accumulator;
+  if (integerCount < parsed.integer.minDigits) return kMinIntegerDigits;
+  if (fractionCount < parsed.fraction.minDigits) return kMinFractionDigits;
+  *number = negative ? accumulator * -1.0 : accumulator;
+  return nullptr;
+}
+
+std::int64_t Util::stringToInteger(const char *value, const char *mask) {
+  std::int64_t number;
+  if (const char *fault = readInteger(value, mask, &number)) fail(fault);
+  return number;
+}
+
+double Util::stringToReal(const char *value, const char *mask) {
+  double number;
+  if (const char *fault = readReal(value, mask, &number)) fail(fault);
+  return number;
 }
 
 void Util::integerToString(char *target, std::int64_t number) {

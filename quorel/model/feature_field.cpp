@@ -17,7 +17,7 @@ Value *FeatureField::get(RuntimeContext *context) {
   return readField(
       context, "FeatureField", field,
       [field, context] { return field->getSubDataRecordFor(context->getDataRecord()); },
-      [context](const FieldSource &source) { return context->createNumberValue(source.getString()); });
+      [context](FieldSource &source) { return context->createNumberValue(source.getString()); });
 }
 
 void FeatureField::set(RuntimeContext *context, Value *value) { field_->set(context, value); }

@@ -24,16 +24,22 @@ Value *Field::get(RuntimeContext *context, DataRecord *record) {
   TypeDescriptor *type = getTypeDescriptor();
   return readField(
       context, "Field", this, [holder] { return holder; },
-      [context, type](const FieldSource &source) -> Value * {
+      [context, type](FieldSource &source) -> Value * {
         // A mask on a number field says only that the record holds text.
         bool asText = type->getMask() != nullptr;
         switch (type->getFieldType()) {
-          case FieldTypeInteger:
+          case FieldTypeInteger: {
             if (asText) return context->createNumberValue(source.getString());
-            return context->createNumberValue(static_cast<double>(source.getInteger()));
-          case FieldTypeReal:
+            std::int64_t number;
+            if (!source.readInteger(&number)) return nullptr;
+            return context->createNumberValue(static_cast<double>(number));
+          }
+          case FieldTypeReal: {
             if (asText) return context->createNumberValue(source.getString());
-            return context->createNumberValue(source.getReal());
+            double number;
+            if (!source.readReal(&number)) return nullptr;
+            return context->createNumberValue(number);
+          }
           case FieldTypeDate:
             return context->createDateValue(source.getString(), type->getMask());
           default:

@@ -26,9 +26,11 @@ void logValue(RuntimeContext *context, const char *who, FieldDescriptor *field, 
   debugLine(context, who, field) << "value = \"" << value->asString() << "\"";
 }
 
-void logInconvertible(RuntimeContext *context, const char *who, FieldDescriptor *field,
-                      const PlausiException &failure) {
-  debugLine(context, who, field) << "wrongType (Exception: " << failure.getMessage() << ")";
+Value *inconvertible(RuntimeContext *context, const char *who, FieldDescriptor *field, const char *message,
+                     bool debugging) {
+  Value *result = context->createInconvertibleValue(message);
+  if (debugging) debugLine(context, who, field) << "wrongType (Exception: " << message << ")";
+  return result;
 }
 
 void refuseMissingValue() { throw PlausiException(EXCEPTION_GENERAL, messages::kValueNotDetermined); }

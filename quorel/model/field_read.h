@@ -10,10 +10,12 @@
 #include <typeinfo>
 
 #include "quorel/logging/logger.h"
+#include "quorel/masks/util.h"
 #include "quorel/model/data_record.h"
 #include "quorel/model/simple_data_record.h"
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/rules/runtime_context.h"
+#include "quorel/values/string_value.h"
 #include "quorel/values/value.h"
 
 namespace quorel {
@@ -24,21 +26,43 @@ class FieldDescriptor;
 // already found the field's value while it answered whether the field is
 // empty, and the getters read that value as the record would; any other
 // record is asked through its getters.
+//
+// A number read from a text of the library's own record that is no number
+// does not throw, as the record's getter would: a check meets many faulty
+// values, and a throw costs far more than the reading. The read answers
+// false and keeps the message, which readField turns into the value that
+// the getter's failure gives.
 class FieldSource {
  public:
   FieldSource(DataRecord *record, FieldDescriptor *field, Value *stored)
       : record_(record), field_(field), stored_(stored) {}
 
   const char *getString() const { return stored_ != nullptr ? stored_->asString() : record_->getString(field_); }
-  std::int64_t getInteger() const {
-    return stored_ != nullptr ? stored_->asInteger() : record_->getInteger(field_);
+  bool readInteger(std::int64_t *number) {
+    if (holdsOwnText()) return kept(Util::readInteger(stored_->asString(), nullptr, number));
+    *number = stored_ != nullptr ? stored_->asInteger() : record_->getInteger(field_);
+    return true;
   }
-  double getReal() const { return stored_ != nullptr ? stored_->asReal() : record_->getReal(field_); }
+  bool readReal(double *number) {
+    if (holdsOwnText()) return kept(Util::readReal(stored_->asString(), nullptr, number));
+    *number = stored_ != nullptr ? stored_->asReal() : record_->getReal(field_);
+    return true;
+  }
+  // The message of a read that answered false, or null.
+  const char *failure() const { return failure_; }
 
  private:
+  // A StringValue reads its number as Util does; a subclass may not.
+  bool holdsOwnText() const { return stored_ != nullptr && typeid(*stored_) == typeid(StringValue); }
+  bool kept(const char *failure) {
+    failure_ = failure;
+    return failure == nullptr;
+  }
+
   DataRecord *record_;
   FieldDescriptor *field_;
   Value *stored_;
+  const char *failure_ = nullptr;
 };
 
 namespace field_read {
@@ -46,8 +70,10 @@ namespace field_read {
 // The debug lines of the outcomes, for a logger that takes them.
 void logEmpty(RuntimeContext *context, const char *who, FieldDescriptor *field);
 void logValue(RuntimeContext *context, const char *who, FieldDescriptor *field, Value *value);
-void logInconvertible(RuntimeContext *context, const char *who, FieldDescriptor *field,
-                      const PlausiException &failure);
+// A field whose conversion failed with the message: its InconvertibleValue,
+// logged at debug level.
+Value *inconvertible(RuntimeContext *context, const char *who, FieldDescriptor *field, const char *message,
+                     bool debugging);
 
 // A value that make() failed to give.
 [[noreturn]] void refuseMissingValue();
@@ -55,7 +81,8 @@ void logInconvertible(RuntimeContext *context, const char *who, FieldDescriptor 
 }  // namespace field_read
 
 // locate() finds the record that holds the field; make(source) builds the
-// value of a non-empty field from a FieldSource on it. Both run inside the guard. They are
+// value of a non-empty field from a FieldSource on it, or answers null after
+// a read of the source failed. Both run inside the guard. They are
 // template parameters, and the debug level is asked here, so that a read
 // costs no call it does not need.
 template <typename Locate, typename Make>
@@ -77,15 +104,17 @@ Value *readField(RuntimeContext *context, const char *who, FieldDescriptor *fiel
       if (debugging) field_read::logEmpty(context, who, field);
       return result;
     }
-    Value *result = make(FieldSource(record, field, stored));
+    FieldSource source(record, field, stored);
+    Value *result = make(source);
+    if (const char *failure = source.failure()) {
+      return field_read::inconvertible(context, who, field, failure, debugging);
+    }
     if (result == nullptr) field_read::refuseMissingValue();
     if (debugging) field_read::logValue(context, who, field, result);
     return result;
   } catch (const PlausiException &e) {
     if (e.getType() != EXCEPTION_CONVERSION) throw;
-    Value *result = context->createInconvertibleValue(e.getMessage());
-    if (debugging) field_read::logInconvertible(context, who, field, e);
-    return result;
+    return field_read::inconvertible(context, who, field, e.getMessage(), debugging);
   }
 }
 

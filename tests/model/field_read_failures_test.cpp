@@ -2,6 +2,7 @@
 // an inconvertible value, every other failure reaches the rule unchanged. And
 // the library's own record, read by a shorter way, reads as a host's does.
 
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -91,7 +92,8 @@ std::string outcomeOf(Value *value) {
 
 TEST(FieldReadWaysTest, TheOwnRecordReadsAsAHostRecordDoes) {
   StandaloneRoot root;
-  const char *texts[] = {"12", "12,5", "-3", "abc", "", "01.02.2024", "31.02.2024", "WAHR"};
+  const char *texts[] = {"12", "12,5", "-3", "abc", "", "01.02.2024", "31.02.2024", "WAHR", "1.23,4", "12,",
+                         "+5", "-", "1.234.567,5", "99999999999999999999999999", "1,12345678901234567890123456"};
   for (const char *text : texts) {
     SimpleDataRecord own;
     HostLikeRecord host;
@@ -103,9 +105,15 @@ TEST(FieldReadWaysTest, TheOwnRecordReadsAsAHostRecordDoes) {
       record->setValue("Root.Flag", std::int64_t{1});
     }
     NoRules plausi;
+    std::ostringstream ownLog;
+    std::ostringstream hostLog;
+    Logger ownLogger(&ownLog, DEBUG);
+    Logger hostLogger(&hostLog, DEBUG);
     PlausiContext ownContext(&own);
+    ownContext.setLogger(&ownLogger);
     RuntimeContext ownRuntime(&ownContext, &plausi);
     PlausiContext hostContext(&host);
+    hostContext.setLogger(&hostLogger);
     RuntimeContext hostRuntime(&hostContext, &plausi);
     auto *child = static_cast<ChildTopic *>(root.getField(&ownRuntime, "Kinder[1]"));
     auto *strasse = static_cast<Field *>(root.adresse->getField(&ownRuntime, "Strasse"));
@@ -114,6 +122,10 @@ TEST(FieldReadWaysTest, TheOwnRecordReadsAsAHostRecordDoes) {
                                                                 root.datum, root.flag, strasse, child->vorname,
                                                                 &feature}) {
       EXPECT_EQ(outcomeOf(variable->get(&hostRuntime)), outcomeOf(variable->get(&ownRuntime))) << text;
+    }
+    EXPECT_EQ(hostLog.str(), ownLog.str()) << text;
+    if (std::string(text) == "abc") {
+      EXPECT_NE(std::string::npos, ownLog.str().find("wrongType")) << ownLog.str();
     }
   }
 }
