@@ -41,7 +41,7 @@ bool convertsTo(Value *value, FieldType type, const char *mask) {
     case FieldTypeBool:
       value->asBool();
       return true;
-    // Numbers are read without a throw: checks meet many that are none.
+    // Numbers and dates are read without a throw: checks meet many faults.
     case FieldTypeInteger: {
       if (mask == nullptr && readsBackPlainly(value, true)) return true;
       std::int64_t number;
@@ -57,12 +57,10 @@ bool convertsTo(Value *value, FieldType type, const char *mask) {
       // through the hierarchy; a class derived from DateValue takes the
       // other way to the same answer.
       if (typeid(*value) == typeid(DateValue) && static_cast<DateValue *>(value)->readsTextUnder(mask)) {
-        value->asDate();
-      } else {
-        std::tm date{};
-        Util::stringToDate(&date, value->asString(), mask);
+        return static_cast<DateValue *>(value)->readDate() == nullptr;
       }
-      return true;
+      std::tm date{};
+      return Util::readDate(&date, value->asString(), mask) == nullptr;
     }
     case FieldTypeFree:
       value->asString();

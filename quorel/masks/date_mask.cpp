@@ -81,21 +81,23 @@ class ValueReader {
   std::size_t length_;
 };
 
-// Reads digits of an element at position into the target field.
-void readElement(const ValueReader &value, std::size_t *position, int digits, const Element &element,
-                 std::tm *target) {
+// Reads digits of an element at position into the target field; the
+// message of a fault, or null.
+const char *readElement(const ValueReader &value, std::size_t *position, int digits, const Element &element,
+                        std::tm *target) {
   int number = 0;
   for (int i = 0; i < digits; ++i) {
-    if (i > 0 && value.endsAt(*position)) fail(element.wrongLength);
+    if (i > 0 && value.endsAt(*position)) return element.wrongLength;
     char c = value.at(*position);
-    if (!isDigit(c)) fail(element.invalidCharacters);
+    if (!isDigit(c)) return element.invalidCharacters;
     number = number * 10 + (c - '0');
     ++*position;
   }
   if (element.minimum <= element.maximum && (number < element.minimum || number > element.maximum)) {
-    fail(element.outOfRange);
+    return element.outOfRange;
   }
   target->*element.field = number + element.offset;
+  return nullptr;
 }
 
 // Where the elements of the mask begin, behind an alignment letter: L and R
@@ -138,18 +140,18 @@ bool readPlainDate(const char *value, const char *mask, std::tm *target) {
 }
 
 // Reads value under the mask into target's date and time, element by
-// element; throws the message of the first fault.
-void readDate(const char *value, const char *m, std::tm *target) {
+// element; the message of the first fault, or null.
+const char *readByMask(const char *value, const char *m, std::tm *target) {
   ValueReader reader(value);
   std::size_t position = 0;
   while (*m != '\0') {
     char c = *m;
     const Element *element = elementOf(c);
     if (c == 'J' && std::strncmp(m, "JJJJ", 4) == 0) {
-      readElement(reader, &position, 4, kYear, target);
+      if (const char *fault = readElement(reader, &position, 4, kYear, target)) return fault;
       m += 4;
     } else if (element != nullptr && m[1] == c) {
-      readElement(reader, &position, 2, *element, target);
+      if (const char *fault = readElement(reader, &position, 2, *element, target)) return fault;
       m += 2;
     } else if (element != nullptr) {
       // An undoubled letter skips a character of the value unread, and the
@@ -163,12 +165,12 @@ void readDate(const char *value, const char *m, std::tm *target) {
       } else if (c == '\\' && m[1] != '\0') {
         expected = *++m;
       }
-      if (reader.at(position) != expected) fail(kInvalidCharacters);
+      if (reader.at(position) != expected) return kInvalidCharacters;
       ++position;
       ++m;
     }
   }
-  if (!reader.endsAt(position)) fail(kWrongLength);
+  return reader.endsAt(position) ? nullptr : kWrongLength;
 }
 
 // Appends to a target of Util::kDateTextSize bytes, cutting what does not fit.
@@ -195,27 +197,34 @@ class DateWriter {
 
 }  // namespace
 
-void Util::stringToDate(std::tm *target, const char *value, const char *mask) {
+const char *Util::readDate(std::tm *target, const char *value, const char *mask) {
   target->tm_year = 0;
   target->tm_mon = 0;
   target->tm_mday = 0;
   target->tm_hour = 0;
   target->tm_min = 0;
   target->tm_sec = 0;
-  if (value == nullptr || *value == '\0') return;
+  if (value == nullptr || *value == '\0') return nullptr;
   const char *m = skipAlignment(mask != nullptr ? mask : kDefaultMask);
-  if (!readPlainDate(value, m, target)) readDate(value, m, target);
+  if (!readPlainDate(value, m, target)) {
+    if (const char *fault = readByMask(value, m, target)) return fault;
+  }
   int day = target->tm_mday;
   switch (target->tm_mon) {
     case 1:
-      if (day > 29 || (day == 29 && !isLeapYear(target->tm_year + 1900LL))) fail(kBadDay);
+      if (day > 29 || (day == 29 && !isLeapYear(target->tm_year + 1900LL))) return kBadDay;
       break;
     case 3: case 5: case 8: case 10:
-      if (day == 31) fail(kBadDay);
+      if (day == 31) return kBadDay;
       break;
     default:
       break;
   }
+  return nullptr;
+}
+
+void Util::stringToDate(std::tm *target, const char *value, const char *mask) {
+  if (const char *fault = readDate(target, value, mask)) fail(fault);
 }
 
 void Util::dateToString(char *target, const std::tm *date, const char *mask) {

@@ -87,6 +87,9 @@ class Util {
   // Date text under a mask (null: "TT.MM.JJJJ") into the six date and time
   // fields of target; the other fields are left alone.
   static void stringToDate(std::tm *target, const char *value, const char *mask);
+  // The same without throwing: the message that stringToDate would throw,
+  // or null. Target is written as stringToDate writes it.
+  static const char *readDate(std::tm *target, const char *value, const char *mask);
   // A date under a mask; output beyond kDateTextSize - 1 bytes is cut.
   static void dateToString(char *target, const std::tm *date, const char *mask);
 };

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "quorel/masks/mask_messages.h"
 #include "quorel/masks/util.h"
 #include "quorel/values/value_messages.h"
 
@@ -43,14 +44,18 @@ const char *DateValue::asString() {
   return text_.get();
 }
 
+const char *DateValue::readDate() {
+  if (dated_) return nullptr;
+  // Parsed aside: a text that is no date leaves the value as it was.
+  std::tm parsed{};
+  if (const char *fault = Util::readDate(&parsed, text_.get(), mask_.get())) return fault;
+  date_ = parsed;
+  dated_ = true;
+  return nullptr;
+}
+
 std::tm *DateValue::asDate() {
-  if (!dated_) {
-    // Parsed aside: a text that is no date leaves the value as it was.
-    std::tm parsed{};
-    Util::stringToDate(&parsed, text_.get(), mask_.get());
-    date_ = parsed;
-    dated_ = true;
-  }
+  if (const char *fault = readDate()) mask_messages::fail(fault);
   return &date_;
 }
 

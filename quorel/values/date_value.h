@@ -38,6 +38,9 @@ class DateValue : public ScalarValue {
   // that it tells, and keeps, what Util::stringToDate(asString(), mask)
   // tells: a record's date is then parsed once for its check and its use.
   bool readsTextUnder(const char *mask) const;
+  // asDate without throwing: the message of the fault that asDate would
+  // throw, or null with the date read and kept as asDate keeps it.
+  const char *readDate();
 
   const char *asString() override;
   std::int64_t asInteger() override;

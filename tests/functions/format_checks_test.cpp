@@ -1,6 +1,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -89,12 +90,24 @@ TEST_F(FormatChecksTest, ValuesAreTriedByTheConversionOfTheType) {
 // its own mask, another mask or none, for dates and non-dates alike.
 TEST_F(FormatChecksTest, ADateConformsAsItsTextDoes) {
   const char *masks[] = {nullptr, "TT.MM.JJJJ", "JJJJ-MM-TT", "TTMMJJ"};
-  const char *texts[] = {"29.02.2012", "29.02.2013", "2012-02-29",
-                         "290212",     "",           "1.1.2000"};
+  const char *texts[] = {"29.02.2012", "29.02.2013", "2012-02-29", "290212",     "",           "1.1.2000",
+                         "31.04.2020", "32.01.2020", "01.13.2020", "01.01.20",   "aa.bb.cccc", "01.01.2020x"};
   for (const char *own : masks) {
     for (const char *asked : masks) {
       for (const char *t : texts) {
+        // The check reads without a throw what Util::stringToDate throws.
+        std::string thrown;
+        std::tm parsed{};
+        try {
+          Util::stringToDate(&parsed, t, asked);
+        } catch (const PlausiException &e) {
+          thrown = e.getMessage();
+        }
+        std::tm read{};
+        const char *fault = Util::readDate(&read, t, asked);
+        EXPECT_EQ(thrown, fault != nullptr ? fault : "") << t;
         bool expected = conform(text(t), FieldTypeDate, asked);
+        EXPECT_EQ(thrown.empty(), expected) << t;
         Value *date = rt()->createDateValue(t, own);
         EXPECT_EQ(conform(date, FieldTypeDate, asked), expected)
             << t << " " << (own ? own : "-") << " " << (asked ? asked : "-");
