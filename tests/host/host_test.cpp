@@ -153,6 +153,39 @@ TEST(RecordLayoutTest, ANulByteAnywhereInACellFailsTheRow) {
   }
 }
 
+// The reader of a CSV file looks for NUL bytes as it splits a line; a row
+// it vouches for fills as the cells checked one by one would.
+TEST(RecordLayoutTest, ARowReadFromAFileFillsAsItsCellsDo) {
+  std::string text = "M.Nr;M.Name\n";
+  for (std::size_t length = 1; length <= 17; ++length) {
+    for (std::size_t at = 0; at <= length; ++at) {
+      std::string cell(length, 'x');
+      if (at < length) cell[at] = '\0';
+      text += "1;" + cell + "\n\"2\";" + cell + "\n" + cell + ";3\n";
+    }
+  }
+  std::string path = ::testing::TempDir() + "quorel_nul_cells.csv";
+  std::ofstream(path, std::ios::binary) << text;
+  std::string message;
+  auto source = CsvRowSource::open(path, &message);
+  ASSERT_NE(nullptr, source) << message;
+  RecordLayout layout(source->columns());
+  Row row;
+  int rows = 0, vouched = 0;
+  while (source->next(&row)) {
+    quorel::SimpleDataRecord read, checked;
+    std::string error, expected;
+    bool filled = layout.fill(row, &read, &error);
+    ASSERT_EQ(layout.fill(row.cells, &checked, &expected), filled) << row.place.line;
+    EXPECT_EQ(expected, error);
+    ++rows;
+    vouched += row.nulFree ? 1 : 0;
+  }
+  std::remove(path.c_str());
+  EXPECT_EQ(3 * (17 * 18 / 2 + 17), rows);
+  EXPECT_GT(vouched, 0);
+}
+
 TEST(RecordLayoutTest, OneRecordFilledRowAfterRowHoldsTheLastRowAlone) {
   RecordLayout layout({"M.Nr", "M.Name", "M.Liste#", "M.Nr"});
   quorel::SimpleDataRecord record;
