@@ -27,13 +27,15 @@ const std::string &HierarchyTexts::of(const FieldDescriptor *field) {
   static const std::string kNone;
   if (field == nullptr) return kNone;
   std::int32_t hash = field->getHierarchyHash().get();
-  auto found = kept_.find(field);
-  if (found == kept_.end()) {
-    found = kept_.emplace(field, Kept{hash, field->getHierarchyText()}).first;
-  } else if (found->second.hash != hash) {
-    found->second = Kept{hash, field->getHierarchyText()};
+  Recent &recent = recent_[(reinterpret_cast<std::uintptr_t>(field) / alignof(FieldDescriptor)) % kRecent];
+  if (recent.field != field) {
+    auto found = kept_.find(field);
+    if (found == kept_.end()) found = kept_.emplace(field, Kept{hash, field->getHierarchyText()}).first;
+    recent = {field, &found->second};
   }
-  return found->second.text;
+  Kept &kept = *recent.kept;
+  if (kept.hash != hash) kept = Kept{hash, field->getHierarchyText()};
+  return kept.text;
 }
 
 std::size_t FoundProblem::indexCount() const {

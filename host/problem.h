@@ -11,6 +11,7 @@
 #ifndef QUOREL_HOST_PROBLEM_H_
 #define QUOREL_HOST_PROBLEM_H_
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -55,6 +56,10 @@ constexpr int kProblemColumnCount = sizeof kProblemColumns / sizeof kProblemColu
 // it; one thread at a time.
 class HierarchyTexts {
  public:
+  HierarchyTexts() = default;
+  HierarchyTexts(const HierarchyTexts &) = delete;
+  HierarchyTexts &operator=(const HierarchyTexts &) = delete;
+
   // The text of field, "" for null; valid until the text of the same field
   // is asked for again.
   const std::string &of(const FieldDescriptor *field);
@@ -64,7 +69,17 @@ class HierarchyTexts {
     std::int32_t hash;
     std::string text;
   };
+  // The fields asked for last, each in a place by its address: the problems
+  // of a module name the same few fields, and finding one here costs less
+  // than hashing it into kept_, whose entries stay put.
+  struct Recent {
+    const FieldDescriptor *field = nullptr;
+    Kept *kept = nullptr;
+  };
+  static constexpr std::size_t kRecent = 64;
+
   std::unordered_map<const FieldDescriptor *, Kept> kept_;
+  std::array<Recent, kRecent> recent_;
 };
 
 // A Problem read through the operations of FoundProblem.

@@ -222,6 +222,20 @@ TEST(HierarchyTextsTest, KeptTextsFollowTheFieldsAndTheirIndices) {
   std::int32_t third[] = {2, -1};
   vorname->getParent()->setIndices(third);
   EXPECT_EQ("Root.Kinder[2].Vorname", texts.of(vorname));
+  vorname->getParent()->setIndices(second);
+  // More fields than are kept at hand, asked for in turns, each by its own
+  // text.
+  std::vector<Field *> names;
+  for (std::int32_t k = 0; k < 200; ++k) {
+    std::int32_t at[] = {k, -1};
+    names.push_back(static_cast<ChildTopic *>(root.kinder->getElement(&run.runtime, at))->vorname);
+  }
+  for (int round = 0; round < 3; ++round) {
+    for (std::size_t k = 0; k < names.size(); k += static_cast<std::size_t>(round + 1)) {
+      ASSERT_EQ("Root.Kinder[" + std::to_string(k) + "].Vorname", texts.of(names[k])) << round;
+      ASSERT_EQ(root.name->getHierarchyText(), texts.of(root.name));
+    }
+  }
 }
 
 TEST(ProblemFormatTest, JsonLinesCarryEveryByteAnywhereInAText) {
