@@ -218,9 +218,14 @@ TEST(HierarchyTextsTest, KeptTextsFollowTheFieldsAndTheirIndices) {
     EXPECT_EQ("Root.Kinder[1].Vorname", texts.of(vorname));
     EXPECT_EQ("", texts.of(nullptr));
   }
-  // New indices of an element reach the texts kept for the fields below it.
+  TextForm quoted = [](std::string *out, std::string_view text) { *out += "<" + std::string(text) + ">"; };
+  EXPECT_EQ("<Root.Kinder[1].Vorname>", texts.of(vorname, quoted));
+  EXPECT_EQ("", texts.of(nullptr, quoted));
+  // New indices of an element reach the texts kept for the fields below it,
+  // and their forms.
   std::int32_t third[] = {2, -1};
   vorname->getParent()->setIndices(third);
+  EXPECT_EQ("<Root.Kinder[2].Vorname>", texts.of(vorname, quoted));
   EXPECT_EQ("Root.Kinder[2].Vorname", texts.of(vorname));
   vorname->getParent()->setIndices(second);
   // More fields than are kept at hand, asked for in turns, each by its own
@@ -233,6 +238,7 @@ TEST(HierarchyTextsTest, KeptTextsFollowTheFieldsAndTheirIndices) {
   for (int round = 0; round < 3; ++round) {
     for (std::size_t k = 0; k < names.size(); k += static_cast<std::size_t>(round + 1)) {
       ASSERT_EQ("Root.Kinder[" + std::to_string(k) + "].Vorname", texts.of(names[k])) << round;
+      ASSERT_EQ("<Root.Kinder[" + std::to_string(k) + "].Vorname>", texts.of(names[k], quoted)) << round;
       ASSERT_EQ(root.name->getHierarchyText(), texts.of(root.name));
     }
   }
