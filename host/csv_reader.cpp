@@ -112,6 +112,7 @@ std::string *cellAt(std::vector<std::string> *cells, std::size_t n) {
 bool CsvReader::next(std::vector<std::string> *cells) {
   error_.clear();
   blank_ = false;
+  nulFree_ = false;
   std::string_view line;
   if (!readLine(&line, &rowLine_)) {
     cells->clear();
@@ -128,9 +129,10 @@ bool CsvReader::next(std::vector<std::string> *cells) {
   }
   blank_ = line.empty();
   // Without a quote the cells are what lies between the separators, found
-  // in one pass eight bytes at a time.
+  // in one pass eight bytes at a time, which also looks for NUL bytes.
   const char *text = line.data();
   std::size_t n = 0, start = 0, i = 0;
+  std::uint64_t nul = 0;
   auto cut = [&](std::size_t at) {
     cellAt(cells, n++)->append(text + start, at - start);  // cheaper than assign, which allows for overlap
     start = at + 1;
@@ -138,13 +140,16 @@ bool CsvReader::next(std::vector<std::string> *cells) {
   for (; i + sizeof(std::uint64_t) <= line.size(); i += sizeof(std::uint64_t)) {
     std::uint64_t word = words::load(text + i);
     if (words::bytesOf(word, '"') != 0) return splitQuoted(line, cells);
+    nul |= words::bytesBelow(word, 1);
     for (std::uint64_t at = words::bytesOf(word, separator_); at != 0; at &= at - 1) cut(i + words::firstMarked(at));
   }
   for (; i < line.size(); ++i) {
     if (text[i] == '"') return splitQuoted(line, cells);
     if (text[i] == separator_) cut(i);
+    if (text[i] == '\0') nul = 1;
   }
   cut(line.size());
+  nulFree_ = nul == 0;
   cells->resize(n);
   return true;
 }

@@ -47,6 +47,9 @@ class CsvReader {
   // Whether the last row was a line with nothing on it (but a byte-order
   // mark): a line "" holds one empty cell and is no blank line.
   bool blank() const { return blank_; }
+  // Whether the last row is known to hold no NUL byte (false for a row
+  // with a quoted cell, which is not looked at for them).
+  bool nulFree() const { return nulFree_; }
   bool byteOrderMark() const { return byteOrderMark_; }
   bool failed() const { return failed_; }
   const std::string &failure() const { return failure_; }
@@ -86,6 +89,7 @@ class CsvReader {
   bool byteOrderMark_ = false;
   std::int64_t rowLine_ = 0;
   bool blank_ = false;
+  bool nulFree_ = false;
   std::string error_;
 };
 

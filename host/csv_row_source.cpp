@@ -67,6 +67,7 @@ bool CsvRowSource::decode(std::vector<std::string> *cells, std::string *error) c
 bool CsvRowSource::next(Row *row) {
   if (ended_) return false;
   row->error.clear();
+  row->nulFree = false;
   do {
     if (!reader_.next(&row->cells)) {
       ended_ = true;
@@ -80,6 +81,7 @@ bool CsvRowSource::next(Row *row) {
   } while (reader_.blank());
   row->place = {++records_, reader_.line()};
   row->error = reader_.error();
+  row->nulFree = reader_.nulFree();
   if (row->error.empty() && row->cells.size() != columns_.size()) {
     row->error = "the row has " + std::to_string(row->cells.size()) + (row->cells.size() == 1 ? " cell" : " cells") +
                  ", the header " + std::to_string(columns_.size());

@@ -25,15 +25,32 @@ void assign(std::optional<std::string> *target, std::optional<std::string_view> 
 
 const std::string &HierarchyTexts::of(const FieldDescriptor *field) {
   static const std::string kNone;
+  return field != nullptr ? keptOf(field).text : kNone;
+}
+
+const std::string &HierarchyTexts::of(const FieldDescriptor *field, TextForm form) {
+  static const std::string kNone;
   if (field == nullptr) return kNone;
-  std::int32_t hash = field->getHierarchyHash().get();
-  auto found = kept_.find(field);
-  if (found == kept_.end()) {
-    found = kept_.emplace(field, Kept{hash, field->getHierarchyText()}).first;
-  } else if (found->second.hash != hash) {
-    found->second = Kept{hash, field->getHierarchyText()};
+  Kept &kept = keptOf(field);
+  for (const auto &made : kept.forms) {
+    if (made.first == form) return made.second;
   }
-  return found->second.text;
+  kept.forms.emplace_back(form, std::string());
+  form(&kept.forms.back().second, kept.text);
+  return kept.forms.back().second;
+}
+
+HierarchyTexts::Kept &HierarchyTexts::keptOf(const FieldDescriptor *field) {
+  std::int32_t hash = field->getHierarchyHash().get();
+  Recent &recent = recent_[(reinterpret_cast<std::uintptr_t>(field) / alignof(FieldDescriptor)) % kRecent];
+  if (recent.field != field) {
+    auto found = kept_.find(field);
+    if (found == kept_.end()) found = kept_.emplace(field, Kept{hash, field->getHierarchyText(), {}}).first;
+    recent = {field, &found->second};
+  }
+  Kept &kept = *recent.kept;
+  if (kept.hash != hash) kept = Kept{hash, field->getHierarchyText(), {}};
+  return kept;
 }
 
 std::size_t FoundProblem::indexCount() const {

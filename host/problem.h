@@ -11,11 +11,13 @@
 #ifndef QUOREL_HOST_PROBLEM_H_
 #define QUOREL_HOST_PROBLEM_H_
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <quorel/quorel.h>
@@ -48,26 +50,51 @@ constexpr const char *kProblemColumns[] = {"record", "line",          "id",     
                                            "accessed", "sections",    "failure"};
 constexpr int kProblemColumnCount = sizeof kProblemColumns / sizeof kProblemColumns[0];
 
+// A form that a writer gives a Windows-1252 text (UTF-8, a JSON string),
+// appended to *out. Forms are told apart by their address.
+using TextForm = void (*)(std::string *out, std::string_view text);
+
 // The hierarchy texts of fields, each worked out once: the problems of
 // record after record name the same few fields. A text is kept with the
 // field's hierarchy hash and worked out anew when the hash changes (the field
-// got new indices). The fields must outlive the keeper or be forgotten with
-// it; one thread at a time.
+// got new indices), and so are the forms that writers give it. The fields
+// must outlive the keeper or be forgotten with it; one thread at a time.
 class HierarchyTexts {
  public:
+  HierarchyTexts() = default;
+  HierarchyTexts(const HierarchyTexts &) = delete;
+  HierarchyTexts &operator=(const HierarchyTexts &) = delete;
+
   // The text of field, "" for null; valid until the text of the same field
   // is asked for again.
   const std::string &of(const FieldDescriptor *field);
+  // The same in the form, "" for null; valid as long.
+  const std::string &of(const FieldDescriptor *field, TextForm form);
 
  private:
   struct Kept {
     std::int32_t hash;
     std::string text;
+    std::vector<std::pair<TextForm, std::string>> forms;
   };
+  // The entry of a field, its text up to date.
+  Kept &keptOf(const FieldDescriptor *field);
+
+  // The fields asked for last, each in a place by its address: the problems
+  // of a module name the same few fields, and finding one here costs less
+  // than hashing it into kept_, whose entries stay put.
+  struct Recent {
+    const FieldDescriptor *field = nullptr;
+    Kept *kept = nullptr;
+  };
+  static constexpr std::size_t kRecent = 64;
+
   std::unordered_map<const FieldDescriptor *, Kept> kept_;
+  std::array<Recent, kRecent> recent_;
 };
 
-// A Problem read through the operations of FoundProblem.
+// A Problem read through the operations of FoundProblem. A text of a field
+// in a form is made anew each time, valid until the next one.
 class StoredProblem {
  public:
   explicit StoredProblem(const Problem &problem) : p_(problem) {}
@@ -78,10 +105,12 @@ class StoredProblem {
   std::optional<std::string_view> text() const { return view(p_.text); }
   std::optional<std::string_view> details() const { return view(p_.details); }
   std::string_view field() const { return p_.field; }
+  std::string_view field(TextForm form) const { return formed(p_.field, form); }
   std::size_t indexCount() const { return p_.fieldIndices.size(); }
   std::int32_t index(std::size_t i) const { return p_.fieldIndices[i]; }
   std::size_t accessedCount() const { return p_.accessed.size(); }
   std::string_view accessed(std::size_t i) const { return p_.accessed[i]; }
+  std::string_view accessed(std::size_t i, TextForm form) const { return formed(p_.accessed[i], form); }
   std::size_t sectionCount() const { return p_.sections.size(); }
   std::string_view section(std::size_t i) const { return p_.sections[i]; }
 
@@ -89,14 +118,20 @@ class StoredProblem {
   static std::optional<std::string_view> view(const std::optional<std::string> &text) {
     return text ? std::optional<std::string_view>(*text) : std::nullopt;
   }
+  std::string_view formed(std::string_view text, TextForm form) const {
+    formed_.clear();
+    form(&formed_, text);
+    return formed_;
+  }
 
   const Problem &p_;
+  mutable std::string formed_;
 };
 
 // A PlausiProblem as a Problem would hold it: the reference field's text ""
 // when there is none, a section opened without a name "". The texts of
-// fields come from a HierarchyTexts, each valid until that field's text is
-// asked for again; the others as long as the problem.
+// fields, and their forms, come from a HierarchyTexts, each valid until that
+// field's text is asked for again; the others as long as the problem.
 class FoundProblem {
  public:
   FoundProblem(const PlausiProblem &problem, HierarchyTexts *texts) : p_(problem), texts_(texts) {}
@@ -107,11 +142,15 @@ class FoundProblem {
   std::optional<std::string_view> text() const { return view(p_.getShortDescription()); }
   std::optional<std::string_view> details() const { return view(p_.getLongDescription()); }
   std::string_view field() const { return texts_->of(p_.getReferenceField()); }
+  std::string_view field(TextForm form) const { return texts_->of(p_.getReferenceField(), form); }
   std::size_t indexCount() const;
   std::int32_t index(std::size_t i) const { return p_.getReferenceFieldIndices()[i]; }
   std::size_t accessedCount() const { return static_cast<std::size_t>(p_.getNumOfAccessedFields()); }
   std::string_view accessed(std::size_t i) const {
     return texts_->of(p_.getAccessedField(static_cast<std::int32_t>(i)));
+  }
+  std::string_view accessed(std::size_t i, TextForm form) const {
+    return texts_->of(p_.getAccessedField(static_cast<std::int32_t>(i)), form);
   }
   std::size_t sectionCount() const { return static_cast<std::size_t>(p_.getNumOfPlausiSections()); }
   std::string_view section(std::size_t i) const;

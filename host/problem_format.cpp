@@ -103,6 +103,9 @@ class Repeated {
   std::size_t size_ = 0;
 };
 
+// A field's text as UTF-8, the form that a problem read in place keeps.
+void utf8Form(std::string *out, std::string_view text) { appendUtf8(out, text); }
+
 std::string counted(std::int64_t n, const char *one, const char *many) {
   return std::to_string(n) + " " + (n == 1 ? one : many);
 }
@@ -185,17 +188,16 @@ class TextFormat : public ProblemFormat {
         out.utf8(*details);
         out.put('\n');
       }
-      std::string_view field = p.field();
-      if (!field.empty()) {
+      if (!p.field().empty()) {
         out.put("  field: ");
-        out.utf8(field);
+        out.put(p.field(utf8Form));
         out.put('\n');
       }
       if (p.accessedCount() > 0) {
         out.put("  read:");
         for (std::size_t f = 0; f < p.accessedCount(); ++f) {
           out.put(' ');
-          out.utf8(p.accessed(f));
+          out.put(p.accessed(f, utf8Form));
         }
         out.put('\n');
       }
@@ -273,11 +275,10 @@ class JsonLinesFormat : public ProblemFormat {
       key(6, &out);
       nullable(p.details(), &out);
       key(7, &out);
-      std::string_view field = p.field();
-      if (field.empty()) {
+      if (p.field().empty()) {
         out.put("null");
       } else {
-        string(field, &out);
+        out.put(p.field(stringForm));
       }
       key(8, &out);
       out.put('[');
@@ -287,9 +288,9 @@ class JsonLinesFormat : public ProblemFormat {
       }
       out.put(']');
       key(9, &out);
-      strings(p.accessedCount(), [&p](std::size_t f) { return p.accessed(f); }, &out);
+      list(p.accessedCount(), [&p, &out](std::size_t f) { out.put(p.accessed(f, stringForm)); }, &out);
       key(10, &out);
-      strings(p.sectionCount(), [&p](std::size_t s) { return p.section(s); }, &out);
+      list(p.sectionCount(), [&p, &out](std::size_t s) { string(p.section(s), &out); }, &out);
       key(11, &out);
       out.put("null}\n");
     }
@@ -342,15 +343,21 @@ class JsonLinesFormat : public ProblemFormat {
     }
     return at;
   }
-  // A list of count texts, each by get(i).
-  template <typename Get>
-  static void strings(std::size_t count, Get get, Appender *out) {
+  // A list of count entries, each written by put(i).
+  template <typename Put>
+  static void list(std::size_t count, Put put, Appender *out) {
     out->put('[');
     for (std::size_t i = 0; i < count; ++i) {
       if (i > 0) out->put(',');
-      string(get(i), out);
+      put(i);
     }
     out->put(']');
+  }
+  // A field's text as a JSON string, the form that a problem read in place
+  // keeps.
+  static void stringForm(std::string *out, std::string_view text) {
+    Appender appender(out);
+    string(text, &appender);
   }
   // A text or null.
   static void nullable(std::optional<std::string_view> text, Appender *out) {

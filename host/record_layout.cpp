@@ -74,10 +74,15 @@ bool RecordLayout::fill(const Row &row, SimpleDataRecord *record, std::string *e
     *error = row.error;
     return false;
   }
-  return fill(row.cells, record, error);
+  return fill(row.cells, row.nulFree, record, error);
 }
 
 bool RecordLayout::fill(const std::vector<std::string> &cells, SimpleDataRecord *record,
+                        std::string *error) const {
+  return fill(cells, false, record, error);
+}
+
+bool RecordLayout::fill(const std::vector<std::string> &cells, bool nulFree, SimpleDataRecord *record,
                         std::string *error) const {
   static const std::string kMissing;
   for (std::size_t i = 0; i < columns_.size(); ++i) {
@@ -88,7 +93,7 @@ bool RecordLayout::fill(const std::vector<std::string> &cells, SimpleDataRecord 
       if (column.firstOfKey) record->setValueAt(column.key, static_cast<const char *>(nullptr));
       continue;
     }
-    if (words::holds(cell, '\0')) {
+    if (!nulFree && words::holds(cell, '\0')) {
       *error = "column " + column.name + ": the cell holds a NUL byte";
       return false;
     }

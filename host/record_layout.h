@@ -35,7 +35,8 @@ class RecordLayout {
   // message (Windows-1252) in *error; the record is then incomplete.
   bool fill(const std::vector<std::string> &cells, SimpleDataRecord *record, std::string *error) const;
   // The same for a row as read; a row that could not be read in full makes
-  // it false with the row's own error, and fills nothing.
+  // it false with the row's own error, and fills nothing. The cells of a
+  // row that is nulFree are not looked at for NUL bytes again.
   bool fill(const Row &row, SimpleDataRecord *record, std::string *error) const;
 
   // One message for each distinct column that names nothing the module
@@ -65,6 +66,8 @@ class RecordLayout {
     // same hash): later ones that are empty leave its value alone.
     bool firstOfKey;
   };
+
+  bool fill(const std::vector<std::string> &cells, bool nulFree, SimpleDataRecord *record, std::string *error) const;
 
   std::vector<Column> columns_;
 };

@@ -28,6 +28,10 @@ struct Row {
   std::vector<std::string> cells;
   // Why the row could not be read in full (Windows-1252), or empty.
   std::string error;
+  // Whether the source has made sure that no cell holds a NUL byte, as it
+  // went over the bytes anyway; false leaves the check to the reader of
+  // the row.
+  bool nulFree = false;
 };
 
 class RowSource {

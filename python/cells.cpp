@@ -22,8 +22,9 @@ constexpr std::size_t kNumberText = 400;
 // The text of a non-empty str that is its own Windows-1252 form: one whose
 // characters all lie below U+0100 (Python keeps it a byte a character)
 // outside U+0080..U+009F, where the code page differs from Latin-1, and that
-// holds no NUL. Null for any other cell. Most cells are such texts, and they
-// need no UTF-8 form made on the way (which Python would keep in the str).
+// holds no NUL; a NUL follows it, as Python ends every str's bytes with one.
+// Null for any other cell. Most cells are such texts, and they need no UTF-8
+// form made on the way (which Python would keep in the str), nor a copy.
 std::string_view ownText(PyObject *cell) {
   if (!PyUnicode_Check(cell) || !PyUnicode_IS_COMPACT(cell) || PyUnicode_KIND(cell) != PyUnicode_1BYTE_KIND) {
     return {};
@@ -117,8 +118,7 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
   std::string_view own = ownText(cell.ptr());
   if (!own.empty()) {
     out->kind = at.array.empty() ? Cell::kText : Cell::kSize;
-    out->text.clear();  // and append: cheaper than assign, which allows for overlap
-    out->text.append(own.data(), own.size());
+    out->text = own;
     if (out->kind == Cell::kSize) out->integer = sizeOfText(own);
     return;
   }
@@ -128,29 +128,32 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
     std::string text = py::str(cell).cast<std::string>();
     out->kind = Cell::kSize;
     out->integer = sizeOf(cell, text);
-    out->text = encode(py::str(text), at.utf8);
+    out->keep(encode(py::str(text), at.utf8));
     return;
   }
   out->kind = Cell::kText;
   if (PyBool_Check(cell.ptr())) {
-    out->text = cell.cast<bool>() ? "WAHR" : "FALSCH";
+    out->text = cell.cast<bool>() ? "WAHR" : "FALSCH";  // literals end in a NUL too
   } else if (PyLong_Check(cell.ptr())) {
     int overflow = 0;
     out->integer = PyLong_AsLongLongAndOverflow(cell.ptr(), &overflow);
     if (overflow == 0) {
       out->kind = Cell::kInteger;
     } else {
-      out->text = py::str(cell).cast<std::string>();  // beyond 64 bits: its digits
+      out->keep(py::str(cell).cast<std::string>());  // beyond 64 bits: its digits
     }
   } else if (py::isinstance<py::float_>(cell)) {
     out->kind = Cell::kReal;
     out->real = cell.cast<double>();
   } else if (py::isinstance<py::str>(cell)) {
-    out->text = encode(cell, at.utf8);
+    out->keep(encode(cell, at.utf8));
   } else if (isDate(cell)) {
-    out->text = germanDate(cell);
+    out->keep(germanDate(cell));
   } else if (py::hasattr(cell, "item") && py::hasattr(cell, "dtype")) {
-    readCell(at, cell.attr("item")(), out);  // a numpy scalar
+    py::object item = cell.attr("item")();  // of a numpy scalar
+    readCell(at, item, out);
+    // The item goes with this call, and with it the text read from it.
+    if (out->kind == Cell::kText || out->kind == Cell::kSize) out->keep(std::string(out->text));
   } else {
     throw CellError{at.utf8 + ": a value of type " +
                     py::str(py::type::of(cell).attr("__name__")).cast<std::string>() + " cannot be a field"};
@@ -164,7 +167,7 @@ bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::
       if (at.empties) record->setValueAt(at.key, static_cast<const char *>(nullptr));
       return true;
     case Cell::kText:
-      record->setValueAt(at.key, cell.text.c_str());
+      record->setValueAt(at.key, cell.text.data());
       return true;
     case Cell::kInteger:
       record->setValueAt(at.key, numberText(cell.integer, number));
@@ -173,7 +176,7 @@ bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::
       record->setValueAt(at.key, numberText(cell.real, number, std::chars_format::fixed));
       return true;
     case Cell::kSize:
-      if (!host::RecordLayout::sizeWithin(at.array, cell.integer, cell.text, error)) {
+      if (!host::RecordLayout::sizeWithin(at.array, cell.integer, std::string(cell.text), error)) {
         *error = host::toUtf8(error->c_str());
         return false;
       }

@@ -15,6 +15,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include <pybind11/pybind11.h>
 
@@ -48,20 +49,36 @@ struct Column {
   bool empties = false;
 };
 
-// A cell as read, ready for a record.
+// A cell as read, ready for a record. Not copied, as its text may lie in
+// it.
 struct Cell {
   enum Kind { kEmpty, kText, kInteger, kReal, kSize };
+
+  Cell() = default;
+  Cell(const Cell &) = delete;
+  Cell &operator=(const Cell &) = delete;
+
+  // Sets the text to a copy of made.
+  void keep(std::string made) {
+    kept = std::move(made);
+    text = kept;
+  }
+
   Kind kind = kEmpty;
-  // The text of kText, or a size as the input gave it (Windows-1252).
-  std::string text;
+  // The text of kText, or a size as the input gave it (Windows-1252),
+  // followed by a NUL: the bytes of the str read where Python keeps them in
+  // that form (the str outlives the cell's use), else those kept.
+  std::string_view text;
+  std::string kept;
   // kInteger, or the size of kSize (-1 for one that is no whole number
   // within the bounds).
   std::int64_t integer = 0;
   double real = 0.0;
 };
 
-// Reads a cell of the column into *out; a CellError for a value that cannot
-// be a field. Needs the GIL.
+// Reads a cell of the column into *out, whose text may be the cell's own
+// bytes: the cell must outlive the use of *out. A CellError for a value
+// that cannot be a field. Needs the GIL.
 void readCell(const Column &at, const pybind11::handle &cell, Cell *out);
 // Puts a cell into the record; false with a message (UTF-8) for a size out
 // of bounds.

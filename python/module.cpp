@@ -459,7 +459,7 @@ class Checker {
     RowState kept;
     std::int64_t first = 0;
     for (const py::handle &item : chunks) {
-      py::object chunk = py::reinterpret_borrow<py::object>(item);  // holds the cells while they are read
+      py::object chunk = py::reinterpret_borrow<py::object>(item);  // holds the cells until they are put
       if (!PyList_Check(chunk.ptr()) || py::len(chunk) != at.size()) {
         throw py::value_error("each chunk must be a list of one column per name");
       }

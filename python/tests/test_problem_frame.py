@@ -112,6 +112,17 @@ def test_a_row_gets_nothing_of_the_rows_before_it(module, gemeinden, records):
     assert together["failure"].notna().sum() == 1
 
 
+def test_texts_read_where_python_keeps_them_or_copied_check_alike(module, gemeinden, records):
+    # A str that Python keeps a byte a character reaches the record from
+    # where it lies; a str of a subclass is encoded into a copy first.
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    rows = records.iloc[1:150].copy()
+    rows["Antrag.Adresse.Strasse"] = ["Stra\xdfe %d" % i for i in range(len(rows))]
+    copied = rows.apply(lambda column: column.map(lambda v: v if pd.isna(v) else np.str_(v)))
+    assert type(copied.iat[0, 0]) is np.str_
+    pd.testing.assert_frame_equal(checker.check_frame(copied), checker.check_frame(rows))
+
+
 def test_a_size_is_a_whole_number_written_plainly(module, gemeinden, records):
     checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
     sizes = ["2", "02", "+2", " 2", "2 ", "-1", "0", "100000", "100001", "2,0", "\xb2", "99999999999999999999", 2, 2.0,

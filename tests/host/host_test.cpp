@@ -153,6 +153,39 @@ TEST(RecordLayoutTest, ANulByteAnywhereInACellFailsTheRow) {
   }
 }
 
+// The reader of a CSV file looks for NUL bytes as it splits a line; a row
+// it vouches for fills as the cells checked one by one would.
+TEST(RecordLayoutTest, ARowReadFromAFileFillsAsItsCellsDo) {
+  std::string text = "M.Nr;M.Name\n";
+  for (std::size_t length = 1; length <= 17; ++length) {
+    for (std::size_t at = 0; at <= length; ++at) {
+      std::string cell(length, 'x');
+      if (at < length) cell[at] = '\0';
+      text += "1;" + cell + "\n\"2\";" + cell + "\n" + cell + ";3\n";
+    }
+  }
+  std::string path = ::testing::TempDir() + "quorel_nul_cells.csv";
+  std::ofstream(path, std::ios::binary) << text;
+  std::string message;
+  auto source = CsvRowSource::open(path, &message);
+  ASSERT_NE(nullptr, source) << message;
+  RecordLayout layout(source->columns());
+  Row row;
+  int rows = 0, vouched = 0;
+  while (source->next(&row)) {
+    quorel::SimpleDataRecord read, checked;
+    std::string error, expected;
+    bool filled = layout.fill(row, &read, &error);
+    ASSERT_EQ(layout.fill(row.cells, &checked, &expected), filled) << row.place.line;
+    EXPECT_EQ(expected, error);
+    ++rows;
+    vouched += row.nulFree ? 1 : 0;
+  }
+  std::remove(path.c_str());
+  EXPECT_EQ(3 * (17 * 18 / 2 + 17), rows);
+  EXPECT_GT(vouched, 0);
+}
+
 TEST(RecordLayoutTest, OneRecordFilledRowAfterRowHoldsTheLastRowAlone) {
   RecordLayout layout({"M.Nr", "M.Name", "M.Liste#", "M.Nr"});
   quorel::SimpleDataRecord record;
@@ -185,10 +218,30 @@ TEST(HierarchyTextsTest, KeptTextsFollowTheFieldsAndTheirIndices) {
     EXPECT_EQ("Root.Kinder[1].Vorname", texts.of(vorname));
     EXPECT_EQ("", texts.of(nullptr));
   }
-  // New indices of an element reach the texts kept for the fields below it.
+  TextForm quoted = [](std::string *out, std::string_view text) { *out += "<" + std::string(text) + ">"; };
+  EXPECT_EQ("<Root.Kinder[1].Vorname>", texts.of(vorname, quoted));
+  EXPECT_EQ("", texts.of(nullptr, quoted));
+  // New indices of an element reach the texts kept for the fields below it,
+  // and their forms.
   std::int32_t third[] = {2, -1};
   vorname->getParent()->setIndices(third);
+  EXPECT_EQ("<Root.Kinder[2].Vorname>", texts.of(vorname, quoted));
   EXPECT_EQ("Root.Kinder[2].Vorname", texts.of(vorname));
+  vorname->getParent()->setIndices(second);
+  // More fields than are kept at hand, asked for in turns, each by its own
+  // text.
+  std::vector<Field *> names;
+  for (std::int32_t k = 0; k < 200; ++k) {
+    std::int32_t at[] = {k, -1};
+    names.push_back(static_cast<ChildTopic *>(root.kinder->getElement(&run.runtime, at))->vorname);
+  }
+  for (int round = 0; round < 3; ++round) {
+    for (std::size_t k = 0; k < names.size(); k += static_cast<std::size_t>(round + 1)) {
+      ASSERT_EQ("Root.Kinder[" + std::to_string(k) + "].Vorname", texts.of(names[k])) << round;
+      ASSERT_EQ("<Root.Kinder[" + std::to_string(k) + "].Vorname>", texts.of(names[k], quoted)) << round;
+      ASSERT_EQ(root.name->getHierarchyText(), texts.of(root.name));
+    }
+  }
 }
 
 TEST(ProblemFormatTest, JsonLinesCarryEveryByteAnywhereInAText) {
