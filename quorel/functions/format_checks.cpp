@@ -4,11 +4,11 @@
 #include <cmath>
 #include <ctime>
 #include <string>
-#include <typeinfo>
 
 #include "quorel/functions/functions.h"
 #include "quorel/masks/util.h"
 #include "quorel/pattern/pattern.h"
+#include "quorel/platform/exact_class.h"
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/rules/runtime_context.h"
 #include "quorel/values/date_value.h"
@@ -25,7 +25,7 @@ namespace {
 // default mask reads it back, so it need not be made to be read. Anywhere
 // else, near the limits included, the text is made and read.
 bool readsBackPlainly(Value *value, bool integral) {
-  if (typeid(*value) != typeid(NumberValue) || static_cast<NumberValue *>(value)->hasText()) return false;
+  if (!isOfExactClass<NumberValue>(*value) || static_cast<NumberValue *>(value)->hasText()) return false;
   double number = value->asReal();
   if (integral && number != std::trunc(number)) return false;
   double magnitude = std::fabs(number);
@@ -56,7 +56,7 @@ bool convertsTo(Value *value, FieldType type, const char *mask) {
       // The exact class is asked, which costs a fraction of a cast's search
       // through the hierarchy; a class derived from DateValue takes the
       // other way to the same answer.
-      if (typeid(*value) == typeid(DateValue) && static_cast<DateValue *>(value)->readsTextUnder(mask)) {
+      if (isOfExactClass<DateValue>(*value) && static_cast<DateValue *>(value)->readsTextUnder(mask)) {
         return static_cast<DateValue *>(value)->readDate() == nullptr;
       }
       std::tm date{};

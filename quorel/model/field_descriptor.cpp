@@ -1,12 +1,11 @@
 #include "quorel/model/field_descriptor.h"
 
-#include <typeinfo>
-
 #include "quorel/masks/util.h"
 #include "quorel/model/data_record.h"
 #include "quorel/model/model_messages.h"
 #include "quorel/model/simple_data_record.h"
 #include "quorel/model/type_descriptor.h"
+#include "quorel/platform/exact_class.h"
 #include "quorel/rules/plausi_exception.h"
 
 namespace quorel {
@@ -77,7 +76,7 @@ DataRecord *FieldDescriptor::getSubDataRecordFor(DataRecord *record) {
   // The library's own record is flat and answers itself for every topic: the
   // walk, a virtual call per level, would end where it began. Only the exact
   // class, since a host's subclass may answer otherwise.
-  if (record != nullptr && typeid(*record) == typeid(SimpleDataRecord)) return record;
+  if (record != nullptr && isOfExactClass<SimpleDataRecord>(*record)) return record;
   // A context without a record, or a host record that answers null for a
   // topic, has no value for the field; that is refused rather than followed.
   record = walkDown(parent_, record);

@@ -7,12 +7,12 @@
 #define QUOREL_MODEL_FIELD_READ_H_
 
 #include <cstdint>
-#include <typeinfo>
 
 #include "quorel/logging/logger.h"
 #include "quorel/masks/util.h"
 #include "quorel/model/data_record.h"
 #include "quorel/model/simple_data_record.h"
+#include "quorel/platform/exact_class.h"
 #include "quorel/rules/plausi_exception.h"
 #include "quorel/rules/runtime_context.h"
 #include "quorel/values/string_value.h"
@@ -53,7 +53,7 @@ class FieldSource {
 
  private:
   // A StringValue reads its number as Util does; a subclass may not.
-  bool holdsOwnText() const { return stored_ != nullptr && typeid(*stored_) == typeid(StringValue); }
+  bool holdsOwnText() const { return stored_ != nullptr && isOfExactClass<StringValue>(*stored_); }
   bool kept(const char *failure) {
     failure_ = failure;
     return failure == nullptr;
@@ -93,7 +93,7 @@ Value *readField(RuntimeContext *context, const char *who, FieldDescriptor *fiel
     // The exact class only: a subclass may answer the getters otherwise.
     Value *stored = nullptr;
     bool empty;
-    if (typeid(*record) == typeid(SimpleDataRecord)) {
+    if (isOfExactClass<SimpleDataRecord>(*record)) {
       stored = static_cast<SimpleDataRecord *>(record)->getStoredValue(field);
       empty = stored == nullptr;
     } else {

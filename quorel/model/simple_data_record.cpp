@@ -1,10 +1,9 @@
 #include "quorel/model/simple_data_record.h"
 
-#include <typeinfo>
-
 #include "quorel/masks/text_hash.h"
 #include "quorel/masks/util.h"
 #include "quorel/model/field_descriptor.h"
+#include "quorel/platform/exact_class.h"
 #include "quorel/values/number_value.h"
 #include "quorel/values/string_value.h"
 
@@ -43,7 +42,7 @@ void SimpleDataRecord::storeText(std::int32_t key, const char *text) {
   if (text == nullptr) text = "";
   Value *former = find(key);
   // The exact class: a value of another kind is replaced as any value is.
-  if (former != nullptr && typeid(*former) == typeid(StringValue)) {
+  if (former != nullptr && isOfExactClass<StringValue>(*former)) {
     static_cast<StringValue *>(former)->retext(text);
     return;
   }

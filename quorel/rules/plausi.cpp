@@ -1,12 +1,12 @@
 #include "quorel/rules/plausi.h"
 
 #include <cstring>
-#include <typeinfo>
 
 #include "quorel/model/field.h"
 #include "quorel/model/simple_data_record.h"
 #include "quorel/model/topic.h"
 #include "quorel/model/type_descriptor.h"
+#include "quorel/platform/exact_class.h"
 #include "quorel/rules/mapping.h"
 #include "quorel/rules/plausi_context.h"
 #include "quorel/rules/plausi_exception.h"
@@ -39,7 +39,7 @@ Value *Plausi::getClassificationByValue(const char *value) {
 
 void Plausi::perform(PlausiContext *context) {
   DataRecord *record = context->getDataRecord();
-  if (record != nullptr && typeid(*record) == typeid(SimpleDataRecord)) {
+  if (record != nullptr && isOfExactClass<SimpleDataRecord>(*record)) {
     static_cast<SimpleDataRecord *>(record)->prefetch();
   }
   RuntimeContext runtime(context, this);
