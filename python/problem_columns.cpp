@@ -192,15 +192,17 @@ void ProblemColumns::Read::from(const host::FoundProblem &p) {
 
 std::int32_t ProblemColumns::kindOf(const host::FoundProblem &problem) {
   read_.from(problem);
+  std::int32_t &last = lastOfId_.try_emplace(read_.id ? host::words::hash(*read_.id) : 1, -1).first->second;
+  if (last >= 0 && ofKind(read_, *kindList_[static_cast<std::size_t>(last)])) return last;
   auto first = firstOfHash_.try_emplace(kindHash(read_), -1).first;
   std::int32_t *link = &first->second;
   for (; *link >= 0; link = &nextOfHash_[static_cast<std::size_t>(*link)]) {
-    if (ofKind(read_, *kindList_[static_cast<std::size_t>(*link)])) return *link;
+    if (ofKind(read_, *kindList_[static_cast<std::size_t>(*link)])) return last = *link;
   }
   kindStore_.emplace_back();
   host::copyProblem(problem, &kindStore_.back());
   *link = addKind(&kindStore_.back());
-  return *link;
+  return last = *link;
 }
 
 std::int32_t ProblemColumns::failureKind() {

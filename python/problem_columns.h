@@ -134,6 +134,9 @@ class ProblemColumns {
   std::vector<const host::Problem *> kindList_;
   std::unordered_map<std::size_t, std::int32_t> firstOfHash_;
   std::vector<std::int32_t> nextOfHash_;
+  // The kind last met under a hash of the id alone: most problems of an id
+  // are of one kind, which is tried first and spares hashing every text.
+  std::unordered_map<std::size_t, std::int32_t> lastOfId_;
   std::int32_t failureKind_ = -1;
   Read read_;  // the problem at hand, in memory kept from problem to problem
   // The messages of failure rows (UTF-8).
