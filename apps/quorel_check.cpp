@@ -225,7 +225,9 @@ std::shared_ptr<quorel::Value> initValue(const std::string &text) {
 // share the end of the input evenly. Problems go into a database table in
 // batches, each in one transaction.
 constexpr std::size_t kSlice = 512;
+#ifdef QUOREL_HOST_SQL
 constexpr std::size_t kBatch = 4096;
+#endif
 
 // A slice of rows under way, and what checking them gave, in their order:
 // their problems formatted, or as rows of a table. Apart from its
