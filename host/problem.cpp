@@ -7,6 +7,12 @@ namespace host {
 
 namespace {
 
+// The text of no field, in every form.
+const std::string &none() {
+  static const std::string kNone;
+  return kNone;
+}
+
 // Copies into the string's kept memory: run after run the copies of
 // problems take the place of the former run's.
 void assign(std::string *target, std::string_view text) { copyText(target, text.data(), text.size()); }
@@ -24,13 +30,11 @@ void assign(std::optional<std::string> *target, std::optional<std::string_view> 
 }  // namespace
 
 const std::string &HierarchyTexts::of(const FieldDescriptor *field) {
-  static const std::string kNone;
-  return field != nullptr ? keptOf(field).text : kNone;
+  return field != nullptr ? keptOf(field).text : none();
 }
 
 const std::string &HierarchyTexts::of(const FieldDescriptor *field, TextForm form) {
-  static const std::string kNone;
-  if (field == nullptr) return kNone;
+  if (field == nullptr) return none();
   Kept &kept = keptOf(field);
   for (const auto &made : kept.forms) {
     if (made.first == form) return made.second;

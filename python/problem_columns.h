@@ -4,11 +4,12 @@
 // Rules report the same problem, all but its place, from record to record.
 // So each problem is kept as its place and the code of its kind (every
 // attribute of the problem but the place), and each distinct kind once, in
-// order of first appearance: one hash and one compare of a problem's texts,
-// read where its run left them, rather than a copy, or one per column. finish() turns the kinds into the columns: each
-// text or list column keeps the distinct values of the kinds, in order of
-// first appearance, as the categories of a pandas Categorical, and each is
-// made a Python str once; a list becomes the text of a JSON array, as a
+// order of first appearance: a compare of a problem's texts, read where its
+// run left them, with the kind last met under its id (and one hash of them
+// all where that is not it), rather than a copy, or one per column.
+// finish() turns the kinds into the columns: each text or list column keeps
+// the distinct values of the kinds, in order of first appearance, as the
+// categories of a pandas Categorical, and each is made a Python str once; a list becomes the text of a JSON array, as a
 // problem table holds it, so that the frame goes on as any frame of texts
 // (astype(str), to_sql). That keeps the frame small to build, to ship
 // between processes and to concatenate.

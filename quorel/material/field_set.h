@@ -4,6 +4,7 @@
 #define QUOREL_MATERIAL_FIELD_SET_H_
 
 #include <cstdint>
+
 #include "quorel/rules/inline_list.h"
 #include "quorel/values/object_pool.h"
 
