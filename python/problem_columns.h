@@ -9,10 +9,11 @@
 // all where that is not it), rather than a copy, or one per column.
 // finish() turns the kinds into the columns: each text or list column keeps
 // the distinct values of the kinds, in order of first appearance, as the
-// categories of a pandas Categorical, and each is made a Python str once; a list becomes the text of a JSON array, as a
-// problem table holds it, so that the frame goes on as any frame of texts
-// (astype(str), to_sql). That keeps the frame small to build, to ship
-// between processes and to concatenate.
+// categories of a pandas Categorical, and each is made a Python str once;
+// a list becomes the text of a JSON array, as a problem table holds it, so
+// that the frame goes on as any frame of texts (astype(str), to_sql). That
+// keeps the frame small to build, to ship between processes and to
+// concatenate.
 //
 // A row of the input keeps its label and place once, whatever the number of
 // its problems.
