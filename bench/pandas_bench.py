@@ -21,7 +21,8 @@ when they do not. --check-only stops there. Then RECORDS applications
 (default 1 000 000) are timed, each the best of REPEAT runs (default 5):
   - pandas read_csv + check, and the check alone on a DataFrame in memory;
   - the plain Python loop;
-  - quorel.check_frame on the CSV path and on that DataFrame;
+  - quorel.check_frame on the CSV path and on that DataFrame, with its
+    default threads (one per processor) and with jobs=1;
   - quorel-check --jobs 1, text and JSON Lines to /dev/null;
   - on 8 CSV files and a local cluster of two single-threaded workers,
     quorel.dask.check on the files beside the pandas rules over
@@ -404,6 +405,10 @@ def measure(build, library, module, whole, folder, records, repeat):
     loop = timed("a plain Python loop over the CSV rows", lambda: check_rows(whole, gemeinden))
     on_path = timed("quorel.check_frame(CSV path)", lambda: quorel.check_frame(whole, module, **options))
     on_frame = timed("quorel.check_frame(DataFrame)", lambda: quorel.check_frame(df, module, **options))
+    on_path_1 = timed("quorel.check_frame(CSV path), jobs=1",
+                      lambda: quorel.check_frame(whole, module, jobs=1, **options))
+    on_frame_1 = timed("quorel.check_frame(DataFrame), jobs=1",
+                       lambda: quorel.check_frame(df, module, jobs=1, **options))
     text = timed("quorel-check --jobs 1, text to /dev/null", native())
     json = timed("quorel-check --jobs 1 --format json to /dev/null", native("--format", "json"))
     del df
@@ -422,6 +427,8 @@ def measure(build, library, module, whole, folder, records, repeat):
 
     ratio("check_frame(CSV path) / pandas read_csv + check", on_path, pandas_file)
     ratio("check_frame(DataFrame) / pandas check alone", on_frame, pandas_alone)
+    ratio("check_frame(CSV path), jobs=1 / pandas read_csv + check", on_path_1, pandas_file)
+    ratio("check_frame(DataFrame), jobs=1 / pandas check alone", on_frame_1, pandas_alone)
     ratio("check_frame(CSV path) / a plain Python loop", on_path, loop)
     ratio("quorel-check --jobs 1 text / pandas read_csv + check", text, pandas_file)
     ratio("quorel-check --jobs 1 json / pandas read_csv + check", json, pandas_file)

@@ -12,6 +12,7 @@
 // library needs a Plausi per thread, so a Checker keeps one host::Checker
 // per thread that calls it.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -46,6 +47,7 @@
 #include "cells.h"
 #include "imported.h"
 #include "problem_columns.h"
+#include "row_slices.h"
 #ifdef QUOREL_HOST_SQL
 #include "quorel/host/sql/sql_material_access.h"
 #include "quorel/host/sql/sql_row_source.h"
@@ -209,8 +211,9 @@ std::shared_ptr<Value> initValueOf(const std::string &name, const py::handle &va
   throw py::type_error("init value " + name + " must be bool, int, float or str");
 }
 
-// One host::Checker per calling thread over shared settings. A caller holds
-// its checker while it uses it, so close() on one thread never pulls a
+// One host::Checker per calling thread over shared settings, and spare ones
+// for the threads that check the rows of one call beside it. A caller holds
+// its checkers while it uses them, so close() on one thread never pulls a
 // module from under a run on another: the last holder unloads it.
 class CheckerPool {
  public:
@@ -220,33 +223,83 @@ class CheckerPool {
   // with the loader's detail when it cannot be loaded, ValueError once the
   // pool is closed. Callable with or without the GIL.
   std::shared_ptr<host::Checker> forThisThread() {
-    try {
-      std::lock_guard<std::mutex> lock(mutex_);
-      if (closed_) throw py::value_error("the rule module is closed");
+    return guarded([this] {
       std::shared_ptr<host::Checker> &checker = checkers_[std::this_thread::get_id()];
       if (checker == nullptr) checker = std::make_shared<host::Checker>(settings_);
       return checker;
-    } catch (const host::LoadError &e) {
-      py::gil_scoped_acquire acquire;
-      raisePlausiError(e, e.detail());
-    }
+    });
   }
+
+  // The calling thread's checker and count - 1 spare ones, which no other
+  // call uses until the lease ends. Raises as forThisThread.
+  class Lease {
+   public:
+    Lease(CheckerPool *pool, std::size_t count) : pool_(pool) {
+      checkers_.push_back(pool->forThisThread());
+      while (checkers_.size() < count) checkers_.push_back(pool->spare());
+    }
+    ~Lease() { pool_->giveBack(&checkers_); }
+    Lease(const Lease &) = delete;
+    Lease &operator=(const Lease &) = delete;
+
+    std::vector<host::Checker *> checkers() const {
+      std::vector<host::Checker *> out;
+      for (const auto &checker : checkers_) out.push_back(checker.get());
+      return out;
+    }
+
+   private:
+    CheckerPool *pool_;
+    std::vector<std::shared_ptr<host::Checker>> checkers_;
+  };
+
   void close() {
     std::unordered_map<std::thread::id, std::shared_ptr<host::Checker>> checkers;
+    std::vector<std::shared_ptr<host::Checker>> spares;
     {
       std::lock_guard<std::mutex> lock(mutex_);
       closed_ = true;
       checkers.swap(checkers_);
+      spares.swap(spares_);
     }
     // Unloaded here, without the lock, unless another thread still runs one.
   }
   const host::CheckSettings &settings() const { return settings_; }
 
  private:
+  // get() under the lock, unless the pool is closed.
+  template <typename Get>
+  std::shared_ptr<host::Checker> guarded(Get get) {
+    try {
+      std::lock_guard<std::mutex> lock(mutex_);
+      if (closed_) throw py::value_error("the rule module is closed");
+      return get();
+    } catch (const host::LoadError &e) {
+      py::gil_scoped_acquire acquire;
+      raisePlausiError(e, e.detail());
+    }
+  }
+  std::shared_ptr<host::Checker> spare() {
+    return guarded([this] {
+      if (spares_.empty()) return std::make_shared<host::Checker>(settings_);
+      std::shared_ptr<host::Checker> checker = std::move(spares_.back());
+      spares_.pop_back();
+      return checker;
+    });
+  }
+  // The spares of a lease (all but its first) come back unless the pool
+  // was closed meanwhile.
+  void giveBack(std::vector<std::shared_ptr<host::Checker>> *leased) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (closed_) return;
+    for (std::size_t i = 1; i < leased->size(); ++i) spares_.push_back(std::move((*leased)[i]));
+  }
+
   host::CheckSettings settings_;
   std::mutex mutex_;
   bool closed_ = false;
   std::unordered_map<std::thread::id, std::shared_ptr<host::Checker>> checkers_;
+  std::vector<std::shared_ptr<host::Checker>> spares_;
 };
 
 // quorel.RuleModule's base: a rule module by library and name, or a rule
@@ -381,8 +434,10 @@ class Checker {
  public:
   Checker(const RuleModule &module, std::optional<std::string> flow, std::int32_t weightLevel,
           const py::dict &materials, const py::dict &init, std::optional<std::string> log, int logLevel,
-          bool strict, const std::string &encoding, bool warn)
-      : strict_(strict), warn_(warn) {
+          bool strict, const std::string &encoding, bool warn, int jobs)
+      : strict_(strict), warn_(warn), jobs_(static_cast<std::size_t>(std::max(jobs, 1))) {
+    // One log for all threads would mix the lines of their records.
+    if (jobs > 1 && log) throw py::value_error("log works with jobs=1 only");
     if (!host::parseEncoding(encoding, &encoding_)) {
       throw py::value_error("encoding " + encoding + " is not one of windows-1252, utf-8");
     }
@@ -445,8 +500,9 @@ class Checker {
   // Checks the rows of a frame and gives the columns of the problem frame
   // (see ProblemColumns), labelled by the position of the input row. chunks
   // gives the rows in slices, each a list of columns, one per name: lists
-  // of cells of equal length. The cells of kChunk rows are read with the
-  // GIL; then each row becomes a record and is checked without it.
+  // of cells of equal length. The cells of a slice of rows are read with
+  // the GIL, one slice at a time; then each row becomes a record and is
+  // checked without it.
   py::dict checkColumns(const py::list &names, const py::iterable &chunks) {
     std::vector<std::string> fields;
     for (const auto &name : names) fields.push_back(columnName(name));
@@ -456,7 +512,14 @@ class Checker {
     std::unordered_set<std::int32_t> keys;
     for (Column &column : at) column.empties = keys.insert(column.key).second;
     ProblemColumns frame;
-    RowState kept;
+    std::unique_ptr<CheckerPool::Lease> lease;
+    {
+      py::gil_scoped_release release;
+      lease = std::make_unique<CheckerPool::Lease>(pool_.get(), jobs_);
+    }
+    RowSlices slices(lease->checkers(), logMutex(), &frame);
+    std::vector<CellSlice> slots(slices.slots());
+    for (CellSlice &slice : slots) slice.resize(at.size());
     std::int64_t first = 0;
     for (const py::handle &item : chunks) {
       py::object chunk = py::reinterpret_borrow<py::object>(item);  // holds the cells until they are put
@@ -471,7 +534,35 @@ class Checker {
         }
         lists.push_back(column.ptr());
       }
-      checkRows(at, lists, rows, first, &kept, &frame);
+      py::gil_scoped_release release;
+      std::size_t next = 0;  // the chunk's first row not yet read
+      auto fill = [&](std::size_t s) {
+        CellSlice &slice = slots[s];
+        slice.first = next;
+        slice.size = std::min(kFrameSlice, rows - next);
+        py::gil_scoped_acquire gil;
+        slice.read(at, lists);
+        next += slice.size;
+        return next < rows;
+      };
+      auto work = [&](std::size_t s, RowSlices::Rows *rows) {
+        const CellSlice &slice = slots[s];
+        for (std::size_t r = 0; r < slice.size; ++r) {
+          host::RowRecord *record = rows->record();
+          // The cells before an unread one go in first, as their failures come first.
+          std::size_t c = 0;
+          while (c < slice.unread[r] && putCell(at[c], slice.cell(r, c), record, rows->error())) ++c;
+          const std::int64_t label = first + static_cast<std::int64_t>(slice.first + r);
+          // A frame has no lines: its rows are numbered from 1.
+          const host::Place place{label + 1, 0};
+          if (c == at.size()) {
+            rows->check(label, place);
+          } else {
+            rows->fail(label, place, c < slice.unread[r] ? *rows->error() : slice.reasons[r]);
+          }
+        }
+      };
+      slices.run(fill, work);
       first += static_cast<std::int64_t>(rows);
     }
     return frame.finish();
@@ -505,24 +596,51 @@ class Checker {
     reportColumns(rows->columns());
     host::RecordLayout layout(rows->columns());
     ProblemColumns frame;
-    host::Row row;
+    // A slice of the source's rows, the first labelled first.
+    struct Slice {
+      std::vector<host::Row> rows = std::vector<host::Row>(kSourceSlice);
+      std::size_t size = 0;
+      std::int64_t first = 0;
+    };
     bool failed = false;
+    std::string reason;  // why the source could not be read on
     {
       py::gil_scoped_release release;
-      RowState kept;
-      for (std::int64_t label = offset; rows->next(&row) && !(failed = rows->failed()); ++label) {
-        host::RowRecord *record = host::RowRecord::renewed(&kept.record);
-        // A slice of a database counts on from its offset.
-        const host::Place place{label + 1, row.place.line};
-        if (layout.fill(row, record, &kept.error)) {
-          checkRecord(label, place, record, &kept, &frame);
-        } else {
-          frame.addFailure(label, place, host::toUtf8(kept.error.c_str()));
+      CheckerPool::Lease lease(pool_.get(), jobs_);
+      RowSlices slices(lease.checkers(), logMutex(), &frame);
+      std::vector<Slice> slots(slices.slots());
+      std::int64_t next = offset;  // a slice of a database counts on from its offset
+      auto fill = [&](std::size_t s) {
+        Slice &slice = slots[s];
+        slice.first = next;
+        for (slice.size = 0; slice.size < kSourceSlice; ++slice.size) {
+          host::Row &row = slice.rows[slice.size];
+          if (!rows->next(&row)) return false;
+          if (rows->failed()) {
+            failed = true;
+            reason = row.error;
+            return false;
+          }
         }
-      }
+        next += static_cast<std::int64_t>(kSourceSlice);
+        return true;
+      };
+      auto work = [&](std::size_t s, RowSlices::Rows *at) {
+        const Slice &slice = slots[s];
+        for (std::size_t r = 0; r < slice.size; ++r) {
+          const std::int64_t label = slice.first + static_cast<std::int64_t>(r);
+          const host::Place place{label + 1, slice.rows[r].place.line};
+          if (layout.fill(slice.rows[r], at->record(), at->error())) {
+            at->check(label, place);
+          } else {
+            at->fail(label, place, host::toUtf8(at->error()->c_str()));
+          }
+        }
+      };
+      slices.run(fill, work);
     }
     if (failed) {
-      std::string message = "cannot read " + rows->name() + ": " + host::toUtf8(row.error.c_str());
+      std::string message = "cannot read " + rows->name() + ": " + host::toUtf8(reason.c_str());
       if (host::SqlSource::names(text)) raiseDatabaseError(message);
       throw py::value_error(message);
     }
@@ -561,69 +679,53 @@ class Checker {
   }
 
  private:
-  // Rows of a DataFrame are read from Python in chunks of this many.
-  static constexpr std::size_t kChunk = 1024;
+  // Rows of a CSV file or a database checked as one slice.
+  static constexpr std::size_t kSourceSlice = 512;
+  // Rows of a frame read from Python and checked as one slice: their cells
+  // are kept in between, in every slot.
+  static constexpr std::size_t kFrameSlice = 256;
 
-  // What a call that checks rows one after another keeps from row to row:
-  // the record filled anew (see host::RowRecord), the message of a row that
-  // could not be, the outcome of a check. One per call, as calls may come
-  // from several threads at once.
-  struct RowState {
-    std::unique_ptr<host::RowRecord> record;
-    std::string error;
-    host::Outcome outcome;
-  };
+  // The cells of a slice of a frame's rows, read from the lists of a chunk.
+  struct CellSlice {
+    void resize(std::size_t columns) {
+      width = columns;
+      cells = std::vector<Cell>(kFrameSlice * width);
+      unread.resize(kFrameSlice);
+      reasons.resize(kFrameSlice);
+    }
+    const Cell &cell(std::size_t row, std::size_t column) const { return cells[row * width + column]; }
 
-  // Checks rows [0, rows) of the lists (one per column, with the GIL held),
-  // labelled from first on, into the frame.
-  void checkRows(const std::vector<Column> &at, const std::vector<PyObject *> &lists, std::size_t rows,
-                 std::int64_t first, RowState *kept, ProblemColumns *frame) {
-    const std::size_t width = at.size();
-    std::vector<Cell> cells(kChunk * width);
-    // For each row of the chunk, the column whose cell could not be read
-    // (width when all could) and why.
-    std::vector<std::size_t> unread(kChunk);
-    std::vector<std::string> reasons(kChunk);
-    for (std::size_t start = 0; start < rows; start += kChunk) {
-      std::size_t count = std::min(kChunk, rows - start);
-      // Column by column: the cells of a column were made one after another
-      // and mostly lie side by side. A row's cells after an unread one stay
-      // unread.
-      std::fill(unread.begin(), unread.begin() + static_cast<std::ptrdiff_t>(count), width);
+    // Reads rows [first, first + size) of the lists, one per column. Column
+    // by column: the cells of a column were made one after another and
+    // mostly lie side by side. A row's cells after an unread one stay
+    // unread. Needs the GIL.
+    void read(const std::vector<Column> &at, const std::vector<PyObject *> &lists) {
+      std::fill(unread.begin(), unread.begin() + static_cast<std::ptrdiff_t>(size), width);
       for (std::size_t c = 0; c < width; ++c) {
-        for (std::size_t r = 0; r < count; ++r) {
+        for (std::size_t r = 0; r < size; ++r) {
           if (unread[r] < c) continue;
           try {
-            readCell(at[c], PyList_GET_ITEM(lists[c], static_cast<Py_ssize_t>(start + r)), &cells[r * width + c]);
+            readCell(at[c], PyList_GET_ITEM(lists[c], static_cast<Py_ssize_t>(first + r)), &cells[r * width + c]);
           } catch (const CellError &e) {
             reasons[r] = e.message;
             unread[r] = c;
           }
         }
       }
-      py::gil_scoped_release release;
-      for (std::size_t r = 0; r < count; ++r) {
-        // The cells before an unread one go in first, as their failures come first.
-        host::RowRecord *record = host::RowRecord::renewed(&kept->record);
-        std::size_t c = 0;
-        while (c < unread[r] && putCell(at[c], cells[r * width + c], record, &kept->error)) ++c;
-        const std::int64_t label = first + static_cast<std::int64_t>(start + r);
-        // A frame has no lines: its rows are numbered from 1.
-        const host::Place place{label + 1, 0};
-        if (c == width) {
-          checkRecord(label, place, record, kept, frame);
-        } else {
-          frame->addFailure(label, place, c < unread[r] ? kept->error : reasons[r]);
-        }
-      }
     }
-  }
 
-  // Checks a record into the frame; without the GIL.
-  void checkRecord(std::int64_t label, const host::Place &place, SimpleDataRecord *record, RowState *kept,
-                   ProblemColumns *frame) {
-    run(record, &kept->outcome, [&](const host::Outcome &done) { frame->addOutcome(label, place, done); });
-  }
+    std::size_t width = 0;
+    std::size_t first = 0;  // within the chunk
+    std::size_t size = 0;
+    std::vector<Cell> cells;  // by row, then column
+    // For each row, the column whose cell could not be read (width when all
+    // could) and why.
+    std::vector<std::size_t> unread;
+    std::vector<std::string> reasons;
+  };
+
+  // What a run's log needs held, if there is a log.
+  std::mutex *logMutex() { return logger_ != nullptr ? &logMutex_ : nullptr; }
 
   // Opens a CSV file (whole) or rows [offset, offset + limit) of a database
   // source; raises ValueError for a file and DatabaseError for a database
@@ -788,6 +890,7 @@ class Checker {
 
   bool strict_;
   bool warn_;  // ColumnWarning and MaterialWarning are given
+  std::size_t jobs_;  // threads that check the rows of one call
   // How CSV files without a byte-order mark are read.
   host::FileEncoding encoding_ = host::FileEncoding::kWindows1252;
   // Why each column met so far names nothing the module reads ("" when it
@@ -869,9 +972,10 @@ PYBIND11_MODULE(_quorel, m) {
 
   py::class_<Checker>(m, "Checker")
       .def(py::init<const RuleModule &, std::optional<std::string>, std::int32_t, const py::dict &, const py::dict &,
-                    std::optional<std::string>, int, bool, const std::string &, bool>(),
+                    std::optional<std::string>, int, bool, const std::string &, bool, int>(),
            py::arg("module"), py::arg("flow"), py::arg("weight_level"), py::arg("materials"), py::arg("init"),
-           py::arg("log"), py::arg("log_level"), py::arg("strict"), py::arg("encoding"), py::arg("warn"))
+           py::arg("log"), py::arg("log_level"), py::arg("strict"), py::arg("encoding"), py::arg("warn"),
+           py::arg("jobs"))
       .def("check", &Checker::check, py::arg("record"))
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("chunks"))
       .def("_text_fields", &Checker::textFields, py::arg("names"))

@@ -175,6 +175,31 @@ void ProblemColumns::addFailure(std::int64_t row, const host::Place &place, cons
   addSource(row, place, 1, messages_.codeOf(message));
 }
 
+void ProblemColumns::append(ProblemColumns *part) {
+  part->codesThere_.resize(part->kindList_.size(), -1);
+  for (std::int32_t kind : part->kinds_) {
+    std::int32_t &there = part->codesThere_[static_cast<std::size_t>(kind)];
+    if (there < 0) {
+      const host::Problem *problem = part->kindList_[static_cast<std::size_t>(kind)];
+      if (problem == nullptr) {
+        there = failureKind();
+      } else {
+        kindStore_.push_back(*problem);
+        there = addKind(&kindStore_.back());
+      }
+    }
+    kinds_.push_back(there);
+  }
+  for (Source source : part->sources_) {
+    if (source.failure >= 0) source.failure = messages_.codeOf(*part->messages_.keys()[static_cast<std::size_t>(source.failure)]);
+    sources_.push_back(source);
+  }
+  summary_.merge(part->summary_);
+  part->kinds_.clear();
+  part->sources_.clear();
+  part->summary_ = host::Summary();
+}
+
 void ProblemColumns::Read::from(const host::FoundProblem &p) {
   id = p.id();
   type = p.type();

@@ -97,6 +97,15 @@ class ProblemColumns {
   // A row that could not be checked; message in UTF-8.
   void addFailure(std::int64_t row, const host::Place &place, const std::string &message);
 
+  // Moves the rows that part gathered to the end of these, and leaves part
+  // without rows but with its kinds, to gather the next rows of the same
+  // input. A part is appended to one frame only: it remembers the code here
+  // of each of its kinds. The kinds of several parts are not merged, so a
+  // kind may have several codes here; finish() gives the same columns all
+  // the same, since each column keeps the distinct values in order of first
+  // appearance, and a kind enters here at its first row.
+  void append(ProblemColumns *part);
+
   // The columns (GIL held), by the names of host::kProblemColumns: "row"
   // (int64 array of labels); for "record", "line" (0 for none), "type" and
   // "weight" a pair (values, int64 or int32, bool mask of missing ones); for
@@ -144,6 +153,9 @@ class ProblemColumns {
   // The messages of failure rows (UTF-8).
   Dictionary<std::string> messages_;
   host::Summary summary_;
+  // As a part: the code of each kind in the frame it is appended to, -1
+  // before its first row there.
+  std::vector<std::int32_t> codesThere_;
 };
 
 }  // namespace python

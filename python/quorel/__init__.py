@@ -92,12 +92,18 @@ class Checker:
     warn=False leaves out ColumnWarning and MaterialWarning, for a front end
     that gave them already (quorel.dask gives them once, on the client).
 
+    jobs: the threads that check the rows of one check_frame call, each
+    with a rule set of its own; the problems come out in the order of the
+    rows all the same. None takes one per processor that the process may
+    use, or one with a log (several would mix the lines of their records;
+    a log with jobs > 1 raises ValueError).
+
     check() may be called from several threads at once: each thread gets a
     rule set of its own, and the GIL is released while the rules run.
     """
 
     def __init__(self, module, flow=None, weight_level=1, materials=None, init=None, log=None, log_level=4,
-                 strict=False, encoding="windows-1252", warn=True):
+                 strict=False, encoding="windows-1252", warn=True, jobs=None):
         if not isinstance(module, RuleModule):
             raise TypeError("module must be a quorel.RuleModule")
         self.module = module
@@ -105,7 +111,7 @@ class Checker:
         self._warn = bool(warn)
         self._engine = _quorel.Checker(module, flow, int(weight_level), dict(materials or {}), dict(init or {}),
                                        None if log is None else str(log), int(log_level), bool(strict),
-                                       str(encoding), self._warn)
+                                       str(encoding), self._warn, _jobs(jobs, log))
 
     def check(self, record):
         """Checks one record, a mapping of hierarchy texts to values, and
@@ -166,6 +172,20 @@ class Checker:
         import pandas as pd
         out = self._engine._check_source(source, int(offset), int(limit))
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
+
+
+def _jobs(jobs, log):
+    """The threads that check rows, as Checker takes jobs."""
+    if jobs is None:
+        if log is not None:
+            return 1
+        try:
+            return len(os.sched_getaffinity(0))
+        except AttributeError:  # not on Linux
+            return os.cpu_count() or 1
+    if isinstance(jobs, bool) or not isinstance(jobs, int) or jobs < 1:
+        raise ValueError("jobs must be a whole number of at least 1, or None")
+    return jobs
 
 
 # Rows of a DataFrame handed to the checker at a time: their cells become

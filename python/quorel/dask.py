@@ -94,7 +94,8 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     its rows; a last column, source, names the file of each problem.
     materials: {name: CSV path or connection string reachable by every
     worker, pandas DataFrame, or a Future of a scattered DataFrame}; the
-    other options are those of quorel.Checker.
+    other options are those of quorel.Checker, but jobs is 1 unless given:
+    each partition is checked on one thread of its worker.
 
     The module, the flow, the materials' names and the columns (a Dask
     DataFrame's, or the header of each file or source) are checked here,
@@ -103,6 +104,8 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     if not isinstance(module, quorel.RuleModule):
         module = quorel.RuleModule(module, module_name)
     rules = pickle.dumps(module)
+    # Dask spreads the partitions over the threads of its workers already.
+    options.setdefault("jobs", 1)
     materials = dict(materials or {})
     names = list(materials)
     values = [materials[n] for n in names]

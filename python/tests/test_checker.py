@@ -180,3 +180,37 @@ def test_threads_check_side_by_side(module, gemeinden):
     key = lambda f: sorted(zip(f.index, f["id"]))  # noqa: E731
     assert key(together) == key(alone)
     assert len(alone) > 400
+
+
+def test_rows_checked_on_several_threads_come_out_as_on_one(module, gemeinden, tmp_path, monkeypatch):
+    generator = os.environ.get("QUOREL_GENERATOR")
+    if not generator:
+        pytest.skip("QUOREL_GENERATOR is not set")
+    import io
+    import sys
+    text = subprocess.run([sys.executable, generator, "3000"], check=True, capture_output=True).stdout
+    frame = pd.read_csv(io.BytesIO(text), sep=";", dtype=str, encoding="cp1252")
+    # Rows that cannot be checked, at the ends of slices and between them.
+    frame.loc[[0, 255, 256, 1500, 2999], "Antrag.Kinder#"] = "x"
+    frame.loc[[511, 2000], "Antrag.Name"] = "\u4e00"
+    path = tmp_path / "antraege.csv"
+    frame.to_csv(path, sep=";", index=False, encoding="cp1252", errors="replace")  # the file has no such name
+    # Chunks smaller than the frame: the threads' kinds carry over from chunk to chunk.
+    monkeypatch.setattr(quorel, "_CHUNK_ROWS", 700)
+    options = dict(flow="Pruefung", materials={"Gemeinden": gemeinden})
+    alone = quorel.Checker(module, jobs=1, **options)
+    for source, failures in ((frame, 7), (str(path), 5)):
+        want = alone.check_frame(source)
+        assert want["failure"].notna().sum() == failures and len(want) > 3000
+        for jobs in (2, 3):
+            checker = quorel.Checker(module, jobs=jobs, **options)
+            for _ in range(2):  # the threads' checkers serve the next call too
+                got = checker.check_frame(source)
+                pd.testing.assert_frame_equal(got, want)
+                assert got.attrs["summary"] == want.attrs["summary"]
+                for column in got.select_dtypes("category"):
+                    assert list(got[column].cat.categories) == list(want[column].cat.categories)
+    with pytest.raises(ValueError, match="jobs=1"):
+        quorel.Checker(module, log=tmp_path / "run.log", jobs=2)
+    with pytest.raises(ValueError, match="jobs"):
+        quorel.Checker(module, jobs=0)
