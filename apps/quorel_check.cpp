@@ -287,7 +287,7 @@ class alignas(64) Worker {
 
  private:
   void check(const quorel::host::Row &row, Slot *slot) {
-    quorel::host::RowRecord *record = quorel::host::RowRecord::renewed(&record_);
+    quorel::SimpleDataRecord *record = quorel::host::renewedRecord(&record_);
     if (!layout_.fill(row, record, &error_)) {
       counts_.count(0, 0, false);
       failure(row.place, error_, slot);
@@ -318,7 +318,7 @@ class alignas(64) Worker {
   const ProblemTable *table_;
   std::unique_ptr<quorel::host::Checker> checker_;
   // Filled row after row.
-  std::unique_ptr<quorel::host::RowRecord> record_;
+  std::unique_ptr<quorel::SimpleDataRecord> record_;
   std::string error_;
   quorel::host::Outcome outcome_;
 #ifdef QUOREL_HOST_SQL

@@ -4,7 +4,7 @@
 // an empty cell empties its field. Texts go in as they are (Windows-1252).
 // Where the record keeps each column is worked out once, so that filling a
 // record costs no hashing of names; and since every column sets or empties
-// its field, one record can be filled row after row (see RowRecord).
+// its field, one record can be filled row after row (see renewedRecord).
 
 #ifndef QUOREL_HOST_RECORD_LAYOUT_H_
 #define QUOREL_HOST_RECORD_LAYOUT_H_

@@ -3,29 +3,9 @@
 namespace quorel {
 namespace host {
 
-RowRecord *RowRecord::renewed(std::unique_ptr<RowRecord> *record) {
-  if (*record == nullptr || (*record)->needsRenewal()) *record = std::make_unique<RowRecord>();
+SimpleDataRecord *renewedRecord(std::unique_ptr<SimpleDataRecord> *record) {
+  if (*record == nullptr || (*record)->isSetByField()) *record = std::make_unique<SimpleDataRecord>();
   return record->get();
-}
-
-void RowRecord::setString(FieldDescriptor *field, const char *text) {
-  written_ = true;
-  SimpleDataRecord::setString(field, text);
-}
-
-void RowRecord::setInteger(FieldDescriptor *field, std::int64_t number) {
-  written_ = true;
-  SimpleDataRecord::setInteger(field, number);
-}
-
-void RowRecord::setReal(FieldDescriptor *field, double number) {
-  written_ = true;
-  SimpleDataRecord::setReal(field, number);
-}
-
-void RowRecord::setEmpty(FieldDescriptor *field) {
-  written_ = true;
-  SimpleDataRecord::setEmpty(field);
 }
 
 }  // namespace host

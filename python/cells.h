@@ -44,7 +44,7 @@ struct Column {
   std::string array;
   std::int32_t key;
   // Whether an empty cell empties the field: where one record is filled row
-  // after row (see host::RowRecord), the first column of each key does, and
+  // after row (see host::renewedRecord), the first column of each key does, and
   // a later column of the key leaves it alone. A fresh record needs none.
   bool empties = false;
 };

@@ -548,7 +548,7 @@ class Checker {
       auto work = [&](std::size_t s, RowSlices::Rows *rows) {
         const CellSlice &slice = slots[s];
         for (std::size_t r = 0; r < slice.size; ++r) {
-          host::RowRecord *record = rows->record();
+          SimpleDataRecord *record = rows->record();
           // The cells before an unread one go in first, as their failures come first.
           std::size_t c = 0;
           while (c < slice.unread[r] && putCell(at[c], slice.cell(r, c), record, rows->error())) ++c;

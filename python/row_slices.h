@@ -40,7 +40,7 @@ class RowSlices {
    public:
     // The record for the next row: the last row's, emptied of what it held,
     // or a fresh one after a run wrote into it.
-    host::RowRecord *record() { return host::RowRecord::renewed(&record_); }
+    SimpleDataRecord *record() { return host::renewedRecord(&record_); }
     // Where a row that cannot be filled says why.
     std::string *error() { return &error_; }
     // Checks the record filled for the row.
@@ -56,7 +56,7 @@ class RowSlices {
     host::Checker *checker_ = nullptr;
     std::mutex *logMutex_ = nullptr;
     ProblemColumns *gather_ = nullptr;
-    std::unique_ptr<host::RowRecord> record_;
+    std::unique_ptr<SimpleDataRecord> record_;
     std::string error_;
     host::Outcome outcome_;
   };

@@ -72,18 +72,24 @@ double SimpleDataRecord::getReal(FieldDescriptor *field) {
 }
 
 void SimpleDataRecord::setString(FieldDescriptor *field, const char *text) {
+  setByField_ = true;
   storeText(getKeyAsHashCode(field), text);
 }
 
 void SimpleDataRecord::setInteger(FieldDescriptor *field, std::int64_t number) {
+  setByField_ = true;
   store(getKeyAsHashCode(field), new NumberValue(static_cast<double>(number)));
 }
 
 void SimpleDataRecord::setReal(FieldDescriptor *field, double number) {
+  setByField_ = true;
   store(getKeyAsHashCode(field), new NumberValue(number));
 }
 
-void SimpleDataRecord::setEmpty(FieldDescriptor *field) { store(getKeyAsHashCode(field), nullptr); }
+void SimpleDataRecord::setEmpty(FieldDescriptor *field) {
+  setByField_ = true;
+  store(getKeyAsHashCode(field), nullptr);
+}
 
 DataRecord *SimpleDataRecord::getSubDataRecord(FieldDescriptor *) { return this; }
 

@@ -42,6 +42,12 @@ class SimpleDataRecord : public DataRecord {
   // The record is flat: always itself.
   DataRecord *getSubDataRecord(FieldDescriptor *field) override;
 
+  // Whether a field was set through the setters by field (as rules set
+  // fields) since the record was made. A host that fills one record row
+  // after row (setValueAt) makes a new one then: the fields so set are not
+  // the next row's.
+  bool isSetByField() const { return setByField_; }
+
   // The value that the getters read for the field, or null when it is
   // empty: isEmpty and a getter in one lookup.
   Value *getStoredValue(FieldDescriptor *field) { return find(getKeyAsHashCode(field)); }
@@ -81,6 +87,7 @@ class SimpleDataRecord : public DataRecord {
   void storeText(std::int32_t key, const char *text);
 
   CodeTable<Value> values_;
+  bool setByField_ = false;
 };
 
 }  // namespace quorel

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -18,6 +19,7 @@
 #include "quorel/host/problem.h"
 #include "quorel/host/problem_format.h"
 #include "quorel/host/record_layout.h"
+#include "quorel/host/row_record.h"
 #include "quorel/host/row_source.h"
 #include "quorel/host/summary.h"
 #include "quorel/host/table_material_access.h"
@@ -205,6 +207,30 @@ TEST(RecordLayoutTest, OneRecordFilledRowAfterRowHoldsTheLastRowAlone) {
   EXPECT_EQ(nullptr, record.getValue("M.Liste#"));
   ASSERT_TRUE(layout.fill({"", "", "", ""}, &record, &error));
   EXPECT_EQ(nullptr, record.getValue("M.Nr"));
+}
+
+// Every setter by field marks the record, as the rules set fields; the
+// host's own filling by key does not.
+TEST(RecordLayoutTest, ARecordThatARunSetAFieldOfIsNotFilledAgain) {
+  StandaloneRoot root;
+  RecordLayout layout({"Antrag.Name"});
+  std::unique_ptr<quorel::SimpleDataRecord> kept;
+  std::string error;
+  std::vector<std::function<void(quorel::SimpleDataRecord *)>> runs = {
+      [&](quorel::SimpleDataRecord *r) { r->setString(root.name, "Regel"); },
+      [&](quorel::SimpleDataRecord *r) { r->setInteger(root.alter, 3); },
+      [&](quorel::SimpleDataRecord *r) { r->setReal(root.betrag, 1.5); },
+      [&](quorel::SimpleDataRecord *r) { r->setEmpty(root.name); }};
+  for (const auto &run : runs) {
+    quorel::SimpleDataRecord *record = renewedRecord(&kept);
+    ASSERT_TRUE(layout.fill({"Anna"}, record, &error));
+    EXPECT_EQ(record, renewedRecord(&kept));  // filling by key leaves it the row's
+    run(record);
+    EXPECT_TRUE(record->isSetByField());
+    quorel::SimpleDataRecord *fresh = renewedRecord(&kept);
+    EXPECT_EQ(nullptr, fresh->getValue("Antrag.Name"));
+    EXPECT_FALSE(fresh->isSetByField());
+  }
 }
 
 TEST(HierarchyTextsTest, KeptTextsFollowTheFieldsAndTheirIndices) {
