@@ -562,7 +562,7 @@ class Checker {
           }
         }
       };
-      slices.run(fill, work);
+      slices.run(fill, work, (rows + kFrameSlice - 1) / kFrameSlice);
       first += static_cast<std::int64_t>(rows);
     }
     return frame.finish();

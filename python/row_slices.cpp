@@ -1,6 +1,6 @@
 #include "row_slices.h"
 
-#include <utility>
+#include <algorithm>
 
 #include "quorel/host/ordered_slices.h"
 
@@ -34,7 +34,7 @@ RowSlices::RowSlices(std::vector<host::Checker *> checkers, std::mutex *logMutex
   }
 }
 
-void RowSlices::run(const Fill &fill, const Work &work) {
+void RowSlices::run(const Fill &fill, const Work &work, std::size_t slices) {
   // The first exception of any step, thrown on once every thread is done.
   std::exception_ptr failure;
   std::mutex failureMutex;
@@ -69,7 +69,9 @@ void RowSlices::run(const Fill &fill, const Work &work) {
     std::lock_guard<std::mutex> lock(failureMutex);
     return !failure;
   };
-  host::OrderedSlices::run(threads_.size(), slotsPerThread_, steps);
+  // Thread t fills the slots from t * slotsPerThread_ on, so fewer threads
+  // leave the later slots idle.
+  host::OrderedSlices::run(std::max<std::size_t>(1, std::min(threads_.size(), slices)), slotsPerThread_, steps);
   if (failure) std::rethrow_exception(failure);
 }
 

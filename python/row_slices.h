@@ -80,7 +80,8 @@ class RowSlices {
 
   // Fills and checks slices until the input ends. May run again on more of
   // the input (the next chunk of a frame), whose rows follow in the frame.
-  void run(const Fill &fill, const Work &work);
+  // When at most `slices` slices follow, no more threads than that start.
+  void run(const Fill &fill, const Work &work, std::size_t slices = SIZE_MAX);
 
  private:
   std::vector<Rows> threads_;
