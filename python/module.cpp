@@ -10,7 +10,8 @@
 // The GIL is held while Python objects are read or made and released while
 // rules run, modules load, and files and databases are opened and read. The
 // library needs a Plausi per thread, so a Checker keeps one host::Checker
-// per thread that calls it.
+// per thread that calls it, and lends spare ones to the threads that check
+// the rows of a frame, a file or a database beside the calling one.
 
 #include <algorithm>
 #include <cmath>
