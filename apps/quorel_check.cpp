@@ -523,9 +523,7 @@ int main(int argc, char **argv) {
   // Problems on the same terminal would break into the progress line.
   bool toTable = !options.output.empty();
   Progress progress(isatty(STDERR_FILENO) != 0 && (toTable || isatty(STDOUT_FILENO) == 0));
-  // A few slices per worker are under way, so that none waits for a slot
-  // while a slower slice is still due to be written.
-  constexpr std::size_t kSlotsPerWorker = 4;
+  constexpr std::size_t kSlotsPerWorker = quorel::host::OrderedSlices::kSlotsPerThread;
   std::vector<Slot> slots(kSlotsPerWorker * workers.size());
 #ifdef QUOREL_HOST_SQL
   std::vector<quorel::host::SqlProblemTable::Rows> pending;

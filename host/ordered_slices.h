@@ -28,6 +28,11 @@ namespace host {
 
 class OrderedSlices {
  public:
+  // Slots per thread that keep every thread busy: with a few slices under
+  // way each, none waits for a slot while a slower slice is still due to be
+  // handed on.
+  static constexpr std::size_t kSlotsPerThread = 4;
+
   struct Steps {
     // Fills the slot with the next slice; false when the stream ends with
     // this slice (which may then be empty). Not called again after false.

@@ -191,7 +191,9 @@ void ProblemColumns::append(ProblemColumns *part) {
     kinds_.push_back(there);
   }
   for (Source source : part->sources_) {
-    if (source.failure >= 0) source.failure = messages_.codeOf(*part->messages_.keys()[static_cast<std::size_t>(source.failure)]);
+    if (source.failure >= 0) {
+      source.failure = messages_.codeOf(*part->messages_.keys()[static_cast<std::size_t>(source.failure)]);
+    }
     sources_.push_back(source);
   }
   summary_.merge(part->summary_);

@@ -1,19 +1,12 @@
 #include "row_slices.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "quorel/host/ordered_slices.h"
 
 namespace quorel {
 namespace python {
-
-namespace {
-
-// Slices under way per thread, so that none waits for a slot while a slower
-// slice is still due to be appended.
-constexpr std::size_t kSlotsPerThread = 4;
-
-}  // namespace
 
 void RowSlices::Rows::check(std::int64_t label, const host::Place &place) {
   std::unique_lock<std::mutex> lock;
@@ -23,7 +16,7 @@ void RowSlices::Rows::check(std::int64_t label, const host::Place &place) {
 }
 
 RowSlices::RowSlices(std::vector<host::Checker *> checkers, std::mutex *logMutex, ProblemColumns *frame)
-    : threads_(checkers.size()), slotsPerThread_(checkers.size() > 1 ? kSlotsPerThread : 1), frame_(frame) {
+    : threads_(checkers.size()), slotsPerThread_(checkers.size() > 1 ? host::OrderedSlices::kSlotsPerThread : 1), frame_(frame) {
   for (std::size_t t = 0; t < checkers.size(); ++t) {
     threads_[t].checker_ = checkers[t];
     threads_[t].logMutex_ = logMutex;

@@ -18,7 +18,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -38,8 +37,8 @@ class RowSlices {
   // What the rows of a slice are checked with on one thread.
   class Rows {
    public:
-    // The record for the next row: the last row's, emptied of what it held,
-    // or a fresh one after a run wrote into it.
+    // The record for the next row: the last row's, whose every column the
+    // filling sets or empties, or a fresh one after a run set a field of it.
     SimpleDataRecord *record() { return host::renewedRecord(&record_); }
     // Where a row that cannot be filled says why.
     std::string *error() { return &error_; }
