@@ -65,8 +65,8 @@ std::size_t FoundProblem::indexCount() const {
 }
 
 std::string_view FoundProblem::section(std::size_t i) const {
-  const char *name = p_.getPlausiSection(static_cast<std::int32_t>(i));
-  return name != nullptr ? std::string_view(name) : std::string_view();
+  auto index = static_cast<std::int32_t>(i);
+  return std::string_view(p_.getPlausiSection(index), p_.getPlausiSectionLength(index));
 }
 
 void copyProblem(const FoundProblem &p, Problem *problem) {

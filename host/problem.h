@@ -129,7 +129,7 @@ class StoredProblem {
 };
 
 // A PlausiProblem as a Problem would hold it: the reference field's text ""
-// when there is none, a section opened without a name "". The texts of
+// when there is none. The texts of
 // fields, and their forms, come from a HierarchyTexts, each valid until that
 // field's text is asked for again; the others as long as the problem.
 class FoundProblem {

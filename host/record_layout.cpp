@@ -98,7 +98,7 @@ bool RecordLayout::fill(const std::vector<std::string> &cells, bool nulFree, Sim
       return false;
     }
     if (column.array.empty()) {
-      record->setValueAt(column.key, cell.c_str());
+      record->setValueAt(column.key, std::string_view(cell));
       continue;
     }
     std::int64_t size = -1;

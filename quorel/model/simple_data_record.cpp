@@ -13,6 +13,9 @@ namespace {
 
 constexpr char kSizeSuffix[] = "#";
 
+// The text a setter stores: null stores the empty text.
+std::string_view textOrEmpty(const char *text) { return text != nullptr ? text : ""; }
+
 }  // namespace
 
 SimpleDataRecord::SimpleDataRecord() = default;
@@ -38,15 +41,14 @@ void SimpleDataRecord::store(std::int32_t key, Value *value) {
   values_.put(key, std::unique_ptr<Value>(value));
 }
 
-void SimpleDataRecord::storeText(std::int32_t key, const char *text) {
-  if (text == nullptr) text = "";
+void SimpleDataRecord::storeText(std::int32_t key, std::string_view text) {
   Value *former = find(key);
   // The exact class: a value of another kind is replaced as any value is.
   if (former != nullptr && isOfExactClass<StringValue>(*former)) {
     static_cast<StringValue *>(former)->retext(text);
     return;
   }
-  store(key, new StringValue(text));
+  store(key, new StringValue(std::string(text)));
 }
 
 std::int32_t SimpleDataRecord::getSize(FieldDescriptor *field, std::int32_t *indices) {
@@ -73,7 +75,7 @@ double SimpleDataRecord::getReal(FieldDescriptor *field) {
 
 void SimpleDataRecord::setString(FieldDescriptor *field, const char *text) {
   setByField_ = true;
-  storeText(getKeyAsHashCode(field), text);
+  storeText(getKeyAsHashCode(field), textOrEmpty(text));
 }
 
 void SimpleDataRecord::setInteger(FieldDescriptor *field, std::int64_t number) {
@@ -112,6 +114,8 @@ void SimpleDataRecord::setValueAt(std::int32_t key, const char *text) {
   }
 }
 
+void SimpleDataRecord::setValueAt(std::int32_t key, std::string_view text) { storeText(key, text); }
+
 void SimpleDataRecord::setValueAt(std::int32_t key, std::int64_t number) {
   store(key, new NumberValue(static_cast<double>(number)));
 }
@@ -127,7 +131,7 @@ void SimpleDataRecord::setValue(const char *name, std::int32_t number) {
 void SimpleDataRecord::setValue(const char *name, double number) { setValueAt(keyOf(name), number); }
 
 void SimpleDataRecord::setValue(const char *name, const char *text) {
-  storeText(keyOf(name), text);
+  storeText(keyOf(name), textOrEmpty(text));
 }
 
 void SimpleDataRecord::setSize(const char *name, std::int32_t size) {

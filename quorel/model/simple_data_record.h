@@ -13,6 +13,7 @@
 #define QUOREL_MODEL_SIMPLE_DATA_RECORD_H_
 
 #include <cstdint>
+#include <string_view>
 
 #include "quorel/model/code_table.h"
 #include "quorel/model/data_record.h"
@@ -72,6 +73,9 @@ class SimpleDataRecord : public DataRecord {
   static std::int32_t keyOfSize(const char *name);
   // Null text empties the field.
   void setValueAt(std::int32_t key, const char *text);
+  // The bytes of text as they stand, a NUL among them too: a host that
+  // knows a cell's length spares the library counting it again.
+  void setValueAt(std::int32_t key, std::string_view text);
   void setValueAt(std::int32_t key, std::int64_t number);
   void setValueAt(std::int32_t key, double number);
 
@@ -82,9 +86,9 @@ class SimpleDataRecord : public DataRecord {
   // Stores value under key, replacing and destroying what was there; null
   // removes the key.
   void store(std::int32_t key, Value *value);
-  // Stores a text (null: the empty text) under key; a text there before
-  // takes the new one in its memory.
-  void storeText(std::int32_t key, const char *text);
+  // Stores a text under key; a text there before takes the new one in its
+  // memory.
+  void storeText(std::int32_t key, std::string_view text);
 
   CodeTable<Value> values_;
   bool setByField_ = false;

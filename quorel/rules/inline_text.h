@@ -22,13 +22,12 @@ class InlineText {
   // Copies text; null stays null.
   explicit InlineText(const char *text) {
     if (text == nullptr) return;
-    std::size_t size = std::strlen(text) + 1;
-    text_ = size <= N ? inline_ : static_cast<char *>(ObjectPool::allocate(size));
-    std::memcpy(text_, text, size);
+    size_ = std::strlen(text);
+    text_ = size_ < N ? inline_ : static_cast<char *>(ObjectPool::allocate(size_ + 1));
+    std::memcpy(text_, text, size_ + 1);
   }
   ~InlineText() {
-    // The length gives back the block's size: the text never changes.
-    if (text_ != nullptr && text_ != inline_) ObjectPool::release(text_, std::strlen(text_) + 1);
+    if (text_ != nullptr && text_ != inline_) ObjectPool::release(text_, size_ + 1);
   }
 
   InlineText(const InlineText &) = delete;
@@ -36,9 +35,12 @@ class InlineText {
 
   // The copy, or null.
   const char *get() const { return text_; }
+  // Its length; 0 for null.
+  std::size_t size() const { return size_; }
 
  private:
   char *text_ = nullptr;
+  std::size_t size_ = 0;
   char inline_[N];
 };
 

@@ -22,10 +22,14 @@ void PlausiProblem::addAccessedField(FieldDescriptor *field) {
 
 void PlausiProblem::addPlausiSection(const char *name) {
   if (name == nullptr) name = "Unbekannter Plausi-Abschnitt";
+  addPlausiSection(name, std::strlen(name));
+}
+
+void PlausiProblem::addPlausiSection(const char *name, std::size_t length) {
   if (sectionCount_ == sections_.size()) {
-    sections_.emplace_back(name);
+    sections_.emplace_back(name, length);
   } else {
-    copyText(&sections_[sectionCount_], name, std::strlen(name));
+    copyText(&sections_[sectionCount_], name, length);
   }
   ++sectionCount_;
 }

@@ -61,8 +61,11 @@ class PlausiProblem {
 
   // Null becomes "Unbekannter Plausi-Abschnitt".
   void addPlausiSection(const char *name);
+  // The same for a name whose length the caller knows.
+  void addPlausiSection(const char *name, std::size_t length);
   std::int32_t getNumOfPlausiSections() const { return static_cast<std::int32_t>(sectionCount_); }
   const char *getPlausiSection(std::int32_t index) const { return sections_[index].c_str(); }
+  std::size_t getPlausiSectionLength(std::int32_t index) const { return sections_[index].size(); }
 
   void setException(const char *text) { exception_.set(text); }
   const char *getException() const { return exception_.get(); }

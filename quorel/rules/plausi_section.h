@@ -38,6 +38,7 @@ class PlausiSection {
 
   // Null for a section opened without a name.
   const char *getName() const { return name_.get(); }
+  std::size_t getNameLength() const { return name_.size(); }
   PlausiSection *getParent() const { return parent_; }
   // Unlike its address, which a later section may reuse, this number names
   // the section alone within its run.
@@ -64,9 +65,9 @@ class PlausiSection {
   }
 
  private:
-  // Room for names of up to 47 bytes, which keeps the section within the
+  // Room for names of up to 39 bytes, which keeps the section within the
   // largest blocks that the pool recycles.
-  InlineText<48> name_;
+  InlineText<40> name_;
   PlausiSection *parent_;
   std::uint64_t number_;
   bool checkProc_;

@@ -108,7 +108,12 @@ void RuntimeContext::setSectionInfosToProblem(PlausiProblem *problem) {
     if (!repeated) problem->addAccessedField(field);
   }
   for (PlausiSection *s = innermost; s != nullptr; s = s->getParent()) {
-    problem->addPlausiSection(s->getName());
+    const char *name = s->getName();
+    if (name != nullptr) {
+      problem->addPlausiSection(name, s->getNameLength());
+    } else {
+      problem->addPlausiSection(nullptr);
+    }
   }
 }
 

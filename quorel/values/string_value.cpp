@@ -17,7 +17,7 @@ StringValue::StringValue(const char *text, const unsigned char (&byteMap)[256]) 
   for (char &c : text_) c = static_cast<char>(byteMap[static_cast<unsigned char>(c)]);
 }
 
-void StringValue::retext(const char *text) { copyText(&text_, text, std::strlen(text)); }
+void StringValue::retext(std::string_view text) { copyText(&text_, text.data(), text.size()); }
 
 const char *StringValue::asString() { return text_.c_str(); }
 

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "quorel/values/object_pool.h"
 #include "quorel/values/scalar_value.h"
@@ -48,7 +49,7 @@ class StringValue : public ScalarValue {
   // the new text rather than making a new value: a host fills one record
   // row after row. The former text's value is gone by the record's terms.
   friend class SimpleDataRecord;
-  void retext(const char *text);
+  void retext(std::string_view text);
 
   int compareTo(Value *other);
 

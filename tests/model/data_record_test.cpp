@@ -1,5 +1,6 @@
 #include <ctime>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -107,6 +108,14 @@ TEST_F(SimpleDataRecordTest, KeysWorkedOutOnceFillAsNamesDo) {
   std::int32_t name = SimpleDataRecord::keyOf("Root.Name");
   record_.setValueAt(name, "x");
   EXPECT_STREQ("x", record_.getString(root_.name));
+  // A cell given with its length is that many bytes of a longer line, on a
+  // fresh record and on one refilled alike.
+  const std::string line = "Meier;Schmidt";
+  SimpleDataRecord fresh;
+  for (SimpleDataRecord *record : {&fresh, &record_}) {
+    record->setValueAt(name, std::string_view(line).substr(6, 3));
+    EXPECT_STREQ("Sch", record->getString(root_.name));
+  }
   record_.setValueAt(name, std::int64_t{7});
   EXPECT_EQ(7, record_.getInteger(root_.name));
   record_.setValueAt(name, 2.5);

@@ -16,8 +16,10 @@ TEST(InlineTextTest, KeepsAPrivateCopyInsideOrInThePool) {
     InlineText<9> text(source.c_str());
     source.assign(length, 'y');  // the copy is the text's own
     EXPECT_EQ(std::string(length, 'x'), text.get()) << length;
+    EXPECT_EQ(length, text.size());
   }
   EXPECT_EQ(nullptr, InlineText<9>(nullptr).get());
+  EXPECT_EQ(0u, InlineText<9>(nullptr).size());
 }
 
 }  // namespace
