@@ -5,6 +5,7 @@
 
 #include "quorel/masks/mask_messages.h"
 #include "quorel/masks/util.h"
+#include "quorel/platform/same_text.h"
 #include "quorel/values/value_messages.h"
 
 namespace quorel {
@@ -62,7 +63,7 @@ std::tm *DateValue::asDate() {
 bool DateValue::readsTextUnder(const char *mask) const {
   if (!fromText_) return false;
   const char *own = mask_.get();
-  return own == nullptr ? mask == nullptr : mask != nullptr && std::strcmp(own, mask) == 0;
+  return own == nullptr ? mask == nullptr : mask != nullptr && sameText(own, mask);
 }
 
 std::int64_t DateValue::asInteger() { messages::refuseConversion(messages::kDateToInteger); }
