@@ -51,6 +51,15 @@ void SimpleDataRecord::storeText(std::int32_t key, std::string_view text) {
   store(key, new StringValue(std::string(text)));
 }
 
+void SimpleDataRecord::storeNumber(std::int32_t key, double number) {
+  Value *former = find(key);
+  if (former != nullptr && isOfExactClass<NumberValue>(*former)) {
+    static_cast<NumberValue *>(former)->renumber(number);
+    return;
+  }
+  store(key, new NumberValue(number));
+}
+
 std::int32_t SimpleDataRecord::getSize(FieldDescriptor *field, std::int32_t *indices) {
   Value *size = find(getKeyForSizeAsHashCode(field, indices));
   return size == nullptr ? 0 : static_cast<std::int32_t>(size->asInteger());
@@ -80,12 +89,12 @@ void SimpleDataRecord::setString(FieldDescriptor *field, const char *text) {
 
 void SimpleDataRecord::setInteger(FieldDescriptor *field, std::int64_t number) {
   setByField_ = true;
-  store(getKeyAsHashCode(field), new NumberValue(static_cast<double>(number)));
+  storeNumber(getKeyAsHashCode(field), static_cast<double>(number));
 }
 
 void SimpleDataRecord::setReal(FieldDescriptor *field, double number) {
   setByField_ = true;
-  store(getKeyAsHashCode(field), new NumberValue(number));
+  storeNumber(getKeyAsHashCode(field), number);
 }
 
 void SimpleDataRecord::setEmpty(FieldDescriptor *field) {
@@ -117,10 +126,10 @@ void SimpleDataRecord::setValueAt(std::int32_t key, const char *text) {
 void SimpleDataRecord::setValueAt(std::int32_t key, std::string_view text) { storeText(key, text); }
 
 void SimpleDataRecord::setValueAt(std::int32_t key, std::int64_t number) {
-  store(key, new NumberValue(static_cast<double>(number)));
+  storeNumber(key, static_cast<double>(number));
 }
 
-void SimpleDataRecord::setValueAt(std::int32_t key, double number) { store(key, new NumberValue(number)); }
+void SimpleDataRecord::setValueAt(std::int32_t key, double number) { storeNumber(key, number); }
 
 void SimpleDataRecord::setValue(const char *name, std::int64_t number) { setValueAt(keyOf(name), number); }
 

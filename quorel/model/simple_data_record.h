@@ -89,6 +89,8 @@ class SimpleDataRecord : public DataRecord {
   // Stores a text under key; a text there before takes the new one in its
   // memory.
   void storeText(std::int32_t key, std::string_view text);
+  // The same for a number.
+  void storeNumber(std::int32_t key, double number);
 
   CodeTable<Value> values_;
   bool setByField_ = false;

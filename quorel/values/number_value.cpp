@@ -26,6 +26,12 @@ std::int64_t truncateToInteger(double number) {
 
 NumberValue::NumberValue(double number) : number_(number), parsed_(true) {}
 
+void NumberValue::renumber(double number) {
+  number_ = number;
+  text_.clear();
+  parsed_ = true;
+}
+
 NumberValue::NumberValue(const char *text) : number_(0.0), parsed_(false) {
   text_.set(text != nullptr ? text : "0");
 }

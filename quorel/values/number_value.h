@@ -49,6 +49,11 @@ class NumberValue : public ScalarValue {
   bool leImpl(Value *other) override;
 
  private:
+  // A SimpleDataRecord that stores a number where it held one gives its
+  // value the new number, as it does with texts (StringValue::retext).
+  friend class SimpleDataRecord;
+  void renumber(double number);
+
   void initializeIfNessesary();
   // Util::compareNumbers of this number against the other's; both
   // conversions may throw, the other's first.

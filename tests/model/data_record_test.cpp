@@ -42,19 +42,21 @@ TEST_F(SimpleDataRecordTest, StoresByHierarchyTextAndReplacesAnyKind) {
   EXPECT_DOUBLE_EQ(1234.5, record_.getReal(root_.betrag));
 }
 
-// A record filled row after row reuses the values of its texts. Each row must
-// read exactly as the same row in a record of its own, whatever kind the
-// field held before (text, number, nothing) and whatever the text (longer,
-// shorter, its own text handed back, a date read from the former text).
+// A record filled row after row reuses the values of its texts and numbers.
+// Each row must read exactly as the same row in a record of its own, whatever
+// kind the field held before (text, number, nothing) and whatever the text
+// (longer, shorter, its own text handed back, a date read from the former
+// text) or number (one whose text form was made).
 TEST_F(SimpleDataRecordTest, ARefilledRecordReadsAsAFreshOne) {
   struct Cell {
     const char *text;  // null: a number instead
     double number;
   };
-  const Cell rows[] = {{"01.02.2003", 0},      {"a much longer text than fits in place", 0},
-                       {"x", 0},               {nullptr, 4.5},
-                       {"1.234,5", 0},         {"", 0},
-                       {"29.02.2000", 0},      {nullptr, -1}};
+  const Cell rows[] = {{"01.02.2003", 0}, {"a much longer text than fits in place", 0},
+                       {"x", 0},          {nullptr, 4.5},
+                       {nullptr, 7.25},   {"1.234,5", 0},
+                       {"", 0},           {"29.02.2000", 0},
+                       {nullptr, -1}};
   auto dateOf = [](Value *value) -> std::string {
     try {
       std::tm *date = value->asDate();
