@@ -5,7 +5,6 @@
 
 #include "quorel/masks/mask_messages.h"
 #include "quorel/masks/util.h"
-#include "quorel/platform/same_text.h"
 
 namespace quorel {
 
@@ -120,7 +119,7 @@ int twoDigits(const char *text) { return (text[0] - '0') * 10 + (text[1] - '0');
 // answers false and is left to the reading letter by letter, which finds the
 // fault and its message; where both read, they read the same.
 bool readPlainDate(const char *value, const char *mask, std::tm *target) {
-  if (!sameText(mask, kDefaultMask)) return false;
+  if (std::strcmp(mask, kDefaultMask) != 0) return false;
   // In order, so that a short text ends the look at its terminator.
   auto digit = [value](int at) { return isDigit(value[at]); };
   if (!(digit(0) && digit(1) && value[2] == '.' && digit(3) && digit(4) && value[5] == '.' && digit(6) &&

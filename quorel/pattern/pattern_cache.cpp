@@ -7,7 +7,6 @@
 
 #include "quorel/pattern/pattern.h"
 #include "quorel/pattern/position_automaton.h"
-#include "quorel/platform/same_text.h"
 
 namespace {
 
@@ -67,7 +66,7 @@ PatternCache::PatternCache() { byAddress_.fill(entries_.end()); }
 PatternCache::~PatternCache() = default;
 
 bool PatternCache::Entry::holds(const char *keyText, std::int32_t keyFlags) const {
-  return flags == keyFlags && quorel::sameText(text.c_str(), keyText);
+  return flags == keyFlags && std::strcmp(text.c_str(), keyText) == 0;
 }
 
 bool PatternCache::Entry::matches(const char *input) const {

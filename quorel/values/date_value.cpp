@@ -5,7 +5,6 @@
 
 #include "quorel/masks/mask_messages.h"
 #include "quorel/masks/util.h"
-#include "quorel/platform/same_text.h"
 #include "quorel/values/value_messages.h"
 
 namespace quorel {
@@ -63,7 +62,7 @@ std::tm *DateValue::asDate() {
 bool DateValue::readsTextUnder(const char *mask) const {
   if (!fromText_) return false;
   const char *own = mask_.get();
-  return own == nullptr ? mask == nullptr : mask != nullptr && sameText(own, mask);
+  return own == nullptr ? mask == nullptr : mask != nullptr && std::strcmp(own, mask) == 0;
 }
 
 std::int64_t DateValue::asInteger() { messages::refuseConversion(messages::kDateToInteger); }

@@ -4,20 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "quorel/masks/util.h"
-#include "quorel/platform/same_text.h"
 #include "test_support.h"
 
 namespace quorel {
 namespace {
-
-TEST(SameTextTest, EqualOnlyWhenBothEndTogether) {
-  EXPECT_TRUE(sameText("TT.MM.JJJJ", "TT.MM.JJJJ"));
-  EXPECT_TRUE(sameText("", ""));
-  EXPECT_FALSE(sameText("TT.MM.JJ", "TT.MM.JJJJ"));
-  EXPECT_FALSE(sameText("TT.MM.JJJJ", "TT.MM.JJ"));
-  EXPECT_FALSE(sameText("", "T"));
-  EXPECT_FALSE(sameText("\xE4", "a"));
-}
 
 TEST(IndexListTest, HashesCountsAndAccessKinds) {
   std::int32_t oneTwo[] = {1, 2, -1};
