@@ -129,9 +129,9 @@ class StoredProblem {
 };
 
 // A PlausiProblem as a Problem would hold it: the reference field's text ""
-// when there is none. The texts of
-// fields, and their forms, come from a HierarchyTexts, each valid until that
-// field's text is asked for again; the others as long as the problem.
+// when there is none. The texts of fields, and their forms, come from a
+// HierarchyTexts, each valid until that field's text is asked for again; the
+// others as long as the problem.
 class FoundProblem {
  public:
   FoundProblem(const PlausiProblem &problem, HierarchyTexts *texts) : p_(problem), texts_(texts) {}
