@@ -16,6 +16,13 @@ constexpr char kSizeSuffix[] = "#";
 // The text a setter stores: null stores the empty text.
 std::string_view textOrEmpty(const char *text) { return text != nullptr ? text : ""; }
 
+// The value, when it is exactly a Kind and so may take new contents in place
+// (a value of another class is replaced as any value is); null otherwise.
+template <typename Kind>
+Kind *reusable(Value *value) {
+  return value != nullptr && isOfExactClass<Kind>(*value) ? static_cast<Kind *>(value) : nullptr;
+}
+
 }  // namespace
 
 SimpleDataRecord::SimpleDataRecord() = default;
@@ -42,21 +49,12 @@ void SimpleDataRecord::store(std::int32_t key, Value *value) {
 }
 
 void SimpleDataRecord::storeText(std::int32_t key, std::string_view text) {
-  Value *former = find(key);
-  // The exact class: a value of another kind is replaced as any value is.
-  if (former != nullptr && isOfExactClass<StringValue>(*former)) {
-    static_cast<StringValue *>(former)->retext(text);
-    return;
-  }
+  if (StringValue *former = reusable<StringValue>(find(key))) return former->retext(text);
   store(key, new StringValue(std::string(text)));
 }
 
 void SimpleDataRecord::storeNumber(std::int32_t key, double number) {
-  Value *former = find(key);
-  if (former != nullptr && isOfExactClass<NumberValue>(*former)) {
-    static_cast<NumberValue *>(former)->renumber(number);
-    return;
-  }
+  if (NumberValue *former = reusable<NumberValue>(find(key))) return former->renumber(number);
   store(key, new NumberValue(number));
 }
 

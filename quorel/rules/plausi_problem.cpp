@@ -21,11 +21,15 @@ void PlausiProblem::addAccessedField(FieldDescriptor *field) {
 }
 
 void PlausiProblem::addPlausiSection(const char *name) {
-  if (name == nullptr) name = "Unbekannter Plausi-Abschnitt";
-  addPlausiSection(name, std::strlen(name));
+  addPlausiSection(name, name != nullptr ? std::strlen(name) : 0);
 }
 
 void PlausiProblem::addPlausiSection(const char *name, std::size_t length) {
+  if (name == nullptr) {
+    static constexpr char kUnknown[] = "Unbekannter Plausi-Abschnitt";
+    name = kUnknown;
+    length = sizeof kUnknown - 1;
+  }
   if (sectionCount_ == sections_.size()) {
     sections_.emplace_back(name, length);
   } else {

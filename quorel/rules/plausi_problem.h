@@ -61,7 +61,8 @@ class PlausiProblem {
 
   // Null becomes "Unbekannter Plausi-Abschnitt".
   void addPlausiSection(const char *name);
-  // The same for a name whose length the caller knows.
+  // The same for a name whose length the caller knows (a null name's is
+  // not read).
   void addPlausiSection(const char *name, std::size_t length);
   std::int32_t getNumOfPlausiSections() const { return static_cast<std::int32_t>(sectionCount_); }
   const char *getPlausiSection(std::int32_t index) const { return sections_[index].c_str(); }

@@ -108,12 +108,7 @@ void RuntimeContext::setSectionInfosToProblem(PlausiProblem *problem) {
     if (!repeated) problem->addAccessedField(field);
   }
   for (PlausiSection *s = innermost; s != nullptr; s = s->getParent()) {
-    const char *name = s->getName();
-    if (name != nullptr) {
-      problem->addPlausiSection(name, s->getNameLength());
-    } else {
-      problem->addPlausiSection(nullptr);
-    }
+    problem->addPlausiSection(s->getName(), s->getNameLength());
   }
 }
 
