@@ -16,12 +16,13 @@
 //
 // Mistakes of the user's are named once, before any record is checked. A
 // column whose cells would never be read (a misspelt name, an index beyond a
-// size the module declares, an element without its array's size column) and
-// a material given that the module does not query are warnings on the
-// standard error stream; with --strict they are input errors. A column given
-// twice, a material the module queries that is not given or one given twice,
-// and a flow the module does not run are refused; without --flow the module's
-// first declared flow runs.
+// size the module declares, an element without its array's size column), the
+// same in a material's file, and a material given that the module does not
+// query are warnings on the standard error stream; with --strict they are
+// input errors. A column given twice, a material the module queries that is
+// not given or one given twice, a material's file of which no column names a
+// field of the material, and a flow the module does not run are refused;
+// without --flow the module's first declared flow runs.
 //
 // Every record is checked or reported as not checked with its place and the
 // reason; the text output ends with the problems per id and the counts. On a
@@ -151,8 +152,8 @@ bool parse(int argc, char **argv, Options *options) {
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
   app.add_flag("--strict", options->strict,
-               "a column whose cells would never be read, or a material the module does not query, is an input "
-               "error, not a warning");
+               "a column whose cells would never be read (of the records or a material), or a material the module "
+               "does not query, is an input error, not a warning");
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {
@@ -367,12 +368,28 @@ class Progress {
 // where they lie, each routed by its name.
 class Materials {
  public:
-  // Loads (or opens) the material; false with a message.
+  // Loads (or opens) the material; false with a message. The columns of a
+  // file are checked against the material's fields first (see
+  // checkMaterialColumns): its warnings are written here, its errors make
+  // the message.
   bool add(const std::string &name, const std::string &where, quorel::host::FileEncoding encoding,
-           std::string *message) {
+           quorel::Plausi *plausi, bool strict, std::string *message) {
     if (!quorel::host::SqlSource::names(where)) {
       auto source = quorel::host::CsvRowSource::open(where, message, encoding);
-      if (source == nullptr || !tables_.load(name, source.get(), message)) return false;
+      if (source == nullptr) return false;
+      quorel::host::MaterialFindings findings =
+          quorel::host::checkMaterialColumns(plausi, name, source->columns(), strict);
+      for (const std::string &warning : findings.warnings) {
+        std::cerr << "quorel-check: warning: " << where << ": " << quorel::host::toUtf8(warning.c_str()) << "\n";
+      }
+      if (!findings.errors.empty()) {
+        message->clear();
+        for (const std::string &error : findings.errors) {
+          *message += (message->empty() ? "" : "\nquorel-check: ") + where + ": " + quorel::host::toUtf8(error.c_str());
+        }
+        return false;
+      }
+      if (!tables_.load(name, source.get(), message)) return false;
       router_.route(name, &tables_);
       return true;
     }
@@ -507,7 +524,10 @@ int main(int argc, char **argv) {
   for (const std::string &error : findings.errors) std::cerr << "quorel-check: " << error << "\n";
   if (!findings.errors.empty()) return 2;
   for (const auto &material : options.materials) {
-    if (!materials.add(material.first, material.second, encoding, &message)) return fail(message);
+    if (!materials.add(material.first, material.second, encoding, workers[0]->checker().plausi(), options.strict,
+                       &message)) {
+      return fail(message);
+    }
   }
   // Set only now that the materials are known.
   settings.afterRun = materials.afterRun();

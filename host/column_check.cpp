@@ -60,7 +60,10 @@ std::string count(std::size_t n, const char *one, const char *many) {
 }  // namespace
 
 ColumnCheck::ColumnCheck(Plausi *plausi)
-    : root_(plausi->getRootTopic()), context_(nullptr), runtime_(&context_, plausi) {}
+    : root_(plausi->getRootTopic()), owner_("module"), context_(nullptr), runtime_(&context_, plausi) {}
+
+ColumnCheck::ColumnCheck(Plausi *plausi, Topic *material)
+    : root_(material), owner_("material"), context_(nullptr), runtime_(&context_, plausi) {}
 
 FieldDescriptor *ColumnCheck::lookUp(Topic *topic, const std::string &name) {
   FieldDescriptor *field = nullptr;
@@ -82,7 +85,7 @@ std::string ColumnCheck::check(const std::string &column, std::vector<std::strin
   if (!parse(size ? array : column, &segments)) return noField + "an index is not a whole number like [0]";
   std::string walked = root_->getTypeDescriptor()->getFieldNameTopic();
   if (segments[0].name != walked || !segments[0].indices.empty() || segments.size() == 1) {
-    return noField + "the module's fields are named " + walked + ".<field>";
+    return noField + "the " + owner_ + "'s fields are named " + walked + ".<field>";
   }
   Topic *topic = root_;
   for (std::size_t i = 1; i < segments.size(); ++i) {

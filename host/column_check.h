@@ -1,5 +1,6 @@
 // ColumnCheck: whether a column of a table (a CSV header, a DataFrame, a
-// database query) names something the rule module reads. A record keeps a
+// database query) names something the rule module reads: a field of its
+// records, or of one of its materials when the table is that material. A record keeps a
 // cell under its column's name and the rules ask for the hierarchy text of a
 // field, so a misspelt column, an index beyond a size the module declares or
 // the size of an array whose size is fixed is never read: its cells would be
@@ -24,7 +25,10 @@ namespace host {
 
 class ColumnCheck {
  public:
+  // Columns of the module's records, below its root topic.
   explicit ColumnCheck(Plausi *plausi);
+  // Columns of a material's table, below the material's topic.
+  ColumnCheck(Plausi *plausi, Topic *material);
 
   ColumnCheck(const ColumnCheck &) = delete;
   ColumnCheck &operator=(const ColumnCheck &) = delete;
@@ -33,8 +37,8 @@ class ColumnCheck {
   // every declared size (a size declared 0 is the record's and has no
   // bound), or, ending in "#", the size of an array declared with size 0.
   // Otherwise a message (Windows-1252, as the column) that names the column
-  // and says why. A module without a root topic lets every column pass:
-  // there is nothing to check against.
+  // and says why. A module without a root topic (a null material topic) lets
+  // every column pass: there is nothing to check against.
   //
   // When sizes is given, it receives the size columns that the column's
   // cells depend on: for each index into an array whose size each record
@@ -47,6 +51,7 @@ class ColumnCheck {
   FieldDescriptor *lookUp(Topic *topic, const std::string &name);
 
   Topic *root_;
+  const char *owner_;  // whose fields: "module" or "material", for messages
   PlausiContext context_;
   RuntimeContext runtime_;
 };

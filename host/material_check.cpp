@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <set>
 
+#include "quorel/host/column_check.h"
+
 namespace quorel {
 namespace host {
 
@@ -37,6 +39,38 @@ MaterialFindings checkMaterials(Plausi *plausi, const std::string &module, const
     }
     findings.errors.push_back("module " + module + " queries the material " + name + ", which is not given: pass " +
                               how);
+  }
+  return findings;
+}
+
+MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &material,
+                                      const std::vector<std::string> &columns, bool strict) {
+  MaterialFindings findings;
+  Topic *topic = nullptr;
+  for (std::int32_t i = 0; i < plausi->getNumOfMaterials() && topic == nullptr; ++i) {
+    MaterialDescriptor *descriptor = plausi->getMaterialAt(i);
+    const char *name = descriptor->getMaterialName();
+    if (name != nullptr && material == name) topic = dynamic_cast<Topic *>(descriptor);
+  }
+  // A table without columns holds nothing that could be misnamed.
+  if (topic == nullptr || columns.empty()) return findings;
+  ColumnCheck check(plausi, topic);
+  const std::string prefix = "material " + material + ": ";
+  std::vector<std::string> faults;
+  std::string listed;
+  for (const std::string &column : columns) {
+    listed += (listed.empty() ? "" : ", ") + column;
+    std::string message = check.check(column);
+    if (!message.empty()) faults.push_back(prefix + message);
+  }
+  if (faults.size() == columns.size()) {
+    // One message for the table rather than one per column.
+    findings.errors.push_back(prefix + "no column names a field of the material, so every query on it would find "
+                              "nothing (its columns: " + listed + "; the fields are named " +
+                              topic->getTypeDescriptor()->getFieldNameTopic() + ".<field>)");
+  } else {
+    std::vector<std::string> &said = strict ? findings.errors : findings.warnings;
+    said.insert(said.end(), faults.begin(), faults.end());
   }
   return findings;
 }

@@ -30,6 +30,19 @@ struct MaterialFindings {
 MaterialFindings checkMaterials(Plausi *plausi, const std::string &module, const std::vector<std::string> &given,
                                 const std::string &howToGive, bool strict);
 
+// The columns of a material's table against the fields of the material's
+// topic, said once before any record is checked, as a record's columns are
+// (see ColumnCheck). A column that names no field of the topic is a warning,
+// or an error when strict: its cells are never read. A table of which no
+// column names a field is an error whatever strict says, since every query
+// on it would find nothing (a header of Name where the fields are
+// Regionen.Name). A table without columns, and a material the module does
+// not query (see checkMaterials), pass. Messages start with "material NAME: " and are
+// Windows-1252, as the columns; the caller names the table. The Plausi is
+// used on the calling thread alone while the check runs.
+MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &material,
+                                      const std::vector<std::string> &columns, bool strict);
+
 }  // namespace host
 }  // namespace quorel
 

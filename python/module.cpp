@@ -800,20 +800,32 @@ class Checker {
 
   // The materials given against those the module queries: ValueError for
   // one missing (or, when strict, one it never queries), MaterialWarning for
-  // one it never queries.
+  // one it never queries. Then the columns of each table given against its
+  // material's fields (see checkMaterialColumns), said the same way.
   void checkMaterials(Plausi *plausi, const py::dict &materials) {
     std::vector<std::string> given;
     for (const auto &item : materials) given.push_back(columnName(item.first));
-    host::MaterialFindings findings =
+    host::MaterialFindings found =
         host::checkMaterials(plausi, pool_->settings().module, given, "materials={\"NAME\": ...}", strict_);
-    std::string errors;
-    for (const std::string &error : findings.errors) errors += (errors.empty() ? "" : "\n") + host::toUtf8(error.c_str());
-    if (!errors.empty()) throw py::value_error(errors);
-    if (!warn_) return;
-    for (const std::string &warning : findings.warnings) {
-      if (PyErr_WarnEx(materialWarningType.ptr(), host::toUtf8(warning.c_str()).c_str(), 2) != 0) {
-        throw py::error_already_set();
+    // The messages in UTF-8, each after the file it is about, if any.
+    std::vector<std::string> errors, warnings;
+    auto take = [&errors, &warnings](const host::MaterialFindings &findings, const std::string &file) {
+      for (const std::string &error : findings.errors) errors.push_back(file + host::toUtf8(error.c_str()));
+      for (const std::string &warning : findings.warnings) warnings.push_back(file + host::toUtf8(warning.c_str()));
+    };
+    take(found, "");
+    // A table's columns only once the materials themselves are right.
+    if (errors.empty()) {
+      for (const TableColumns &table : tableColumns_) {
+        take(host::checkMaterialColumns(plausi, table.material, table.columns, strict_), table.file);
       }
+    }
+    std::string message;
+    for (const std::string &error : errors) message += (message.empty() ? "" : "\n") + error;
+    if (!message.empty()) throw py::value_error(message);
+    if (!warn_) return;
+    for (const std::string &warning : warnings) {
+      if (PyErr_WarnEx(materialWarningType.ptr(), warning.c_str(), 2) != 0) throw py::error_already_set();
     }
   }
 
@@ -859,6 +871,7 @@ class Checker {
       {
         py::gil_scoped_release release;
         auto source = host::CsvRowSource::open(file, &message, encoding_);
+        if (source != nullptr) tableColumns_.push_back({name, file + ": ", source->columns()});
         loaded = source != nullptr && tables_.load(name, source.get(), &message);
       }
       if (!loaded) throw py::value_error(shown + message);
@@ -869,10 +882,13 @@ class Checker {
     }
     std::vector<Column> fields;
     py::list columns;
+    TableColumns table{name, "", {}};
     for (const auto &column : material.attr("columns")) {
       fields.emplace_back(columnName(column));
+      table.columns.push_back(fields.back().name);
       columns.append(material.attr("__getitem__")(column).attr("tolist")());
     }
+    tableColumns_.push_back(std::move(table));
     std::size_t rows = py::len(material);
     std::vector<std::unique_ptr<SimpleDataRecord>> records;
     for (std::size_t r = 0; r < rows; ++r) {
@@ -897,6 +913,13 @@ class Checker {
   // Why each column met so far names nothing the module reads ("" when it
   // names a field), as a warning's text.
   std::unordered_map<std::string, std::string> verdicts_;
+  // The columns of each material given as a table, for checkMaterials.
+  struct TableColumns {
+    std::string material;
+    std::string file;  // "FILE: " to go before its messages, or "" for a DataFrame
+    std::vector<std::string> columns;
+  };
+  std::vector<TableColumns> tableColumns_;
   host::TableMaterialAccess tables_;
 #ifdef QUOREL_HOST_SQL
   host::SqlMaterialAccess databases_;

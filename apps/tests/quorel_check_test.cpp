@@ -122,6 +122,36 @@ TEST(MaterialTest, GivenMaterialsAreCheckedAgainstTheModulesOnceAtStartUp) {
   EXPECT_EQ("quorel-check: material Regionen is given more than once\n", twice.err);
 }
 
+TEST(MaterialTest, AMaterialsColumnsAreCheckedAgainstItsFieldsAtStartUp) {
+  std::string records = write("regions.csv", "Stoerung.Region\nNord\nSued\nNord\n");
+  std::string flow = "--flow Pruefung ";
+  // Named as a spreadsheet would: every lookup would miss and every record
+  // would get a false STO-02, so nothing is checked.
+  std::string bare = write("bare.csv", "Name;Kreis\nNord\nWest\n");
+  Ran wrong = check(flow + "--material Regionen=" + bare + " " + kFaults + records);
+  EXPECT_EQ(2, wrong.status);
+  EXPECT_EQ("", wrong.out);
+  EXPECT_EQ("quorel-check: " + bare + ": material Regionen: no column names a field of the material, so every "
+            "query on it would find nothing (its columns: Name, Kreis; the fields are named Regionen.<field>)\n",
+            wrong.err);
+
+  // One stray column beside the field: a warning, and under --strict an
+  // error; the table is read either way it is allowed.
+  std::string extra = write("extra.csv", "Regionen.Name;Regionen.Kreis\nNord;A\nWest;B\n");
+  Ran warned = check(flow + "--material Regionen=" + extra + " " + kFaults + records);
+  EXPECT_EQ(1, warned.status) << warned.err;
+  EXPECT_EQ("quorel-check: warning: " + extra + ": material Regionen: column Regionen.Kreis names no field: "
+            "Regionen has no field Kreis\n",
+            warned.err);
+  EXPECT_EQ(1u, count(warned.out, ": error STO-02"));
+  Ran strict = check(flow + "--strict --material Regionen=" + extra + " " + kFaults + records);
+  EXPECT_EQ(2, strict.status);
+  EXPECT_EQ("", strict.out);
+  EXPECT_EQ("quorel-check: " + extra + ": material Regionen: column Regionen.Kreis names no field: Regionen has "
+            "no field Kreis\n",
+            strict.err);
+}
+
 TEST(RuleExceptionTest, AnExceptionOfRuleCodeFailsItsRecordAndTheRunGoesOn) {
   std::string records = write("exceptions.csv",
                               "Stoerung.Zahl;Stoerung.Wunsch\n5;\nabc;\n12;\n;Speicher\n7;\n");

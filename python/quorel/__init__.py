@@ -79,7 +79,9 @@ class Checker:
     database material is queried where it lies (see check_frame for
     connection strings; DatabaseError when it cannot be opened). A material
     that the module queries must be given (ValueError); one that it never
-    queries gives a MaterialWarning (ValueError with strict=True).
+    queries gives a MaterialWarning (ValueError with strict=True), and so
+    does a material's column that names no field of the material; a
+    material none of whose columns names one is a ValueError.
     encoding: how CSV files (records and materials) without a byte-order
     mark are read, "windows-1252" or "utf-8"; one with a UTF-8 byte-order
     mark is UTF-8.

@@ -97,10 +97,14 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     other options are those of quorel.Checker, but jobs is 1 unless given:
     each partition is checked on one thread of its worker.
 
-    The module, the flow, the materials' names and the columns (a Dask
-    DataFrame's, or the header of each file or source) are checked here,
-    once: errors are raised and ColumnWarning and MaterialWarning given here
-    before anything is computed, and never again by the workers."""
+    The module, the flow, the materials' names, the columns of materials
+    given as DataFrames and the columns of the records (a Dask DataFrame's,
+    or the header of each file or source) are checked here, once: errors are
+    raised and ColumnWarning and MaterialWarning given here before anything
+    is computed, and never again by the workers. The columns of a material
+    given as a path or connection string are checked where a worker loads
+    it: a column that names no field under strict, or a header of which no
+    column does, fails the computation with its message."""
     if not isinstance(module, quorel.RuleModule):
         module = quorel.RuleModule(module, module_name)
     rules = pickle.dumps(module)
@@ -119,8 +123,11 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     files = None if database or not isinstance(records, (str, os.PathLike, list, tuple)) else _files(records)
     if not database and files is None and not isinstance(records, dd.DataFrame):
         raise TypeError("records must be a dask.dataframe.DataFrame, CSV files or a connection string")
-    # The materials' names are all that matters here.
-    here = quorel.Checker(module, materials={n: pd.DataFrame() for n in names},
+    # The materials' names, and the columns of those at hand: a file or a
+    # database may be reachable from the workers alone, where a column that
+    # names no field is an error still, but a warning goes unseen.
+    here = quorel.Checker(module, materials={n: v.iloc[:0] if isinstance(v, pd.DataFrame) else pd.DataFrame()
+                                             for n, v in zip(names, values)},
                           **{k: v for k, v in options.items() if k != "log"})
     if database:
         here._engine._report_source_columns(records)

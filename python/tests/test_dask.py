@@ -169,3 +169,11 @@ def test_warnings_reach_the_client_once(partitions, antrag_library, gemeinden, r
         quorel.dask.check(ddf, os.path.join(rules_dir, "antrag.qr"), materials={"Gemeinden": gemeinden}, strict=True)
     with pytest.raises(ValueError, match="Gemeinden"):
         quorel.dask.check(ddf, os.path.join(rules_dir, "antrag.qr"))
+    # A material's columns, where the client holds the material.
+    table = pd.read_csv(gemeinden, sep=";", dtype=str, encoding="cp1252").assign(**{"Gemeinden.Kreis": "A"})
+    with pytest.warns(quorel.MaterialWarning, match="column Gemeinden.Kreis names no field") as caught:
+        result = quorel.dask.check(partitions, os.path.join(rules_dir, "antrag.qr"), materials={"Gemeinden": table})
+    assert len(caught) == 1
+    with warnings.catch_warnings():
+        warnings.simplefilter("error", quorel.MaterialWarning)
+        assert len(result.compute(scheduler="sync")) > 0

@@ -3,6 +3,7 @@ exception, numbers that lost digits on the way, a material nobody queries,
 and races of threads on the module (each in a process of its own, so that a
 hang or a crash fails the test instead of the run)."""
 import os
+import re
 import subprocess
 import sys
 import textwrap
@@ -97,6 +98,26 @@ def test_materials_are_checked_against_those_the_module_queries(module, gemeinde
     with warnings.catch_warnings():
         warnings.simplefilter("error")
         quorel.Checker(module, materials={"Gemeinden": gemeinden}, strict=True)
+
+
+def test_a_materials_columns_are_checked_against_its_fields(module, gemeinden, tmp_path):
+    # Headers as a spreadsheet has them: every lookup would miss.
+    bare = pd.DataFrame({"PLZ": ["10115"], "Ort": ["Berlin"]})
+    message = (r"material Gemeinden: no column names a field of the material, so every query on it would find "
+               r"nothing \(its columns: PLZ, Ort; the fields are named Gemeinden.<field>\)")
+    with pytest.raises(ValueError, match=message):
+        quorel.Checker(module, materials={"Gemeinden": bare})
+    path = tmp_path / "gemeinden.csv"
+    path.write_text("PLZ;Ort\n10115;Berlin\n", encoding="cp1252")
+    with pytest.raises(ValueError, match=re.escape(str(path)) + ": " + message):
+        quorel.Checker(module, materials={"Gemeinden": str(path)})
+    # A stray column beside the fields: a warning, under strict an error.
+    extra = pd.read_csv(gemeinden, sep=";", dtype=str, encoding="cp1252").assign(**{"Gemeinden.Kreis": "A"})
+    stray = "material Gemeinden: column Gemeinden.Kreis names no field: Gemeinden has no field Kreis"
+    with pytest.warns(quorel.MaterialWarning, match=stray):
+        quorel.Checker(module, materials={"Gemeinden": extra})
+    with pytest.raises(ValueError, match=stray):
+        quorel.Checker(module, materials={"Gemeinden": extra}, strict=True)
 
 
 def run_alone(script, timeout=60):
