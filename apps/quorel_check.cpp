@@ -19,10 +19,12 @@
 // size the module declares, an element without its array's size column), the
 // same in a material's file, and a material given that the module does not
 // query are warnings on the standard error stream; with --strict they are
-// input errors. A column given twice, a material the module queries that is
-// not given or one given twice, a material's file of which no column names a
-// field of the material, and a flow the module does not run are refused;
-// without --flow the module's first declared flow runs.
+// input errors; so is a file whose start says that it is in another encoding
+// than it is read in (UTF-8 read as Windows-1252, or the other way round). A
+// column given twice, a material the module queries that is not given or one
+// given twice, a material's file of which no column names a field of the
+// material, and a flow the module does not run are refused; without --flow
+// the module's first declared flow runs.
 //
 // Every record is checked or reported as not checked with its place and the
 // reason; the text output ends with the problems per id and the counts. On a
@@ -152,8 +154,9 @@ bool parse(int argc, char **argv, Options *options) {
       ->check(CLI::Range(1, 1024))
       ->capture_default_str();
   app.add_flag("--strict", options->strict,
-               "a column whose cells would never be read (of the records or a material), or a material the module "
-               "does not query, is an input error, not a warning");
+               "a column whose cells would never be read (of the records or a material), a material the module "
+               "does not query, or a file that looks like another encoding than it is read in, is an input error, "
+               "not a warning");
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {
@@ -201,6 +204,14 @@ const std::string kNoDatabases = "built without databases (libsqlite3-dev): ";
 int fail(const std::string &message) {
   std::cerr << "quorel-check: " << quorel::host::withoutPasswords(message) << "\n";
   return 2;
+}
+
+// What the start of a CSV file says against the encoding it is read in,
+// with what to pass instead; empty when nothing does or for a database.
+std::string encodingAdvice(const quorel::host::RowSource &source) {
+  auto *file = dynamic_cast<const quorel::host::CsvRowSource *>(&source);
+  if (file == nullptr || file->encodingDoubt().message.empty()) return std::string();
+  return file->encodingDoubt().message + ": pass --encoding " + file->encodingDoubt().fits;
 }
 
 // Lines after the first of a message, indented under it.
@@ -368,15 +379,21 @@ class Progress {
 // where they lie, each routed by its name.
 class Materials {
  public:
-  // Loads (or opens) the material; false with a message. The columns of a
-  // file are checked against the material's fields first (see
-  // checkMaterialColumns): its warnings are written here, its errors make
-  // the message.
+  // Loads (or opens) the material; false with a message. The encoding and
+  // the columns of a file are checked first (see encodingAdvice and
+  // checkMaterialColumns): warnings are written here, errors make the
+  // message.
   bool add(const std::string &name, const std::string &where, quorel::host::FileEncoding encoding,
            quorel::Plausi *plausi, bool strict, std::string *message) {
     if (!quorel::host::SqlSource::names(where)) {
       auto source = quorel::host::CsvRowSource::open(where, message, encoding);
       if (source == nullptr) return false;
+      std::string advice = encodingAdvice(*source);
+      if (!advice.empty() && strict) {
+        *message = advice;
+        return false;
+      }
+      if (!advice.empty()) std::cerr << "quorel-check: warning: " << advice << "\n";
       quorel::host::MaterialFindings findings =
           quorel::host::checkMaterialColumns(plausi, name, source->columns(), strict);
       for (const std::string &warning : findings.warnings) {
@@ -496,6 +513,9 @@ int main(int argc, char **argv) {
   settings.logger = logger.get();
   for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
 
+  std::string advice = encodingAdvice(*records);
+  if (!advice.empty() && options.strict) return fail(advice);
+  if (!advice.empty()) std::cerr << "quorel-check: warning: " << advice << "\n";
   quorel::host::RecordLayout layout(records->columns());
   // A record keeps one cell per name: the others would be lost.
   std::vector<std::string> repeated = layout.repeatedColumns();

@@ -1,7 +1,10 @@
 #include "quorel/host/csv_row_source.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include "quorel/host/file_error.h"
 
@@ -25,6 +28,15 @@ std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::s
     return nullptr;
   }
   source->encoding_ = source->reader_.byteOrderMark() ? FileEncoding::kUtf8 : encoding;
+  std::error_code ignored;
+  if (!source->reader_.byteOrderMark() && std::filesystem::is_regular_file(file, ignored)) {
+    // Read aside, so that the rows are read as ever.
+    std::ifstream start(file, std::ios::binary);
+    std::string sample(kEncodingSample, '\0');
+    start.read(&sample[0], static_cast<std::streamsize>(sample.size()));
+    sample.resize(static_cast<std::size_t>(std::max<std::streamsize>(start.gcount(), 0)));
+    source->doubt_ = doubtEncoding(file, sample, encoding);
+  }
   if (!source->decode(&source->columns_, &error)) {
     *message = file + ":1: the header: " + error;
     return nullptr;

@@ -18,6 +18,7 @@
 
 #include "quorel/host/csv_reader.h"
 #include "quorel/host/encoding.h"
+#include "quorel/host/encoding_doubt.h"
 #include "quorel/host/row_source.h"
 
 namespace quorel {
@@ -37,6 +38,10 @@ class CsvRowSource : public RowSource {
   bool failed() const override { return reader_.failed(); }
   // The encoding the file is read in.
   FileEncoding encoding() const { return encoding_; }
+  // What the start of the file says against that encoding (see
+  // doubtEncoding); no doubt for a file with a byte-order mark, or one that
+  // is no regular file, which cannot be read twice.
+  const EncodingDoubt &encodingDoubt() const { return doubt_; }
 
  private:
   explicit CsvRowSource(const std::string &file);
@@ -48,6 +53,7 @@ class CsvRowSource : public RowSource {
   std::ifstream in_;
   CsvReader reader_;
   FileEncoding encoding_ = FileEncoding::kWindows1252;
+  EncodingDoubt doubt_;
   std::vector<std::string> columns_;
   std::int64_t records_ = 0;
   bool ended_ = false;

@@ -107,6 +107,27 @@ bool fromUtf8(std::string_view utf8, std::string *out, std::size_t *offset) {
   return true;
 }
 
+std::size_t utf8Fault(std::string_view text, std::size_t *beyondAscii) {
+  *beyondAscii = std::string_view::npos;
+  for (std::size_t i = 0; i < text.size();) {
+    std::size_t start = i;
+    if (decode(text, &i) >= 0) {
+      if (i - start > 1 && *beyondAscii == std::string_view::npos) *beyondAscii = start;
+      continue;
+    }
+    // A lead byte whose sequence the end cuts short, its bytes so far right.
+    std::size_t length = 0;
+    auto lead = static_cast<unsigned char>(text[start]);
+    if ((lead >> 5) == 0x6) length = 2;
+    if ((lead >> 4) == 0xE) length = 3;
+    if ((lead >> 3) == 0x1E) length = 4;
+    bool cut = length > 0 && start + length > text.size();
+    for (std::size_t k = start + 1; cut && k < text.size(); ++k) cut = (static_cast<unsigned char>(text[k]) & 0xC0) == 0x80;
+    return cut ? std::string_view::npos : start;
+  }
+  return std::string_view::npos;
+}
+
 bool parseEncoding(const std::string &name, FileEncoding *encoding) {
   std::string lower;
   for (char c : name) lower += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;

@@ -30,6 +30,13 @@ char *writeUtf8Byte(char *at, unsigned char byte);
 // character: a library text ends at its first NUL.
 bool fromUtf8(std::string_view utf8, std::string *out, std::size_t *offset);
 
+// Where text stops being UTF-8: the offset of the first sequence that is
+// malformed (overlong forms and surrogates included), or npos when there is
+// none. A sequence cut short by the end of text counts as whole, since text
+// may be the start of a file. *beyondAscii becomes the offset of the first
+// character beyond ASCII before that point, or npos.
+std::size_t utf8Fault(std::string_view text, std::size_t *beyondAscii);
+
 // The encoding of a text file.
 enum class FileEncoding { kWindows1252, kUtf8 };
 

@@ -66,6 +66,7 @@ py::object columnWarningType;
 py::object databaseErrorType;
 py::object ruleErrorType;
 py::object materialWarningType;
+py::object fileEncodingWarningType;
 py::object ruleFileErrorType;
 
 // detail: what a LoadError adds, in the system's encoding.
@@ -580,9 +581,10 @@ class Checker {
   // Reports the columns of a CSV file or a database source as checking it
   // would, reading no more than its header.
   void reportSourceColumns(const std::string &text) {
-    std::vector<std::string> columns = openSource(text, 0, 0)->columns();
-    refuseRepeatedColumns(columns);
-    reportColumns(columns);
+    std::unique_ptr<host::RowSource> rows = openSource(text, 0, 0);
+    reportEncoding(*rows);
+    refuseRepeatedColumns(rows->columns());
+    reportColumns(rows->columns());
   }
 
   // The same for the rows of a CSV file or a database source (a connection
@@ -593,6 +595,7 @@ class Checker {
   py::dict checkSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
     if (!host::SqlSource::names(text)) offset = 0;
     std::unique_ptr<host::RowSource> rows = openSource(text, offset, limit);
+    reportEncoding(*rows);
     refuseRepeatedColumns(rows->columns());
     reportColumns(rows->columns());
     host::RecordLayout layout(rows->columns());
@@ -767,6 +770,17 @@ class Checker {
 #endif
   }
 
+  // What the start of a CSV file says against the encoding it is read in
+  // (see host::doubtEncoding): a FileEncodingWarning, or ValueError when
+  // strict.
+  void reportEncoding(const host::RowSource &rows) const {
+    auto *file = dynamic_cast<const host::CsvRowSource *>(&rows);
+    if (file == nullptr || file->encodingDoubt().message.empty()) return;
+    std::string advice = file->encodingDoubt().message + ": pass encoding=\"" + file->encodingDoubt().fits + "\"";
+    if (strict_) throw py::value_error(advice);
+    if (warn_ && PyErr_WarnEx(fileEncodingWarningType.ptr(), advice.c_str(), 2) != 0) throw py::error_already_set();
+  }
+
   // ValueError for a name that more than one column holds, as quorel-check
   // refuses such a header: a record keeps one cell per column.
   static void refuseRepeatedColumns(const std::vector<std::string> &columns) {
@@ -867,12 +881,18 @@ class Checker {
     if (py::isinstance<py::str>(material) || py::isinstance(material, pathType.get())) {
       std::string file = py::str(py::module_::import("os").attr("fspath")(material)).cast<std::string>();
       std::string message;
+      std::unique_ptr<host::CsvRowSource> source;
+      {
+        py::gil_scoped_release release;
+        source = host::CsvRowSource::open(file, &message, encoding_);
+      }
+      if (source == nullptr) throw py::value_error(shown + message);
+      reportEncoding(*source);
+      tableColumns_.push_back({name, file + ": ", source->columns()});
       bool loaded;
       {
         py::gil_scoped_release release;
-        auto source = host::CsvRowSource::open(file, &message, encoding_);
-        if (source != nullptr) tableColumns_.push_back({name, file + ": ", source->columns()});
-        loaded = source != nullptr && tables_.load(name, source.get(), &message);
+        loaded = tables_.load(name, source.get(), &message);
       }
       if (!loaded) throw py::value_error(shown + message);
       return;
@@ -945,6 +965,7 @@ PYBIND11_MODULE(_quorel, m) {
   databaseErrorType = errors.attr("DatabaseError");
   ruleErrorType = errors.attr("RuleError");
   materialWarningType = errors.attr("MaterialWarning");
+  fileEncodingWarningType = errors.attr("FileEncodingWarning");
   ruleFileErrorType = errors.attr("RuleFileError");
 
   py::class_<quorel::host::Problem>(m, "Problem", "One finding of a run.")

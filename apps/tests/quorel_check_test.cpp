@@ -150,6 +150,11 @@ TEST(MaterialTest, AMaterialsColumnsAreCheckedAgainstItsFieldsAtStartUp) {
   EXPECT_EQ("quorel-check: " + extra + ": material Regionen: column Regionen.Kreis names no field: Regionen has "
             "no field Kreis\n",
             strict.err);
+
+  // A material's file is looked at for its encoding as the records' is.
+  std::string utf8 = write("utf8_regionen.csv", "Regionen.Name\nS\xC3\xBC" "d\n");
+  Ran encoded = check(flow + "--material Regionen=" + utf8 + " " + kFaults + records);
+  EXPECT_EQ(1u, count(encoded.err, "quorel-check: warning: " + utf8 + " looks like UTF-8")) << encoded.err;
 }
 
 TEST(RuleExceptionTest, AnExceptionOfRuleCodeFailsItsRecordAndTheRunGoesOn) {
@@ -227,10 +232,27 @@ TEST(CsvTest, LineEndsByteOrderMarksAndEncodings) {
   EXPECT_EQ("line 3: not checked: column Umfrage.Name: the character at byte 3 is no UTF-8 or not in Windows-1252\n"
             "2 records: 1 checked, 1 not checked; 0 problems, 0 errors\n",
             marked.out);
-  // Without the mark the file is Windows-1252 unless --encoding says UTF-8.
+  // Without the mark the file is Windows-1252 unless --encoding says UTF-8;
+  // a start that looks like the other encoding is named once, before any
+  // record, and under --strict refused.
   std::string plain = write("utf8.csv", bom.substr(3));
-  EXPECT_EQ(0, check(kUmfrage + plain).status);
-  EXPECT_EQ(marked.out, check("--encoding utf-8 " + kUmfrage + plain).out);
+  Ran asAnsi = check(kUmfrage + plain);
+  EXPECT_EQ(0, asAnsi.status);
+  EXPECT_EQ("quorel-check: warning: " + plain + " looks like UTF-8 (line 2 holds \"M\xC3\xBCller\"), but is read as "
+            "Windows-1252, which makes that \"M\xC3\x83\xC2\xBCller\": pass --encoding utf-8\n",
+            asAnsi.err);
+  Ran strict = check("--strict " + kUmfrage + plain);
+  EXPECT_EQ(2, strict.status);
+  EXPECT_EQ("", strict.out);
+  EXPECT_EQ(asAnsi.err.substr(std::string("quorel-check: warning: ").size()),
+            strict.err.substr(std::string("quorel-check: ").size()));
+  Ran asUtf8 = check("--encoding utf-8 " + kUmfrage + plain);
+  EXPECT_EQ(marked.out, asUtf8.out);
+  EXPECT_EQ("", asUtf8.err);
+  std::string ansi = write("ansi.csv", kSurveyHeader + "M\xFCller;34\n");
+  EXPECT_EQ("quorel-check: warning: " + ansi + " is read as UTF-8, but line 2 is no UTF-8 (as Windows-1252 it "
+            "holds \"M\xC3\xBCller\"): pass --encoding windows-1252\n",
+            check("--encoding utf-8 " + kUmfrage + ansi).err);
   Ran bad = check("--encoding latin9 " + kUmfrage + plain);
   EXPECT_EQ(2, bad.status);
   EXPECT_EQ(0u, bad.err.find("quorel-check: --encoding: latin9 not in {windows-1252,utf-8}")) << bad.err;

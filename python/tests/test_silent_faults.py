@@ -120,7 +120,35 @@ def test_a_materials_columns_are_checked_against_its_fields(module, gemeinden, t
         quorel.Checker(module, materials={"Gemeinden": extra}, strict=True)
 
 
+def test_a_csv_file_in_another_encoding_than_it_is_read_in_is_named(module, data_dir, gemeinden, tmp_path):
+    def as_utf8(path):
+        copy = tmp_path / os.path.basename(path)
+        copy.write_bytes(open(path, "rb").read().decode("cp1252").encode("utf-8"))
+        return str(copy)
+
+    records = os.path.join(data_dir, "antraege.csv")
+    utf8, utf8_gemeinden = as_utf8(records), as_utf8(gemeinden)
+    told = re.escape(utf8) + r' looks like UTF-8 \(line 2 holds "Müller"\), but is read as Windows-1252, which ' \
+        r'makes that "MÃ¼ller": pass encoding="utf-8"'
+    materials = {"Gemeinden": gemeinden}
+    with pytest.warns(quorel.FileEncodingWarning, match=told):
+        wrong = quorel.check_frame(utf8, module, materials=materials)
+    with pytest.raises(ValueError, match=told):
+        quorel.check_frame(utf8, module, materials=materials, strict=True)
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        right = quorel.check_frame(utf8, module, materials={"Gemeinden": utf8_gemeinden}, encoding="utf-8")
+        assert right.equals(quorel.check_frame(records, module, materials=materials))
+    assert len(wrong) == len(right)  # the same rows, their texts aside
+    # The other way round, for a material's file as for the records'.
+    with pytest.warns(quorel.FileEncodingWarning, match=re.escape(gemeinden) + r' is read as UTF-8, but line 4 is no '
+                      r'UTF-8 \(as Windows-1252 it holds "München"\): pass encoding="windows-1252"'):
+        with pytest.raises(ValueError, match="gemeinden.csv:4"):
+            quorel.Checker(module, materials=materials, encoding="utf-8")
+
+
 def run_alone(script, timeout=60):
+
     """Runs a script in a fresh interpreter; a hang or a crash fails."""
     try:
         done = subprocess.run([sys.executable, "-c", textwrap.dedent(script)], capture_output=True, text=True,

@@ -1,0 +1,59 @@
+// What the start of a file says against the encoding it is read in.
+
+#include "quorel/host/encoding_doubt.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using quorel::host::doubtEncoding;
+using quorel::host::EncodingDoubt;
+using quorel::host::FileEncoding;
+using quorel::host::utf8Fault;
+
+constexpr std::size_t kNone = std::string::npos;
+
+TEST(EncodingDoubtTest, Utf8IsToldFromWindows1252AtTheStartOfAFile) {
+  std::size_t beyond;
+  // Valid UTF-8, the first character beyond ASCII at 5.
+  EXPECT_EQ(kNone, utf8Fault("Name;M\xC3\xBCller\n", &beyond));
+  EXPECT_EQ(6u, beyond);
+  // A sequence that the end of the sample cuts short counts as whole, a
+  // broken one does not.
+  EXPECT_EQ(kNone, utf8Fault("ab\xE2\x82", &beyond));
+  EXPECT_EQ(2u, utf8Fault("ab\xE2\x82x", &beyond));
+  // An overlong form, a surrogate, a lone continuation byte, Windows-1252.
+  for (const char *bad : {"a\xC0\xAF", "a\xED\xA0\x80", "a\x80", "a\xFC" "b"}) {
+    EXPECT_EQ(1u, utf8Fault(bad, &beyond)) << bad;
+    EXPECT_EQ(kNone, beyond) << bad;
+  }
+
+  // UTF-8 read as Windows-1252: the line counts "\r\n" and a lone "\r" as
+  // one end each; the cell is shown both ways.
+  EncodingDoubt utf8 = doubtEncoding("a.csv", "Name;Ort\r\nx;y\rM\xC3\xBCller;Berlin\n", FileEncoding::kWindows1252);
+  EXPECT_EQ("a.csv looks like UTF-8 (line 3 holds \"M\xC3\xBCller\"), but is read as Windows-1252, which makes that "
+            "\"M\xC3\x83\xC2\xBCller\"",
+            utf8.message);
+  EXPECT_STREQ("utf-8", utf8.fits);
+  // Windows-1252 read as UTF-8.
+  EncodingDoubt ansi = doubtEncoding("b.csv", "Name\nM\xFCller\n", FileEncoding::kUtf8);
+  EXPECT_EQ("b.csv is read as UTF-8, but line 2 is no UTF-8 (as Windows-1252 it holds \"M\xC3\xBCller\")",
+            ansi.message);
+  EXPECT_STREQ("windows-1252", ansi.fits);
+
+  // Nothing to say: ASCII either way, and each encoding on its own kind.
+  for (auto read : {FileEncoding::kWindows1252, FileEncoding::kUtf8}) {
+    EXPECT_EQ("", doubtEncoding("c.csv", "Name\nMueller\n", read).message);
+  }
+  EXPECT_EQ("", doubtEncoding("d.csv", "Name\nM\xFCller\n", FileEncoding::kWindows1252).message);
+  EXPECT_EQ("", doubtEncoding("e.csv", "Name\nM\xC3\xBCller\n", FileEncoding::kUtf8).message);
+
+  // A long cell is cut between characters, never inside one.
+  std::string cell = std::string(39, 'a') + "\xC3\xBC" + std::string(20, 'b');
+  EncodingDoubt cut = doubtEncoding("f.csv", "x;" + cell, FileEncoding::kWindows1252);
+  EXPECT_NE(std::string::npos, cut.message.find("holds \"" + std::string(39, 'a') + "\")")) << cut.message;
+}
+
+}  // namespace
