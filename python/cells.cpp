@@ -22,9 +22,9 @@ constexpr std::size_t kNumberText = 400;
 // The text of a non-empty str that is its own Windows-1252 form: one whose
 // characters all lie below U+0100 (Python keeps it a byte a character)
 // outside U+0080..U+009F, where the code page differs from Latin-1, and that
-// holds no NUL; a NUL follows it, as Python ends every str's bytes with one.
-// Null for any other cell. Most cells are such texts, and they need no UTF-8
-// form made on the way (which Python would keep in the str), nor a copy.
+// holds no NUL. Null for any other cell. Most cells are such texts, and they
+// need no UTF-8 form made on the way (which Python would keep in the str),
+// nor a copy.
 std::string_view ownText(PyObject *cell) {
   if (!PyUnicode_Check(cell) || !PyUnicode_IS_COMPACT(cell) || PyUnicode_KIND(cell) != PyUnicode_1BYTE_KIND) {
     return {};
@@ -133,7 +133,7 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
   }
   out->kind = Cell::kText;
   if (PyBool_Check(cell.ptr())) {
-    out->text = cell.cast<bool>() ? "WAHR" : "FALSCH";  // literals end in a NUL too
+    out->text = cell.cast<bool>() ? "WAHR" : "FALSCH";
   } else if (PyLong_Check(cell.ptr())) {
     int overflow = 0;
     out->integer = PyLong_AsLongLongAndOverflow(cell.ptr(), &overflow);
@@ -167,7 +167,7 @@ bool putCell(const Column &at, const Cell &cell, SimpleDataRecord *record, std::
       if (at.empties) record->setValueAt(at.key, static_cast<const char *>(nullptr));
       return true;
     case Cell::kText:
-      record->setValueAt(at.key, cell.text.data());
+      record->setValueAt(at.key, cell.text);  // its length known: no NUL to look for
       return true;
     case Cell::kInteger:
       record->setValueAt(at.key, numberText(cell.integer, number));

@@ -65,9 +65,10 @@ struct Cell {
   }
 
   Kind kind = kEmpty;
-  // The text of kText, or a size as the input gave it (Windows-1252),
-  // followed by a NUL: the bytes of the str read where Python keeps them in
-  // that form (the str outlives the cell's use), else those kept.
+  // The text of kText, or a size as the input gave it (Windows-1252,
+  // without a NUL byte, which readCell refuses): the bytes of the str read
+  // where Python keeps them in that form (the str outlives the cell's use),
+  // else those kept.
   std::string_view text;
   std::string kept;
   // kInteger, or the size of kSize (-1 for one that is no whole number
