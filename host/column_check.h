@@ -1,11 +1,12 @@
 // ColumnCheck: whether a column of a table (a CSV header, a DataFrame, a
 // database query) names something the rule module reads: a field of its
-// records, or of one of its materials when the table is that material. A record keeps a
-// cell under its column's name and the rules ask for the hierarchy text of a
-// field, so a misspelt column, an index beyond a size the module declares or
-// the size of an array whose size is fixed is never read: its cells would be
-// lost without a word. The check walks the module's root topic
-// (Plausi::getRootTopic) segment by segment, as the rules resolve a field.
+// records, or of one of its materials when the table is that material. A
+// record keeps a cell under its column's name and the rules ask for the
+// hierarchy text of a field, so a misspelt column, an index beyond a size the
+// module declares or the size of an array whose size is fixed is never read:
+// its cells would be lost without a word. The check walks the module's root
+// topic (Plausi::getRootTopic), or the material's topic, segment by segment,
+// as the rules resolve a field.
 //
 // Looking up a field of an array makes the array's first element, as a run
 // would; the Plausi must outlive the check and no other thread may use it

@@ -42,17 +42,25 @@ int byteOf(unsigned code) {
   return -1;
 }
 
+// The length of the UTF-8 sequence that lead begins, 0 for a byte that
+// begins none.
+std::size_t sequenceLength(unsigned char lead) {
+  return lead < 0x80 ? 1 : (lead >> 5) == 0x6 ? 2 : (lead >> 4) == 0xE ? 3 : (lead >> 3) == 0x1E ? 4 : 0;
+}
+
+bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+
 // Decodes one UTF-8 sequence at text[*i], moving *i past it; -1 when it is
 // malformed (overlong forms and surrogates included).
 long decode(std::string_view text, std::size_t *i) {
   auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-  unsigned lead = byte(*i);
-  int length = lead < 0x80 ? 1 : (lead >> 5) == 0x6 ? 2 : (lead >> 4) == 0xE ? 3 : (lead >> 3) == 0x1E ? 4 : 0;
+  unsigned char lead = byte(*i);
+  std::size_t length = sequenceLength(lead);
   if (length == 0 || *i + length > text.size()) return -1;
-  unsigned code = length == 1 ? lead : lead & (0x7F >> length);
-  for (int k = 1; k < length; ++k) {
-    unsigned next = byte(*i + k);
-    if ((next & 0xC0) != 0x80) return -1;
+  unsigned code = length == 1 ? lead : lead & (0x7Fu >> length);
+  for (std::size_t k = 1; k < length; ++k) {
+    unsigned char next = byte(*i + k);
+    if (!isContinuation(next)) return -1;
     code = (code << 6) | (next & 0x3F);
   }
   static const unsigned kSmallest[5] = {0, 0, 0x80, 0x800, 0x10000};
@@ -116,13 +124,11 @@ std::size_t utf8Fault(std::string_view text, std::size_t *beyondAscii) {
       continue;
     }
     // A lead byte whose sequence the end cuts short, its bytes so far right.
-    std::size_t length = 0;
-    auto lead = static_cast<unsigned char>(text[start]);
-    if ((lead >> 5) == 0x6) length = 2;
-    if ((lead >> 4) == 0xE) length = 3;
-    if ((lead >> 3) == 0x1E) length = 4;
-    bool cut = length > 0 && start + length > text.size();
-    for (std::size_t k = start + 1; cut && k < text.size(); ++k) cut = (static_cast<unsigned char>(text[k]) & 0xC0) == 0x80;
+    std::size_t length = sequenceLength(static_cast<unsigned char>(text[start]));
+    bool cut = length > 1 && start + length > text.size();
+    for (std::size_t k = start + 1; cut && k < text.size(); ++k) {
+      cut = isContinuation(static_cast<unsigned char>(text[k]));
+    }
     return cut ? std::string_view::npos : start;
   }
   return std::string_view::npos;
