@@ -114,14 +114,30 @@ Column::Column(std::string text)
       array(host::RecordLayout::arrayOf(name)),
       key(array.empty() ? SimpleDataRecord::keyOf(name.c_str()) : SimpleDataRecord::keyOfSize(array.c_str())) {}
 
-void readCell(const Column &at, const py::handle &cell, Cell *out) {
-  std::string_view own = ownText(cell.ptr());
+bool readPlainCell(const Column &at, PyObject *cell, Cell *out) {
+  std::string_view own = ownText(cell);
   if (!own.empty()) {
     out->kind = at.array.empty() ? Cell::kText : Cell::kSize;
     out->text = own;
     if (out->kind == Cell::kSize) out->integer = sizeOfText(own);
-    return;
+    return true;
   }
+  if (cell == Py_None || (PyUnicode_Check(cell) && PyUnicode_GET_LENGTH(cell) == 0)) {
+    out->kind = Cell::kEmpty;
+    return true;
+  }
+  // A size from a float is read with the texts it may have.
+  if (PyFloat_CheckExact(cell) && at.array.empty()) {
+    double real = PyFloat_AS_DOUBLE(cell);
+    out->kind = std::isnan(real) ? Cell::kEmpty : Cell::kReal;
+    out->real = real;
+    return true;
+  }
+  return false;
+}
+
+void readCell(const Column &at, const py::handle &cell, Cell *out) {
+  if (readPlainCell(at, cell.ptr(), out)) return;
   out->kind = Cell::kEmpty;
   if (isMissing(cell)) return;
   if (!at.array.empty()) {

@@ -502,9 +502,9 @@ class Checker {
   // Checks the rows of a frame and gives the columns of the problem frame
   // (see ProblemColumns), labelled by the position of the input row. chunks
   // gives the rows in slices, each a list of columns, one per name: lists
-  // of cells of equal length. The cells of a slice of rows are read with
-  // the GIL, one slice at a time; then each row becomes a record and is
-  // checked without it.
+  // of cells of equal length. Each slice of rows is read and checked on
+  // one thread, most cells without the GIL (see CellSlice::read); each row
+  // becomes a record and is checked without it.
   py::dict checkColumns(const py::list &names, const py::iterable &chunks) {
     std::vector<std::string> fields;
     for (const auto &name : names) fields.push_back(columnName(name));
@@ -542,13 +542,14 @@ class Checker {
         CellSlice &slice = slots[s];
         slice.first = next;
         slice.size = std::min(kFrameSlice, rows - next);
-        py::gil_scoped_acquire gil;
-        slice.read(at, lists);
         next += slice.size;
         return next < rows;
       };
+      // The chunk holds the lists and they their cells until every slice is
+      // done: the cells are read where the rows are checked.
       auto work = [&](std::size_t s, RowSlices::Rows *rows) {
-        const CellSlice &slice = slots[s];
+        CellSlice &slice = slots[s];
+        slice.read(at, lists);
         for (std::size_t r = 0; r < slice.size; ++r) {
           SimpleDataRecord *record = rows->record();
           // The cells before an unread one go in first, as their failures come first.
@@ -699,21 +700,32 @@ class Checker {
     }
     const Cell &cell(std::size_t row, std::size_t column) const { return cells[row * width + column]; }
 
-    // Reads rows [first, first + size) of the lists, one per column. Column
-    // by column: the cells of a column were made one after another and
-    // mostly lie side by side. A row's cells after an unread one stay
-    // unread. Needs the GIL.
+    // Reads rows [first, first + size) of the lists, one per column, which
+    // nobody changes meanwhile. Column by column: the cells of a column were
+    // made one after another and mostly lie side by side. Most cells are
+    // read without the GIL (readPlainCell), so that threads read their
+    // slices side by side; the others after them, with the GIL taken once,
+    // in the same order. A row's cells after an unread one stay unread.
     void read(const std::vector<Column> &at, const std::vector<PyObject *> &lists) {
       std::fill(unread.begin(), unread.begin() + static_cast<std::ptrdiff_t>(size), width);
+      auto item = [&](std::size_t c, std::size_t r) {
+        return PyList_GET_ITEM(lists[c], static_cast<Py_ssize_t>(first + r));
+      };
+      others.clear();
       for (std::size_t c = 0; c < width; ++c) {
         for (std::size_t r = 0; r < size; ++r) {
-          if (unread[r] < c) continue;
-          try {
-            readCell(at[c], PyList_GET_ITEM(lists[c], static_cast<Py_ssize_t>(first + r)), &cells[r * width + c]);
-          } catch (const CellError &e) {
-            reasons[r] = e.message;
-            unread[r] = c;
-          }
+          if (!readPlainCell(at[c], item(c, r), &cells[r * width + c])) others.emplace_back(c, r);
+        }
+      }
+      if (others.empty()) return;
+      py::gil_scoped_acquire gil;
+      for (auto [c, r] : others) {
+        if (unread[r] < c) continue;
+        try {
+          readCell(at[c], item(c, r), &cells[r * width + c]);
+        } catch (const CellError &e) {
+          reasons[r] = e.message;
+          unread[r] = c;
         }
       }
     }
@@ -726,6 +738,7 @@ class Checker {
     // could) and why.
     std::vector<std::size_t> unread;
     std::vector<std::string> reasons;
+    std::vector<std::pair<std::size_t, std::size_t>> others;  // (column, row) of the cells that need the GIL
   };
 
   // What a run's log needs held, if there is a log.

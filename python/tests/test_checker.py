@@ -1,11 +1,13 @@
 """The package quorel against the example module Antrag: records, materials,
 every problem attribute, errors and threads."""
 import concurrent.futures
+import datetime
 import json
 import os
 import sqlite3
 import subprocess
 
+import numpy as np
 import pandas as pd
 import pytest
 
@@ -197,9 +199,20 @@ def test_rows_checked_on_several_threads_come_out_as_on_one(module, gemeinden, t
     frame.to_csv(path, sep=";", index=False, encoding="cp1252", errors="replace")  # the file has no such name
     # Chunks smaller than the frame: the threads' kinds carry over from chunk to chunk.
     monkeypatch.setattr(quorel, "_CHUNK_ROWS", 700)
+    # Cells of every kind, so that threads read those that take Python (whole
+    # numbers, dates, pandas' missing values, numpy scalars, a value that
+    # cannot be a field) beside those that they read alone.
+    mixed = frame.astype(object)
+    mixed.loc[6::11, "Antrag.Kinder#"] = 1  # beside the failing sizes
+    mixed.loc[5::13, "Antrag.Betrag"] = 123.5
+    mixed.loc[6::17, "Antrag.Antragsdatum"] = datetime.date(2024, 1, 15)
+    mixed.loc[8::19, "Antrag.Antragsteller.Vorname"] = pd.NA
+    mixed.loc[9::23, "Antrag.Adresse.Ort"] = True
+    mixed.loc[10::29, "Antrag.Einkommen[0]"] = np.float64(2500.0)
+    mixed.loc[1234, "Antrag.Adresse.Strasse"] = object()
     options = dict(flow="Pruefung", materials={"Gemeinden": gemeinden})
     alone = quorel.Checker(module, jobs=1, **options)
-    for source, failures in ((frame, 7), (str(path), 5)):
+    for source, failures in ((frame, 7), (mixed, 8), (str(path), 5)):
         want = alone.check_frame(source)
         assert want["failure"].notna().sum() == failures and len(want) > 3000
         for jobs in (2, 3):
