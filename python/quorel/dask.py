@@ -97,14 +97,15 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     other options are those of quorel.Checker, but jobs is 1 unless given:
     each partition is checked on one thread of its worker.
 
-    The module, the flow, the materials' names, the columns of materials
-    given as DataFrames and the columns of the records (a Dask DataFrame's,
-    or the header of each file or source) are checked here, once: errors are
-    raised and ColumnWarning and MaterialWarning given here before anything
-    is computed, and never again by the workers. The columns of a material
-    given as a path or connection string are checked where a worker loads
-    it: a column that names no field under strict, or a header of which no
-    column does, fails the computation with its message."""
+    The module, the flow, the materials' names, the columns of the
+    materials at hand (DataFrames, and CSV files that this process reaches,
+    up to MATERIAL_AT_HAND bytes) and the columns of the records (a Dask
+    DataFrame's, or the header of each file or source) are checked here,
+    once: errors are raised and ColumnWarning, MaterialWarning and
+    FileEncodingWarning given here before anything is computed, and never
+    again by the workers. Any other material is checked where a worker
+    loads it: a mistake fails the computation with its message, and a
+    warning goes unseen."""
     if not isinstance(module, quorel.RuleModule):
         module = quorel.RuleModule(module, module_name)
     rules = pickle.dumps(module)
@@ -123,11 +124,8 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     files = None if database or not isinstance(records, (str, os.PathLike, list, tuple)) else _files(records)
     if not database and files is None and not isinstance(records, dd.DataFrame):
         raise TypeError("records must be a dask.dataframe.DataFrame, CSV files or a connection string")
-    # The materials' names, and the columns of those at hand: a file or a
-    # database may be reachable from the workers alone, where a column that
-    # names no field is an error still, but a warning goes unseen.
-    here = quorel.Checker(module, materials={n: v.iloc[:0] if isinstance(v, pd.DataFrame) else pd.DataFrame()
-                                             for n, v in zip(names, values)},
+    # The materials' names, and the columns and encodings of those at hand.
+    here = quorel.Checker(module, materials={n: _at_hand(v) for n, v in zip(names, values)},
                           **{k: v for k, v in options.items() if k != "log"})
     if database:
         here._engine._report_source_columns(records)
@@ -139,6 +137,28 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     here._report_frame(records._meta)
     return records.map_partitions(_check_partition, token, rules, options, names, *values,
                                   meta=_meta(records._meta.index), align_dataframes=False)
+
+
+# The largest material file that the client loads to check it as the
+# workers will load it.
+MATERIAL_AT_HAND = 64 << 20
+
+
+def _at_hand(material):
+    """What the client checks a material by: a DataFrame's columns; a CSV
+    file that the client reaches and that is small enough to load once more,
+    itself, so that its columns and encoding are told as check_frame tells
+    them; else nothing but its name. A file or database that the workers
+    alone reach, or a large file, is checked where a worker loads it: a
+    mistake fails the computation with its message, but a warning goes
+    unseen."""
+    if isinstance(material, pd.DataFrame):
+        return material.iloc[:0]
+    if isinstance(material, (str, os.PathLike)) and not quorel._quorel._names_database(os.fspath(material)):
+        path = os.fspath(material)
+        if os.path.isfile(path) and os.path.getsize(path) <= MATERIAL_AT_HAND:
+            return path
+    return pd.DataFrame()
 
 
 def _files(records):

@@ -177,3 +177,17 @@ def test_warnings_reach_the_client_once(partitions, antrag_library, gemeinden, r
     with warnings.catch_warnings():
         warnings.simplefilter("error", quorel.MaterialWarning)
         assert len(result.compute(scheduler="sync")) > 0
+    # A material file at hand is loaded here once to tell its columns and
+    # its encoding, here in UTF-8 where Windows-1252 is expected.
+    at_hand = os.path.join(os.path.dirname(partitions), "gemeinden_kreis.csv")
+    table.to_csv(at_hand, sep=";", index=False, encoding="utf-8")
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        result = quorel.dask.check(partitions, os.path.join(rules_dir, "antrag.qr"), materials={"Gemeinden": at_hand})
+    told = sorted(w.category.__name__ for w in caught
+                  if issubclass(w.category, (quorel.MaterialWarning, quorel.FileEncodingWarning)))
+    assert told == ["FileEncodingWarning", "MaterialWarning"], told
+    with warnings.catch_warnings():
+        for told_once in (quorel.MaterialWarning, quorel.FileEncodingWarning):
+            warnings.simplefilter("error", told_once)
+        assert len(result.compute(scheduler="sync")) > 0
