@@ -147,9 +147,8 @@ TEST(MaterialTest, AMaterialsColumnsAreCheckedAgainstItsFieldsAtStartUp) {
   Ran strict = check(flow + "--strict --material Regionen=" + extra + " " + kFaults + records);
   EXPECT_EQ(2, strict.status);
   EXPECT_EQ("", strict.out);
-  EXPECT_EQ("quorel-check: " + extra + ": material Regionen: column Regionen.Kreis names no field: Regionen has "
-            "no field Kreis\n",
-            strict.err);
+  const std::string warning = "warning: ";
+  EXPECT_EQ(std::string(warned.err).erase(warned.err.find(warning), warning.size()), strict.err);
 
   // A material's file is looked at for its encoding as the records' is.
   std::string utf8 = write("utf8_regionen.csv", "Regionen.Name\nS\xC3\xBC" "d\n");
