@@ -206,13 +206,8 @@ int fail(const std::string &message) {
   return 2;
 }
 
-// What the start of a CSV file says against the encoding it is read in,
-// with what to pass instead; empty when nothing does or for a database.
-std::string encodingAdvice(const quorel::host::RowSource &source) {
-  auto *file = dynamic_cast<const quorel::host::CsvRowSource *>(&source);
-  if (file == nullptr || file->encodingDoubt().message.empty()) return std::string();
-  return file->encodingDoubt().message + ": pass --encoding " + file->encodingDoubt().fits;
-}
+// How a user chooses another encoding, for host::encodingAdvice.
+constexpr char kChooseEncoding[] = "--encoding ENCODING";
 
 // Lines after the first of a message, indented under it.
 std::string indent(std::string lines) {
@@ -380,7 +375,7 @@ class Progress {
 class Materials {
  public:
   // Loads (or opens) the material; false with a message. The encoding and
-  // the columns of a file are checked first (see encodingAdvice and
+  // the columns of a file are checked first (see host::encodingAdvice and
   // checkMaterialColumns): warnings are written here, errors make the
   // message.
   bool add(const std::string &name, const std::string &where, quorel::host::FileEncoding encoding,
@@ -388,7 +383,7 @@ class Materials {
     if (!quorel::host::SqlSource::names(where)) {
       auto source = quorel::host::CsvRowSource::open(where, message, encoding);
       if (source == nullptr) return false;
-      std::string advice = encodingAdvice(*source);
+      std::string advice = quorel::host::encodingAdvice(*source, kChooseEncoding);
       if (!advice.empty() && strict) {
         *message = advice;
         return false;
@@ -513,7 +508,7 @@ int main(int argc, char **argv) {
   settings.logger = logger.get();
   for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
 
-  std::string advice = encodingAdvice(*records);
+  std::string advice = quorel::host::encodingAdvice(*records, kChooseEncoding);
   if (!advice.empty() && options.strict) return fail(advice);
   if (!advice.empty()) std::cerr << "quorel-check: warning: " << advice << "\n";
   quorel::host::RecordLayout layout(records->columns());

@@ -102,5 +102,14 @@ bool CsvRowSource::next(Row *row) {
   return true;
 }
 
+std::string encodingAdvice(const RowSource &source, const std::string &howToChoose) {
+  auto *file = dynamic_cast<const CsvRowSource *>(&source);
+  if (file == nullptr || file->encodingDoubt().message.empty()) return std::string();
+  std::string how = howToChoose;
+  std::size_t at = how.find("ENCODING");
+  if (at != std::string::npos) how.replace(at, 8, file->encodingDoubt().fits);
+  return file->encodingDoubt().message + ": pass " + how;
+}
+
 }  // namespace host
 }  // namespace quorel

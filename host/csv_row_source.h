@@ -59,6 +59,13 @@ class CsvRowSource : public RowSource {
   bool ended_ = false;
 };
 
+// What the start of a CSV file says against the encoding it is read in,
+// followed by how to choose the one that fits: howToChoose in the front
+// end's words, in which ENCODING stands for the encoding's name
+// ("--encoding ENCODING"). Empty when nothing does, or for a source that is
+// no CSV file.
+std::string encodingAdvice(const RowSource &source, const std::string &howToChoose);
+
 }  // namespace host
 }  // namespace quorel
 

@@ -40,15 +40,15 @@ std::string_view ownText(PyObject *cell) {
   return std::string_view(reinterpret_cast<const char *>(text), length);
 }
 
-// An empty field: None, NaN, pandas' missing values, and the empty text (an
-// empty cell, as in a table).
+// An empty field, beside those that readPlainCell knows (None, the empty
+// text, a float NaN of a field column): NaN of another float, and pandas'
+// missing values.
 bool isMissing(const py::handle &cell) {
-  if (cell.is_none()) return true;
-  if (PyUnicode_Check(cell.ptr())) return PyUnicode_GET_LENGTH(cell.ptr()) == 0;
+  if (PyUnicode_Check(cell.ptr())) return false;
   if (PyFloat_Check(cell.ptr())) return std::isnan(PyFloat_AS_DOUBLE(cell.ptr()));
   static Imported missing("pandas", "isna");
   // pandas.NA, NaT and numpy's not-a-number scalars.
-  return !py::isinstance<py::str>(cell) && !py::isinstance<py::int_>(cell) && missing.get()(cell).cast<bool>();
+  return !py::isinstance<py::int_>(cell) && missing.get()(cell).cast<bool>();
 }
 
 bool isDate(const py::handle &cell) {

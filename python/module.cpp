@@ -787,9 +787,8 @@ class Checker {
   // (see host::doubtEncoding): a FileEncodingWarning, or ValueError when
   // strict.
   void reportEncoding(const host::RowSource &rows) const {
-    auto *file = dynamic_cast<const host::CsvRowSource *>(&rows);
-    if (file == nullptr || file->encodingDoubt().message.empty()) return;
-    std::string advice = file->encodingDoubt().message + ": pass encoding=\"" + file->encodingDoubt().fits + "\"";
+    std::string advice = host::encodingAdvice(rows, "encoding=\"ENCODING\"");
+    if (advice.empty()) return;
     if (strict_) throw py::value_error(advice);
     if (warn_ && PyErr_WarnEx(fileEncodingWarningType.ptr(), advice.c_str(), 2) != 0) throw py::error_already_set();
   }
