@@ -40,7 +40,7 @@ class Value;
 namespace lang {
 
 class DeclaredTopic;
-struct Routine;  // a rule, function or field check, built (program.cpp)
+struct Routine;  // a rule, function or field check, built (program_nodes.h)
 
 class Program {
  public:
