@@ -43,6 +43,18 @@ bool CsvReader::refill() {
   return !ended_;
 }
 
+bool CsvReader::seek(std::int64_t offset, std::int64_t linesBefore) {
+  in_.clear();
+  in_.seekg(offset);
+  buffer_.clear();
+  position_ = 0;
+  newlineKnown_ = false;
+  again_.clear();
+  ended_ = false;
+  linesRead_ = linesBefore;
+  return static_cast<bool>(in_);
+}
+
 const char *CsvReader::lineEnd(const char *begin, const char *end) {
   if (!newlineKnown_ || buffer_.data() + newline_ < begin) {
     const void *newline = std::memchr(begin, '\n', static_cast<std::size_t>(end - begin));

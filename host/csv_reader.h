@@ -39,6 +39,10 @@ class CsvReader {
   // the end of the input or when it cannot be read. A row with an unclosed
   // quote sets error() and is given as read on its first line.
   bool next(std::vector<std::string> *cells);
+  // Goes on reading at the byte offset of the input, which begins a line
+  // after linesBefore others; the separator stays the one the header chose.
+  // The input must be seekable; false when it cannot be read there.
+  bool seek(std::int64_t offset, std::int64_t linesBefore);
   // The line on which the last row began, from 1.
   std::int64_t line() const { return rowLine_; }
   // The last line read in full.

@@ -44,6 +44,26 @@ std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::s
   return source;
 }
 
+std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, const CsvPart &part,
+                                                 std::string *message, FileEncoding encoding) {
+  std::unique_ptr<CsvRowSource> source = open(file, message, encoding);
+  if (source == nullptr || part.whole()) return source;
+  std::error_code error;
+  auto size = static_cast<std::int64_t>(std::filesystem::file_size(file, error));
+  if (error || size != part.fileSize) {
+    *message = file + " has changed since it was cut into parts (" + std::to_string(part.fileSize) +
+               " bytes then, " + (error ? error.message() : std::to_string(size) + " bytes now") + ")";
+    return nullptr;
+  }
+  if (part.byte > 0 && !source->reader_.seek(part.byte, part.lines)) {
+    *message = fileError("read", file, "cannot go to byte " + std::to_string(part.byte));
+    return nullptr;
+  }
+  source->records_ = part.rows;
+  source->last_ = part.rows + part.count;
+  return source;
+}
+
 namespace {
 
 // Whether the text is ASCII without a NUL, which reads the same in UTF-8
@@ -77,7 +97,7 @@ bool CsvRowSource::decode(std::vector<std::string> *cells, std::string *error) c
 }
 
 bool CsvRowSource::next(Row *row) {
-  if (ended_) return false;
+  if (ended_ || records_ == last_) return false;
   row->error.clear();
   row->nulFree = false;
   do {

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "quorel/host/csv_parts.h"
 #include "quorel/host/csv_reader.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/encoding_doubt.h"
@@ -30,6 +31,11 @@ class CsvRowSource : public RowSource {
   // the file cannot be opened or read (with the system's reason and the
   // full path looked at) or has no header row.
   static std::unique_ptr<CsvRowSource> open(const std::string &file, std::string *message,
+                                            FileEncoding encoding = FileEncoding::kWindows1252);
+  // The same for the rows of one part of the file (see splitCsvFile), which
+  // keep their numbers and lines in the whole file; also null with a
+  // message when the file's size is no longer the one it was cut at.
+  static std::unique_ptr<CsvRowSource> open(const std::string &file, const CsvPart &part, std::string *message,
                                             FileEncoding encoding = FileEncoding::kWindows1252);
 
   const std::vector<std::string> &columns() const override { return columns_; }
@@ -56,6 +62,7 @@ class CsvRowSource : public RowSource {
   EncodingDoubt doubt_;
   std::vector<std::string> columns_;
   std::int64_t records_ = 0;
+  std::int64_t last_ = -1;  // the number of the last record to read; -1: to the end
   bool ended_ = false;
 };
 

@@ -20,6 +20,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <tuple>
 #include <string>
 #include <thread>
 #include <unordered_map>
@@ -34,6 +35,7 @@
 
 #include "quorel/host/checker.h"
 #include "quorel/host/column_check.h"
+#include "quorel/host/csv_parts.h"
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/load_error.h"
@@ -139,6 +141,26 @@ std::int64_t countRows(const std::string &text) {
   if (!counted) raiseDatabaseError(message);
   return count;
 #endif
+}
+
+// A part of a CSV file as Python holds it: (byte, lines, rows, count,
+// file size), see host::CsvPart.
+using PartTuple = std::tuple<std::int64_t, std::int64_t, std::int64_t, std::int64_t, std::int64_t>;
+
+// The parts of about block bytes each that a CSV file is cut into;
+// ValueError when it cannot be read.
+std::vector<PartTuple> csvParts(const std::string &file, std::int64_t block) {
+  std::vector<host::CsvPart> parts;
+  std::string message;
+  bool split;
+  {
+    py::gil_scoped_release release;
+    split = host::splitCsvFile(file, block, &parts, &message);
+  }
+  if (!split) throw py::value_error(message);
+  std::vector<PartTuple> out;
+  for (const host::CsvPart &p : parts) out.emplace_back(p.byte, p.lines, p.rows, p.count, p.fileSize);
+  return out;
 }
 
 py::str decode(const char *text) { return py::str(host::toUtf8(text)); }
@@ -590,12 +612,16 @@ class Checker {
 
   // The same for the rows of a CSV file or a database source (a connection
   // string), rows [offset, offset + limit) of a database (all from offset
-  // when limit < 0; a file is read whole), labelled by the row's number in
-  // the source from 0. Raises ValueError for a file and DatabaseError for a
-  // database that cannot be read.
-  py::dict checkSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
-    if (!host::SqlSource::names(text)) offset = 0;
-    std::unique_ptr<host::RowSource> rows = openSource(text, offset, limit);
+  // when limit < 0; a file is read whole, or the part of it that part
+  // names), labelled by the row's number in the source from 0. Raises
+  // ValueError for a file and DatabaseError for a database that cannot be
+  // read.
+  py::dict checkSource(const std::string &text, std::int64_t offset, std::int64_t limit,
+                       const std::optional<PartTuple> &part) {
+    host::CsvPart cut;
+    if (part) std::tie(cut.byte, cut.lines, cut.rows, cut.count, cut.fileSize) = *part;
+    if (!host::SqlSource::names(text)) offset = cut.rows;
+    std::unique_ptr<host::RowSource> rows = openSource(text, offset, limit, cut);
     reportEncoding(*rows);
     refuseRepeatedColumns(rows->columns());
     reportColumns(rows->columns());
@@ -744,16 +770,17 @@ class Checker {
   // What a run's log needs held, if there is a log.
   std::mutex *logMutex() { return logger_ != nullptr ? &logMutex_ : nullptr; }
 
-  // Opens a CSV file (whole) or rows [offset, offset + limit) of a database
-  // source; raises ValueError for a file and DatabaseError for a database
-  // that cannot be opened.
-  std::unique_ptr<host::RowSource> openSource(const std::string &text, std::int64_t offset, std::int64_t limit) {
+  // Opens a part of a CSV file (the whole file by default) or rows
+  // [offset, offset + limit) of a database source; raises ValueError for a
+  // file and DatabaseError for a database that cannot be opened.
+  std::unique_ptr<host::RowSource> openSource(const std::string &text, std::int64_t offset, std::int64_t limit,
+                                              const host::CsvPart &part = host::CsvPart()) {
     if (host::SqlSource::names(text)) return openDatabase(text, offset, limit);
     std::unique_ptr<host::RowSource> rows;
     std::string message;
     {
       py::gil_scoped_release release;
-      rows = host::CsvRowSource::open(text, &message, encoding_);
+      rows = host::CsvRowSource::open(text, part, &message, encoding_);
     }
     if (rows == nullptr) throw py::value_error(message);
     return rows;
@@ -1038,8 +1065,10 @@ PYBIND11_MODULE(_quorel, m) {
       .def("_text_fields", &Checker::textFields, py::arg("names"))
       .def("_report_columns", &Checker::reportColumnNames, py::arg("names"))
       .def("_report_source_columns", &Checker::reportSourceColumns, py::arg("source"))
-      .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"));
+      .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"),
+           py::arg("part") = py::none());
   m.def("_count_rows", &countRows, py::arg("source"));
+  m.def("_csv_parts", &csvParts, py::arg("file"), py::arg("block"));
   // Whether a text is a connection string rather than a file's path.
   m.def("_names_database", &quorel::host::SqlSource::names, py::arg("text"));
   // The kinds of database this build reads.

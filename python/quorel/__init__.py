@@ -170,12 +170,12 @@ class Checker:
                               "the form of the text are lost: read the records with dtype=str"
                               % (names[i], records.dtypes.iloc[i]), ColumnWarning, stacklevel=4)
 
-    def _check_rows(self, source, offset, limit):
+    def _check_rows(self, source, offset, limit, part=None):
         """The problems of rows [offset, offset + limit) of a database source
-        (to its end when limit < 0), or of a whole CSV file, labelled by row
-        number."""
+        (to its end when limit < 0), or of a CSV file (whole, or the part of
+        it from _csv_parts), labelled by row number."""
         import pandas as pd
-        out = self._engine._check_source(source, int(offset), int(limit))
+        out = self._engine._check_source(source, int(offset), int(limit), part)
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
 
 

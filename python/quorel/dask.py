@@ -1,8 +1,9 @@
 """Distributed checking of Dask DataFrames, CSV files and database tables.
 
 check() maps every partition to its problem frame; CSV files are read by the
-workers themselves, a file a partition, and a database source (a connection
-string) is split into slices of rows that each worker reads for itself.
+workers themselves, a file or a part of a large file a partition, and a
+database source (a connection string) is split into slices of rows that each
+worker reads for itself.
 Each worker process
 loads the rule module once (its threads get a rule set each behind the
 scenes) and loads the materials once: from a path that every worker can
@@ -47,12 +48,12 @@ def _check_partition(part, key, rules, options, names, *materials):
     return _checker(key, rules, options, names, materials).check_frame(part)
 
 
-def _check_slice(source, offset, limit, key, rules, options, names, *materials):
-    return _checker(key, rules, options, names, materials)._check_rows(source, offset, limit)
+def _check_slice(source, offset, limit, key, rules, options, names, *materials, part=None):
+    return _checker(key, rules, options, names, materials)._check_rows(source, offset, limit, part)
 
 
-def _check_file(file, key, rules, options, names, *materials):
-    frame = _check_slice(file, 0, -1, key, rules, options, names, *materials)
+def _check_file(file, part, key, rules, options, names, *materials):
+    frame = _check_slice(file, 0, -1, key, rules, options, names, *materials, part=part)
     frame["source"] = pd.Categorical.from_codes(np.zeros(len(frame), np.int8), categories=[file])
     return frame
 
@@ -68,8 +69,12 @@ def _meta(index, source=False):
 # Rows per slice of a database source when npartitions is not given.
 ROWS_PER_PARTITION = 50000
 
+# The size of the parts that a large CSV file is cut into, as
+# dask.dataframe.read_csv's blocksize.
+BLOCKSIZE = 64 << 20
 
-def check(records, module, module_name=None, materials=None, npartitions=None, **options):
+
+def check(records, module, module_name=None, materials=None, npartitions=None, blocksize=BLOCKSIZE, **options):
     """A Dask DataFrame of the problems of every row of the records, exactly
     as quorel.check_frame gives them.
 
@@ -88,10 +93,17 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     or a query); one without is refused with DatabaseError.
     records may also be CSV files: a glob pattern (expanded here), a path or
     a list of paths, each file reachable here and by every worker at that
-    path. Each file is one partition, read by a worker with quorel's own CSV
-    reader (as quorel.check_frame reads a CSV path) and labelled by row
-    number from 0, as dask.dataframe.read_csv(files, blocksize=None) labels
-    its rows; a last column, source, names the file of each problem.
+    path. A file is read by the workers with quorel's own CSV reader (as
+    quorel.check_frame reads a CSV path), its rows labelled by row number
+    from 0, as dask.dataframe.read_csv(files, blocksize=None) labels them,
+    and each problem names its file in a last column, source. A file larger
+    than blocksize bytes (default BLOCKSIZE, 64 MiB) is cut into parts of
+    about that size at line ends, a partition each, which this process
+    finds in one pass over the file; the rows keep their labels and lines,
+    and a worker refuses a part of a file whose size has changed since. A
+    file that holds a quote anywhere is not cut, since a quoted cell may
+    hold a line end: it is one partition, as is every file with
+    blocksize=None.
     materials: {name: CSV path or connection string reachable by every
     worker, pandas DataFrame, or a Future of a scattered DataFrame}; the
     other options are those of quorel.Checker, but jobs is 1 unless given:
@@ -133,7 +145,7 @@ def check(records, module, module_name=None, materials=None, npartitions=None, *
     if files is not None:
         for file in files:
             here._engine._report_source_columns(file)
-        return _check_files(files, token, rules, options, names, values)
+        return _check_files(files, blocksize, token, rules, options, names, values)
     here._report_frame(records._meta)
     return records.map_partitions(_check_partition, token, rules, options, names, *values,
                                   meta=_meta(records._meta.index), align_dataframes=False)
@@ -180,10 +192,12 @@ def _shipped(values):
     return [dask.delayed(v, pure=True) if isinstance(v, pd.DataFrame) else v for v in values]
 
 
-def _check_files(files, token, rules, options, names, values):
+def _check_files(files, blocksize, token, rules, options, names, values):
     check_file = dask.delayed(_check_file, pure=True)
     values = _shipped(values)
-    parts = [check_file(f, token, rules, options, names, *values) for f in files]
+    parts = [check_file(f, part, token, rules, options, names, *values)
+             for f in files
+             for part in (quorel._quorel._csv_parts(f, int(blocksize)) if blocksize else [None])]
     return dd.from_delayed(parts, meta=_meta(pd.Index([], dtype="int64"), source=True), verify_meta=False)
 
 

@@ -112,6 +112,34 @@ def test_database_table_in_slices(client, generated, antrag_library, gemeinden, 
         quorel.dask.check("sqlite:%s?query=SELECT * FROM antraege" % file, antrag_library, "Antrag", **options)
 
 
+def test_a_large_file_is_checked_in_parts(client, generated, antrag_library, gemeinden, tmp_path):
+    """Parts of one file give what check_frame gives for the whole file:
+    labels, lines (with "\r\n" ends and blank lines among them) and rows that
+    are not checked."""
+    lines = generated.splitlines()
+    text = b"\r\n".join(lines[:500] + [b"", b"kaputt;1"] + lines[500:] + [b""])
+    assert b'"' not in text
+    file = tmp_path / "antraege.csv"
+    file.write_bytes(text)
+    options = dict(flow="Pruefung", materials={"Gemeinden": gemeinden})
+    want = quorel.check_frame(str(file), quorel.RuleModule(antrag_library, "Antrag"), **options)
+    assert "kaputt" not in want["text"].iloc[0] and (want["line"] == 502).any()
+    result = quorel.dask.check(str(file), antrag_library, "Antrag", blocksize=len(text) // 7, **options)
+    assert result.npartitions == 7
+    got = client.compute(result).result()
+    assert set(got.pop("source")) == {str(file)}
+    pd.testing.assert_frame_equal(got, want, check_categorical=False)
+    # A quote anywhere keeps the file whole; a file changed since it was cut is refused.
+    assert quorel.dask.check(str(file), antrag_library, "Antrag", blocksize=None, **options).npartitions == 1
+    quoted = tmp_path / "quoted.csv"
+    quoted.write_bytes(text.replace(b"kaputt", b'"kaputt"'))
+    assert quorel.dask.check(str(quoted), antrag_library, "Antrag", blocksize=1000, **options).npartitions == 1
+    result = quorel.dask.check(str(file), antrag_library, "Antrag", blocksize=len(text) // 2, **options)
+    file.write_bytes(text + lines[1] + b"\r\n")
+    with pytest.raises(ValueError, match="has changed since it was cut into parts"):
+        result.compute(scheduler="sync")
+
+
 def test_local_scheduler_and_bad_input(partitions, antrag_library, gemeinden):
     ddf = read(partitions)
     result = quorel.dask.check(ddf, antrag_library, "Antrag", flow="Pruefung", materials={"Gemeinden": gemeinden})

@@ -111,13 +111,7 @@ TEST(CsvRowSourceTest, ABlankLineIsSkippedAndAnEmptyQuotedCellIsARow) {
     std::string message;
     auto source = CsvRowSource::open(path, &message);
     EXPECT_NE(nullptr, source) << message;
-    std::vector<std::string> seen;
-    Row row;
-    while (source != nullptr && source->next(&row)) {
-      std::string cells;
-      for (const std::string &cell : row.cells) cells += "[" + cell + "]";
-      seen.push_back(std::to_string(row.place.record) + "@" + std::to_string(row.place.line) + cells + row.error);
-    }
+    std::vector<std::string> seen = source != nullptr ? rowsRead(source.get()) : std::vector<std::string>();
     std::remove(path.c_str());
     return seen;
   };

@@ -1,6 +1,6 @@
 // VectorRows: a row source over rows held in memory, for tests of what reads
 // row sources. Records count from 1, each on the line after the former, the first below
-// a header.
+// a header. rowsRead: what a source gives, in a form tests compare.
 
 #ifndef QUOREL_TESTS_HOST_VECTOR_ROWS_H_
 #define QUOREL_TESTS_HOST_VECTOR_ROWS_H_
@@ -36,6 +36,18 @@ class VectorRows : public RowSource {
   std::size_t next_ = 0;
   std::string name_ = "orte";
 };
+
+// Each row that source gives from here on as "record@line[cell][cell]error".
+inline std::vector<std::string> rowsRead(RowSource *source) {
+  std::vector<std::string> seen;
+  Row row;
+  while (source->next(&row)) {
+    std::string cells;
+    for (const std::string &cell : row.cells) cells += "[" + cell + "]";
+    seen.push_back(std::to_string(row.place.record) + "@" + std::to_string(row.place.line) + cells + row.error);
+  }
+  return seen;
+}
 
 }  // namespace host
 }  // namespace quorel
