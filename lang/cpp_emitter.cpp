@@ -93,56 +93,6 @@ const char *operatorName(std::int32_t op) {
   return kNames[op >= 0 && op < 6 ? op : 0];
 }
 
-// The helpers a generated module may need, each written into it only when
-// it is used: the few steps of a run that are more than one library call.
-struct Helper {
-  const char *name;
-  const char *text;
-};
-constexpr Helper kHelpers[] = {
-    {"keep", R"(// A variable keeps its value beyond the section it was made in: a value
-// from a section inside the variable's own is copied into the latter.
-Value *keep(RuntimeContext *rt, Value *value, PlausiSection *home) {
-  if (home == rt->getCurrentSection()) return value;
-  std::unique_ptr<Value> copy(value->copy());
-  home->addLocalObject(copy.get());
-  return copy.release();
-}
-)"},
-    {"sizeOf", R"(// The size of the dimension after indices: the declared one, else the record's.
-std::int32_t sizeOf(RuntimeContext *rt, FieldDescriptor *array, std::int32_t declared, std::int32_t *indices) {
-  return declared != 0 ? declared : rt->getDataRecord()->getSize(array, indices);
-}
-)"},
-    {"newProblem", R"(// A new problem with its id and its reference field's declaration.
-PlausiProblem *newProblem(RuntimeContext *rt, std::int32_t type, std::int32_t weight, const char *id,
-                          FieldDescriptor *field) {
-  PlausiProblem *problem = rt->createProblem(static_cast<ProblemType>(type), weight);
-  problem->setId(id);
-  if (field != nullptr) {
-    problem->setReferenceField(field);
-    TypeDescriptor *declared = field->getTypeDescriptor();
-    problem->setFieldDisplayName(declared->getFieldNameDisplay());
-    problem->setFieldType(declared->getFieldType());
-    problem->setFieldMask(declared->getMask());
-  }
-  return problem;
-}
-)"},
-    {"externalFunction", R"(// The host's function of that name; a run without it fails.
-ExternalFunction externalFunction(RuntimeContext *rt, const char *name) {
-  ExternalFunction function = rt->getExternalFunction(name);
-  if (function == nullptr) {
-    std::string message = std::string("Die externe Funktion ") + name + " ist nicht vorhanden.";
-    throw PlausiException(EXCEPTION_GENERAL, message.c_str());
-  }
-  return function;
-}
-
-Value *orInvalid(RuntimeContext *rt, Value *value) { return value != nullptr ? value : rt->createInvalidValue(); }
-)"},
-};
-
 class Emitter {
  public:
   Emitter(const RuleSet &rules, const std::string &source) : m_(rules.module()), source_(source) {}
@@ -161,9 +111,6 @@ class Emitter {
     std::string classes;
     for (const FieldDecl *group : groupOrder_) classes += topicClass(group);
     classes += rulesClass();
-    for (const Helper &helper : kHelpers) {
-      if (used_.count(helper.name) != 0) out += std::string("\n") + helper.text;
-    }
     // The field checks are registered in the constructor, before their
     // definitions: declared first.
     out += "\nclass Rules;\n" + checkDeclarations_ + "\n";
@@ -447,11 +394,6 @@ class Emitter {
     line(text);
   }
   std::string temp(const char *prefix = "v") { return prefix + std::to_string(temp_++); }
-  // The name of a helper, which the module will then carry.
-  std::string use(const char *helper) {
-    used_.insert(helper);
-    return helper;
-  }
 
   void block(const Block &body) {
     for (const StmtPtr &stmt : body) statement(*stmt);
@@ -492,7 +434,7 @@ class Emitter {
       case kAssign: {
         std::string v = value(*stmt.exprs[0]);
         std::string n = std::to_string(stmt.slot);
-        line("l" + n + " = " + use("keep") + "(rt, " + v + ", h" + n + ");");
+        line("l" + n + " = keepInSection(rt, " + v + ", h" + n + ");");
         break;
       }
       case kSection:
@@ -546,7 +488,7 @@ class Emitter {
       }
       case kReturn: {
         std::string v = value(*stmt.exprs[0]);
-        line("return " + use("keep") + "(rt, " + v + ", entry);");
+        line("return keepInSection(rt, " + v + ", entry);");
         break;
       }
     }
@@ -569,7 +511,7 @@ class Emitter {
     }
     std::string array = path(*over.path);
     std::string count = temp("count");
-    line("std::int32_t " + count + " = " + use("sizeOf") + "(rt, " + array + ", " + std::to_string(over.path->decl->dims[0]) + ", nullptr);");
+    line("std::int32_t " + count + " = dimensionSize(rt, " + array + ", " + std::to_string(over.path->decl->dims[0]) + ", nullptr);");
     std::string i = temp("i");
     open("for (std::int32_t " + i + " = 0; " + i + " < " + count + "; ++" + i + ")");
     sectionOf(stmt);
@@ -608,7 +550,7 @@ class Emitter {
       parts.push_back(part);
     }
     std::string problem = temp("problem");
-    line("PlausiProblem *" + problem + " = " + use("newProblem") + "(rt, " + std::to_string(report.type) + ", " +
+    line("PlausiProblem *" + problem + " = createProblemFor(rt, static_cast<ProblemType>(" + std::to_string(report.type) + "), " +
          std::to_string(report.weight) + ", " + id + ", " + field + ");");
     for (std::size_t c = 0; c < report.clauses.size(); ++c) {
       const Clause &clause = report.clauses[c];
@@ -727,10 +669,10 @@ class Emitter {
       }
       case kExternal: {
         std::string function = temp("function");
-        line("ExternalFunction " + function + " = " + use("externalFunction") + "(rt, " + literal(expr.text) + ");");
+        line("ExternalFunction " + function + " = hostFunction(rt, " + literal(expr.text) + ");");
         std::string args;
         for (const ExprPtr &arg : expr.args) args += ", " + value(*arg);
-        line("Value *" + v + " = orInvalid(rt, " + function + "(rt, " + std::to_string(expr.args.size()) + args + "));");
+        line("Value *" + v + " = resultOrInvalid(rt, " + function + "(rt, " + std::to_string(expr.args.size()) + args + "));");
         return v;
       }
       case kInterval: {
@@ -798,7 +740,7 @@ class Emitter {
     std::size_t n = expr.args.size() - 1;
     if (n > 0) line("std::int32_t " + index + "[] = {" + list + "-1};");
     std::string declared = n < arrayExpr.path->decl->dims.size() ? std::to_string(arrayExpr.path->decl->dims[n]) : "0";
-    return use("sizeOf") + "(rt, " + array + ", " + declared + ", " + (n == 0 ? std::string("nullptr") : index) + ")";
+    return "dimensionSize(rt, " + array + ", " + declared + ", " + (n == 0 ? std::string("nullptr") : index) + ")";
   }
 
   std::string call(const Expr &expr, const std::string &v) {
@@ -913,7 +855,6 @@ class Emitter {
   const Module &m_;
   std::string source_;
   std::string name_;
-  std::set<std::string> used_;
   std::map<const void *, std::string> names_;
   std::set<std::string> classes_;
   std::string checkDeclarations_;

@@ -99,12 +99,6 @@ auto bySource(Source s, Pick pick) {
   }
 }
 
-// The size of the dimension of array after indices: the declared one, or
-// the record's for a size of 0.
-std::int32_t sizeOf(RuntimeContext *runtime, FieldDescriptor *array, std::int32_t declared, std::int32_t *indices) {
-  return declared != 0 ? declared : runtime->getDataRecord()->getSize(array, indices);
-}
-
 bool runBlock(const Op *op, Frame &f) {
   for (; op != nullptr; op = op->next) {
     if (!op->run(*op, f)) return false;
@@ -329,7 +323,7 @@ Value *countOf(const Node &n, Frame &f) {
   std::int32_t index[9];
   for (std::int32_t k = 0; k < count.count; ++k) index[k] = static_cast<std::int32_t>(eval(*count.items[k], f)->asInteger());
   index[count.count] = -1;
-  std::int32_t size = sizeOf(f.rt, array, count.dims[count.count], count.count == 0 ? nullptr : index);
+  std::int32_t size = dimensionSize(f.rt, array, count.dims[count.count], count.count == 0 ? nullptr : index);
   return f.rt->createNumberValue(static_cast<double>(size));
 }
 
@@ -372,16 +366,12 @@ Value *userCall(const Node &n, Frame &f) {
 Value *external(const Node &n, Frame &f) {
   const auto &call = static_cast<const ExternalNode &>(n);
   RuntimeContext *rt = f.rt;
-  ExternalFunction function = rt->getExternalFunction(call.name->c_str());
-  if (function == nullptr) {
-    std::string message = "Die externe Funktion " + *call.name + " ist nicht vorhanden.";
-    throw PlausiException(EXCEPTION_GENERAL, message.c_str());
-  }
+  ExternalFunction function = hostFunction(rt, call.name->c_str());
   Value *a[8] = {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
   for (std::int32_t i = 0; i < call.count && i < 8; ++i) a[i] = eval(*call.items[i], f);
   // The count first, then the values; the function reads as many as it is told.
   Value *result = function(rt, static_cast<int>(call.count), a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7]);
-  return result != nullptr ? result : rt->createInvalidValue();
+  return resultOrInvalid(rt, result);
 }
 
 // The bounds in a and b, the IntervalType in c.
@@ -439,16 +429,9 @@ bool branch(const Op &op, Frame &f) {
 
 bool assign(const Op &op, Frame &f) {
   const auto &set = static_cast<const LetOp &>(op);
-  Value *value = eval(*set.value.node, f);
-  PlausiSection *home = f.homes[set.slot];
-  if (home != f.rt->getCurrentSection()) {
-    // The value would die with the inner section: the variable keeps a
-    // copy in the section it was declared in.
-    std::unique_ptr<Value> copy(value->copy());
-    home->addLocalObject(copy.get());
-    value = copy.release();
-  }
-  f.locals[set.slot] = value;
+  // A value of an inner section would die with it: the variable keeps a
+  // copy in the section it was declared in.
+  f.locals[set.slot] = keepInSection(f.rt, eval(*set.value.node, f), f.homes[set.slot]);
   return true;
 }
 
@@ -478,7 +461,7 @@ bool eachValue(const Op &op, Frame &f) {
 bool eachElement(const Op &op, Frame &f) {
   const auto &loop = static_cast<const EachElementOp &>(op);
   FieldDescriptor *array = resolve(loop.array, f);
-  std::int32_t count = sizeOf(f.rt, array, loop.declared, nullptr);
+  std::int32_t count = dimensionSize(f.rt, array, loop.declared, nullptr);
   std::int32_t index[] = {0, -1};
   bool left = true;
   for (std::int32_t i = 0; i < count; ++i) {
@@ -529,13 +512,7 @@ bool attempt(const Op &op, Frame &f) {
 }
 
 bool giveBack(const Op &op, Frame &f) {
-  Value *result = eval(*static_cast<const ReturnOp &>(op).value, f);
-  if (f.rt->getCurrentSection() != f.entry) {
-    std::unique_ptr<Value> copy(result->copy());
-    f.entry->addLocalObject(copy.get());
-    result = copy.release();
-  }
-  f.result = result;
+  f.result = keepInSection(f.rt, eval(*static_cast<const ReturnOp &>(op).value, f), f.entry);
   f.returned = true;
   return false;
 }
@@ -569,15 +546,7 @@ bool report(const Op &op, Frame &f) {
       }
     }
   }
-  PlausiProblem *problem = rt->createProblem(report.type, report.weight);
-  problem->setId(id);
-  if (field != nullptr) {
-    problem->setReferenceField(field);
-    TypeDescriptor *type = field->getTypeDescriptor();
-    problem->setFieldDisplayName(type->getFieldNameDisplay());
-    problem->setFieldType(type->getFieldType());
-    problem->setFieldMask(type->getMask());
-  }
+  PlausiProblem *problem = createProblemFor(rt, report.type, report.weight, id, field);
   for (std::int32_t c = 0; c < report.count; ++c) {
     const ClauseOp &clause = report.clauses[c];
     const Part &part = parts[c];

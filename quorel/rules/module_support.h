@@ -1,6 +1,8 @@
 // Helpers for the authors of rule modules and rule generators: the two
-// exported entry points in one macro, sections that pair themselves, and
-// topics that build the TypeDescriptor of each field they declare.
+// exported entry points in one macro, sections that pair themselves, topics
+// that build the TypeDescriptor of each field they declare, and the steps of
+// a run that take more than one library call (a value kept beyond its
+// section, a problem with its field's declaration, a host's function).
 //
 // Everything here is a convenience over the interface that generated code is
 // written against; that interface stays as it is, and a module may use both.
@@ -11,6 +13,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <string>
 #include <type_traits>
 
 #include "quorel/model/field.h"
@@ -19,7 +22,13 @@
 #include "quorel/model/topic.h"
 #include "quorel/model/topic_array.h"
 #include "quorel/model/type_descriptor.h"
+#include "quorel/model/data_record.h"
 #include "quorel/rules/plausi.h"
+#include "quorel/rules/plausi_exception.h"
+#include "quorel/rules/plausi_problem.h"
+#include "quorel/rules/plausi_section.h"
+#include "quorel/rules/runtime_context.h"
+#include "quorel/values/value.h"
 
 // Marks a function of a shared library as visible to the loader, also when
 // the module is built with hidden visibility (-fvisibility=hidden).
@@ -151,6 +160,57 @@ class ModuleTopic : public Topic {
     return descriptor.release();
   }
 };
+
+// The steps below are the same in generated modules and in rule files that
+// quorel runs itself, so that a rule file does the same either way.
+
+// The value, kept in home, a section the run has open: a value made in a
+// section inside home would die with that section, so home keeps a copy.
+inline Value *keepInSection(RuntimeContext *rt, Value *value, PlausiSection *home) {
+  if (home == rt->getCurrentSection()) return value;
+  std::unique_ptr<Value> copy(value->copy());
+  home->addLocalObject(copy.get());
+  return copy.release();
+}
+
+// The size of the dimension of array after indices: the declared one, or
+// the record's for a size declared 0.
+inline std::int32_t dimensionSize(RuntimeContext *rt, FieldDescriptor *array, std::int32_t declared,
+                                  std::int32_t *indices) {
+  return declared != 0 ? declared : rt->getDataRecord()->getSize(array, indices);
+}
+
+// A new problem of the run with its id, and with its reference field's
+// display name, type and mask when field is given.
+inline PlausiProblem *createProblemFor(RuntimeContext *rt, ProblemType type, std::int32_t weight, const char *id,
+                                       FieldDescriptor *field) {
+  PlausiProblem *problem = rt->createProblem(type, weight);
+  problem->setId(id);
+  if (field != nullptr) {
+    problem->setReferenceField(field);
+    TypeDescriptor *declared = field->getTypeDescriptor();
+    problem->setFieldDisplayName(declared->getFieldNameDisplay());
+    problem->setFieldType(declared->getFieldType());
+    problem->setFieldMask(declared->getMask());
+  }
+  return problem;
+}
+
+// The host's function of that name; throws (type 0) when the host gave
+// none.
+inline ExternalFunction hostFunction(RuntimeContext *rt, const char *name) {
+  ExternalFunction function = rt->getExternalFunction(name);
+  if (function == nullptr) {
+    std::string message = std::string("Die externe Funktion ") + name + " ist nicht vorhanden.";
+    throw PlausiException(EXCEPTION_GENERAL, message.c_str());
+  }
+  return function;
+}
+
+// What a host's function gave, or an InvalidValue for null.
+inline Value *resultOrInvalid(RuntimeContext *rt, Value *value) {
+  return value != nullptr ? value : rt->createInvalidValue();
+}
 
 }  // namespace quorel
 
