@@ -5,9 +5,9 @@
 // CsvRowSource opened on a part reads its rows alone (see
 // CsvRowSource::open).
 //
-// A quoted cell may hold a line end, and only reading the cells from the
-// start tells whether a line end lies in one. So a file that holds a quote
-// anywhere is not cut: it is one part, read whole.
+// A quoted cell may hold line ends, so the cut follows the quotes as
+// CsvReader reads them, from the start of the file: a part begins where a
+// row begins.
 
 #ifndef QUOREL_HOST_CSV_PARTS_H_
 #define QUOREL_HOST_CSV_PARTS_H_
@@ -32,12 +32,12 @@ struct CsvPart {
   bool whole() const { return byte == 0 && count < 0; }
 };
 
-// Cuts the file into parts that begin at the first line to start at or
+// Cuts the file into parts that begin at the first row to start at or
 // after each multiple of blockBytes; false with a message (UTF-8, naming
 // the file and the system's reason) when it cannot be read. A file no
-// larger than blockBytes, one that holds a quote, and one that is no
-// regular file (a pipe cannot be read twice) give one whole part. Line
-// ends are those of CsvReader: "\n", "\r\n" and a lone "\r".
+// larger than blockBytes, and one that is no regular file (a pipe cannot be
+// read twice), give one whole part. Rows, lines and quotes are those of
+// CsvReader, whose limits on a quoted cell included.
 bool splitCsvFile(const std::string &file, std::int64_t blockBytes, std::vector<CsvPart> *parts,
                   std::string *message);
 

@@ -99,11 +99,10 @@ def check(records, module, module_name=None, materials=None, npartitions=None, b
     and each problem names its file in a last column, source. A file larger
     than blocksize bytes (default BLOCKSIZE, 64 MiB) is cut into parts of
     about that size at line ends, a partition each, which this process
-    finds in one pass over the file; the rows keep their labels and lines,
-    and a worker refuses a part of a file whose size has changed since. A
-    file that holds a quote anywhere is not cut, since a quoted cell may
-    hold a line end: it is one partition, as is every file with
-    blocksize=None.
+    finds in one pass over the file, following its quoted cells over line
+    ends as the reader does; the rows keep their labels and lines, and a
+    worker refuses a part of a file whose size has changed since. With
+    blocksize=None every file is one partition.
     materials: {name: CSV path or connection string reachable by every
     worker, pandas DataFrame, or a Future of a scattered DataFrame}; the
     other options are those of quorel.Checker, but jobs is 1 unless given:

@@ -129,11 +129,17 @@ def test_a_large_file_is_checked_in_parts(client, generated, antrag_library, gem
     got = client.compute(result).result()
     assert set(got.pop("source")) == {str(file)}
     pd.testing.assert_frame_equal(got, want, check_categorical=False)
-    # A quote anywhere keeps the file whole; a file changed since it was cut is refused.
     assert quorel.dask.check(str(file), antrag_library, "Antrag", blocksize=None, **options).npartitions == 1
+    # Cells quoted over lines stay whole in one part.
     quoted = tmp_path / "quoted.csv"
-    quoted.write_bytes(text.replace(b"kaputt", b'"kaputt"'))
-    assert quorel.dask.check(str(quoted), antrag_library, "Antrag", blocksize=1000, **options).npartitions == 1
+    quoted.write_bytes(text.replace(b"kaputt;1", b'"kaputt\r\n;1";"2\r\n3"'))
+    want = quorel.check_frame(str(quoted), quorel.RuleModule(antrag_library, "Antrag"), **options)
+    result = quorel.dask.check(str(quoted), antrag_library, "Antrag", blocksize=len(text) // 5, **options)
+    assert result.npartitions == 5
+    got = client.compute(result).result()
+    got.pop("source")
+    pd.testing.assert_frame_equal(got, want, check_categorical=False)
+    # A file changed since it was cut is refused.
     result = quorel.dask.check(str(file), antrag_library, "Antrag", blocksize=len(text) // 2, **options)
     file.write_bytes(text + lines[1] + b"\r\n")
     with pytest.raises(ValueError, match="has changed since it was cut into parts"):

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "quorel/host/csv_reader.h"
 #include "quorel/host/csv_row_source.h"
 #include "host/vector_rows.h"
 
@@ -35,45 +36,71 @@ class CsvPartsTest : public ::testing::Test {
     return parts;
   }
 
+  // Whatever the size of the blocks, the parts hold the rows of the whole
+  // file, each once, in order, with the numbers and lines they have there.
+  // The number of parts for each block size from 1 byte up to every.
+  std::vector<std::size_t> expectPartsReadAsWhole(const std::string &text, std::int64_t every = 64) {
+    write(text);
+    std::vector<std::string> whole = rowsOf(CsvPart());
+    std::vector<std::size_t> counts;
+    for (std::int64_t block = 1; block <= every; ++block) {
+      std::vector<CsvPart> parts = split(block);
+      std::vector<std::string> joined;
+      for (const CsvPart &part : parts) {
+        for (const std::string &row : rowsOf(part)) joined.push_back(row);
+      }
+      EXPECT_EQ(whole, joined) << "blocks of " << block << " bytes, " << parts.size() << " parts";
+      counts.push_back(parts.size());
+    }
+    return counts;
+  }
+
   std::string path_ = ::testing::TempDir() + "quorel_csv_parts.csv";
 };
 
-// Whatever the size of the blocks, the parts hold the rows of the whole
-// file, each once, in order, with the numbers and lines they have there:
-// line ends of all three kinds (one "\r\n" split over a block's edge),
-// blank lines, a byte-order mark, UTF-8, rows of the wrong width and a last
-// line without an end.
+// Line ends of all three kinds (one "\r\n" split over a block's edge), blank
+// lines, a byte-order mark, UTF-8, rows of the wrong width and a last line
+// without an end.
 TEST_F(CsvPartsTest, PartsTogetherReadAsTheWholeFile) {
-  write("\xEF\xBB\xBFName;Ort\na;1\r\nb;2\rc;3\n\n\r\nd;4;5\n\xC3\xBC;6\r\r\ne\nf;7");
+  std::string text = "\xEF\xBB\xBFName;Ort\na;1\r\nb;2\rc;3\n\n\r\nd;4;5\n\xC3\xBC;6\r\r\ne\nf;7";
+  write(text);
   std::vector<std::string> whole = rowsOf(CsvPart(), FileEncoding::kUtf8);
   ASSERT_EQ(7u, whole.size());
-  EXPECT_EQ("1@2[a][1]", whole[0]);
   EXPECT_EQ("5@8[\xFC][6]", whole[4]);
   EXPECT_EQ("7@11[f][7]", whole[6]);
-  for (std::int64_t block = 1; block <= 64; ++block) {
-    std::vector<CsvPart> parts = split(block);
-    std::vector<std::string> joined;
-    for (const CsvPart &part : parts) {
-      for (const std::string &row : rowsOf(part)) joined.push_back(row);
-    }
-    EXPECT_EQ(whole, joined) << "blocks of " << block << " bytes, " << parts.size() << " parts";
-    // The last line begins at byte 43: a block beyond it leaves nothing to cut.
-    EXPECT_EQ(block <= 43, parts.size() > 1) << block;
-  }
-}
-
-// A quote may hide a line end within a cell, so a file that holds one is
-// read whole; so is a file within one block.
-TEST_F(CsvPartsTest, AFileWithAQuoteOrWithinOneBlockIsOnePart) {
-  write("Name;Ort\na;1\nb;2\nc;\"3\n4\"\nd;5\n");
-  for (std::int64_t block : {1, 8, 1000}) {
-    std::vector<CsvPart> parts = split(block);
-    ASSERT_EQ(1u, parts.size());
-    EXPECT_TRUE(parts[0].whole());
-  }
+  std::vector<std::size_t> counts = expectPartsReadAsWhole(text);
+  // The last row begins at byte 43: a larger block leaves nothing to cut.
+  for (std::size_t block = 1; block <= counts.size(); ++block) EXPECT_EQ(block <= 43, counts[block - 1] > 1) << block;
   write("Name;Ort\na;1\nb;2\n");
   EXPECT_TRUE(split(1000)[0].whole());
-  EXPECT_EQ(3u, split(4).size());
+}
+
+// Parts begin where rows begin, whatever quotes say about line ends: quoted
+// cells over lines (a quoted header among them, separators and "\r\n" in
+// them, doubled quotes), a quote within a cell, which opens nothing, and
+// quoted cells that never close, whose lines are read again as rows of
+// their own: one before the end of the file, one beyond CsvReader's limit
+// of lines.
+TEST_F(CsvPartsTest, QuotedCellsOverLinesAreNeverCut) {
+  std::vector<std::size_t> counts =
+      expectPartsReadAsWhole("\"Na\nme\";Ort\na;\"1\r\n2;\"\"x\"\"\"\nb;24\"\nc;\"\"\r\"d\";\"3\"\n\"e\n;4\n\"\"\"\n");
+  EXPECT_GT(counts[0], 4u);
+  expectPartsReadAsWhole("Name;Ort\na;1\nb;\"offen\nc;2\n\nd;3\"\"\ne;4");
+  ASSERT_EQ(5u, rowsOf(CsvPart()).size());
+  EXPECT_EQ("2@3[b]a quoted cell begins on this line and is not closed before the end of the file",
+            rowsOf(CsvPart())[1]);
+  std::string beyond = "Name;Ort\na;\"offen\n";
+  for (int i = 0; i < CsvReader::kMaxQuotedLines + 5; ++i) beyond += "z;" + std::to_string(i) + "\n";
+  beyond += "y;\"zu\"\n";
+  write(beyond);
+  EXPECT_EQ(static_cast<std::size_t>(CsvReader::kMaxQuotedLines + 7), rowsOf(CsvPart()).size());
+  for (std::int64_t block : {7, 500, 4000}) {
+    std::vector<std::string> joined;
+    for (const CsvPart &part : split(block)) {
+      for (const std::string &row : rowsOf(part)) joined.push_back(row);
+    }
+    EXPECT_EQ(rowsOf(CsvPart()), joined) << block;
+  }
 }
 
 // A part of a file that has changed since it was cut would read other rows
