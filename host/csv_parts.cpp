@@ -104,31 +104,12 @@ class LineWalk {
   bool ended_ = false;
 };
 
-// Where a row's quotes stand after some of its text, as CsvReader reads a
-// line that holds a quote: a quote at the start of a cell opens a quoted
-// cell, a doubled one within it is a quote, a single one closes it.
-struct Quotes {
-  bool quoted = false;
-  bool atStart = true;
-
-  void read(std::string_view text, char separator) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      char c = text[i];
-      if (quoted) {
-        if (c == '"' && i + 1 < text.size() && text[i + 1] == '"') {
-          ++i;
-        } else if (c == '"') {
-          quoted = false;
-        }
-      } else if (c == separator) {
-        atStart = true;
-      } else {
-        quoted = c == '"' && atStart;
-        atStart = false;
-      }
-    }
+// Follows the quotes of a row over a line of it.
+void readLine(CsvQuotes *quotes, std::string_view text, char separator) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (quotes->step(text[i], i + 1 < text.size() && text[i + 1] == '"', separator) == CsvQuotes::kQuote) ++i;
   }
-};
+}
 
 // Walks the rows of a file as CsvReader reads them and cuts parts at the
 // first row to begin at or after each multiple of the block size.
@@ -171,15 +152,15 @@ class Cutter {
   // that does not close within CsvReader's limits leaves the row on its
   // first line, and the lines after that one are read again.
   void readQuoted(std::string_view first) {
-    Quotes quotes;
-    quotes.read(first, separator_);
-    if (!quotes.quoted) return;
+    CsvQuotes quotes;
+    readLine(&quotes, first, separator_);
+    if (!quotes.quoted()) return;
     std::int64_t firstLine = lines_;
     std::size_t joined = first.size();
     std::string_view text;
     std::int64_t start = 0;
     std::int64_t after = -1;  // where the line after the first begins
-    for (int more = 0; quotes.quoted; ++more) {
+    for (int more = 0; quotes.quoted(); ++more) {
       bool within = more + 1 < CsvReader::kMaxQuotedLines && joined <= CsvReader::kMaxQuotedBytes;
       if (!within || !walk_->next(&text, &start)) {
         if (after >= 0) walk_->seek(after);
@@ -189,7 +170,7 @@ class Cutter {
       if (after < 0) after = start;
       ++lines_;
       joined += 1 + text.size();
-      quotes.read(text, separator_);
+      readLine(&quotes, text, separator_);
     }
   }
 

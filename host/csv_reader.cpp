@@ -175,11 +175,10 @@ bool CsvReader::splitQuoted(std::string_view first, std::vector<std::string> *ce
   std::vector<std::pair<std::int64_t, std::string>> more;
   std::size_t n = 0;
   std::string *cell = cellAt(cells, n);
-  bool quoted = false;
-  bool atStart = true;
+  CsvQuotes quotes;
   for (std::size_t i = 0;; ++i) {
     if (i == line.size()) {
-      if (!quoted) break;
+      if (!quotes.quoted()) break;
       std::string_view next;
       std::int64_t number = 0;
       bool within = more.size() + 1 < static_cast<std::size_t>(kMaxQuotedLines) && line.size() <= kMaxQuotedBytes;
@@ -198,24 +197,19 @@ bool CsvReader::splitQuoted(std::string_view first, std::vector<std::string> *ce
       more.emplace_back(number, std::string(next));
     }
     char c = line[i];
-    if (quoted) {
-      if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+    switch (quotes.step(c, i + 1 < line.size() && line[i + 1] == '"', separator_)) {
+      case CsvQuotes::kByte:
+        *cell += c;
+        break;
+      case CsvQuotes::kQuote:
         *cell += '"';
         ++i;
-      } else if (c == '"') {
-        quoted = false;
-      } else {
-        *cell += c;
-      }
-    } else if (c == separator_) {
-      cell = cellAt(cells, ++n);
-      atStart = true;
-    } else if (c == '"' && atStart) {
-      quoted = true;
-      atStart = false;
-    } else {
-      *cell += c;
-      atStart = false;
+        break;
+      case CsvQuotes::kSeparator:
+        cell = cellAt(cells, ++n);
+        break;
+      case CsvQuotes::kMark:
+        break;
     }
   }
   cells->resize(n + 1);

@@ -28,6 +28,47 @@
 namespace quorel {
 namespace host {
 
+// The quote rules of a row, a byte at a time: a quote at the start of a cell
+// opens a quoted cell, in which a doubled quote stands for one and a single
+// one closes it; anywhere else a quote is a plain byte. CsvReader follows
+// them as it splits a line with a quote into cells, and splitCsvFile as it
+// looks for where rows begin.
+class CsvQuotes {
+ public:
+  enum Step {
+    kByte,       // c belongs to the cell
+    kQuote,      // c and the quote after it stand for one quote of the cell
+    kSeparator,  // c ends the cell
+    kMark,       // c opens or closes a quoted cell
+  };
+
+  // What c is; quoteFollows: whether the byte after it (in the row as read
+  // so far) is a quote.
+  Step step(char c, bool quoteFollows, char separator) {
+    if (quoted_) {
+      if (c != '"') return kByte;
+      if (quoteFollows) return kQuote;
+      quoted_ = false;
+      return kMark;
+    }
+    if (c == separator) {
+      atStart_ = true;
+      return kSeparator;
+    }
+    bool opens = c == '"' && atStart_;
+    quoted_ = opens;
+    atStart_ = false;
+    return opens ? kMark : kByte;
+  }
+
+  // Whether a quoted cell is open: the row goes on over the line end.
+  bool quoted() const { return quoted_; }
+
+ private:
+  bool quoted_ = false;
+  bool atStart_ = true;
+};
+
 class CsvReader {
  public:
   static constexpr int kMaxQuotedLines = 1000;
