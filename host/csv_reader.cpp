@@ -18,6 +18,7 @@ constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
 
 bool CsvReader::refill() {
   if (ended_) return false;
+  base_ += static_cast<std::int64_t>(buffer_.size());
   std::streamsize read = 0;
   try {
     // What the stream holds already, so that a failure of the next read
@@ -47,6 +48,7 @@ bool CsvReader::seek(std::int64_t offset, std::int64_t linesBefore) {
   in_.clear();
   in_.seekg(offset);
   buffer_.clear();
+  base_ = offset;
   position_ = 0;
   newlineKnown_ = false;
   again_.clear();
@@ -74,6 +76,7 @@ bool CsvReader::readLine(std::string_view *text, std::int64_t *number) {
     *text = spill_;
     return true;
   }
+  lineStart_ = base_ + static_cast<std::int64_t>(position_);
   // Whether the line so far is in spill_, as it ran past a chunk's end.
   bool spilled = false;
   while (true) {
@@ -106,6 +109,13 @@ bool CsvReader::readLine(std::string_view *text, std::int64_t *number) {
     break;
   }
   *number = ++linesRead_;
+  return true;
+}
+
+bool CsvReader::nextLine(std::string_view *text, std::int64_t *start) {
+  std::int64_t number;
+  if (!readLine(text, &number)) return false;
+  *start = lineStart_;
   return true;
 }
 

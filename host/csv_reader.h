@@ -84,6 +84,11 @@ class CsvReader {
   // after linesBefore others; the separator stays the one the header chose.
   // The input must be seekable; false when it cannot be read there.
   bool seek(std::int64_t offset, std::int64_t linesBefore);
+  // The next line without its end, valid until the next call, and the
+  // offset in the input at which it begins; false at the end or on a
+  // failure. For a reader of lines alone, which never calls next (whose
+  // quoted cells may read lines again).
+  bool nextLine(std::string_view *text, std::int64_t *start);
   // The line on which the last row began, from 1.
   std::int64_t line() const { return rowLine_; }
   // The last line read in full.
@@ -115,6 +120,8 @@ class CsvReader {
 
   std::istream &in_;
   std::string buffer_;
+  std::int64_t base_ = 0;       // the offset of buffer_[0] in the input
+  std::int64_t lineStart_ = 0;  // the offset at which the last line read began
   std::size_t position_ = 0;
   // The first '\n' at or after position_, once looked for in this chunk:
   // a file of lone "\r" ends is not searched to its chunk's end per line.
