@@ -1,7 +1,5 @@
 #include "quorel/host/problem.h"
 
-#include "quorel/values/text_copy.h"
-
 namespace quorel {
 namespace host {
 
@@ -14,8 +12,14 @@ const std::string &none() {
 }
 
 // Copies into the string's kept memory: run after run the copies of
-// problems take the place of the former run's.
-void assign(std::string *target, std::string_view text) { copyText(target, text.data(), text.size()); }
+// problems take the place of the former run's. The texts come from the
+// library's problems, never from the target, so the copy need not take
+// std::string::assign's general way, which guards against that and costs
+// several times the copy of a short text.
+void assign(std::string *target, std::string_view text) {
+  target->clear();
+  target->append(text.data(), text.size());
+}
 
 void assign(std::optional<std::string> *target, std::optional<std::string_view> text) {
   if (!text) {

@@ -3,21 +3,20 @@
 // run objects behaves; get() hands out the stored pointer, or null. clear()
 // makes it absent again but keeps the memory, so that an object used for one
 // record after the other stops asking for memory once it has seen its
-// longest text.
+// longest text. A text shorter than N bytes needs no memory at all.
 
 #ifndef QUOREL_RULES_NULLABLE_TEXT_H_
 #define QUOREL_RULES_NULLABLE_TEXT_H_
 
 #include <cstddef>
 #include <cstring>
-#include <string>
 
-#include "quorel/values/object_pool.h"
-#include "quorel/values/text_copy.h"
+#include "quorel/values/owned_text.h"
 
 namespace quorel {
 
-class NullableText {
+template <std::size_t N>
+class BasicNullableText {
  public:
   void set(const char *text) {
     if (text == nullptr) return;
@@ -25,20 +24,21 @@ class NullableText {
   }
   // The first length bytes of text, which must have as many.
   void set(const char *text, std::size_t length) {
-    copyText(&text_, text, length);
+    text_.assign(text, length);
     set_ = true;
   }
   const char *get() const { return set_ ? text_.c_str() : nullptr; }
+  // The stored text's length; 0 when absent.
+  std::size_t size() const { return set_ ? text_.size() : 0; }
   bool isSet() const { return set_; }
-  void clear() {
-    text_.clear();
-    set_ = false;
-  }
+  void clear() { set_ = false; }
 
  private:
-  PooledText text_;
+  OwnedText<N> text_;
   bool set_ = false;
 };
+
+using NullableText = BasicNullableText<16>;
 
 }  // namespace quorel
 

@@ -3,8 +3,6 @@
 #include <cstdarg>
 #include <cstring>
 
-#include "quorel/values/text_copy.h"
-
 namespace quorel {
 
 PlausiProblem::PlausiProblem(ProblemType type, std::int32_t weight) : type_(type), weight_(weight) {}
@@ -30,12 +28,8 @@ void PlausiProblem::addPlausiSection(const char *name, std::size_t length) {
     name = kUnknown;
     length = sizeof kUnknown - 1;
   }
-  if (sectionCount_ == sections_.size()) {
-    sections_.emplace_back(name, length);
-  } else {
-    copyText(&sections_[sectionCount_], name, length);
-  }
-  ++sectionCount_;
+  if (sectionCount_ == sections_.size()) sections_.emplace_back();
+  sections_[sectionCount_++].set(name, length);
 }
 
 void PlausiProblem::renew(ProblemType type, std::int32_t weight) {

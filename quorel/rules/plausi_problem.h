@@ -12,7 +12,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "quorel/model/field_type.h"
@@ -65,7 +64,7 @@ class PlausiProblem {
   // not read).
   void addPlausiSection(const char *name, std::size_t length);
   std::int32_t getNumOfPlausiSections() const { return static_cast<std::int32_t>(sectionCount_); }
-  const char *getPlausiSection(std::int32_t index) const { return sections_[index].c_str(); }
+  const char *getPlausiSection(std::int32_t index) const { return sections_[index].get(); }
   std::size_t getPlausiSectionLength(std::int32_t index) const { return sections_[index].size(); }
 
   void setException(const char *text) { exception_.set(text); }
@@ -104,7 +103,7 @@ class PlausiProblem {
   std::vector<FieldDescriptor *> accessedFields_;
   // The first sectionCount_ names are this problem's; those after them keep
   // memory for the next problem made in this one's place.
-  std::vector<std::string> sections_;
+  std::vector<NullableText> sections_;
   std::size_t sectionCount_ = 0;
   NullableText exception_;
   ProblemInfoType infoType_ = PROBLEM_INFO_NONE;

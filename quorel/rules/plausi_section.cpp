@@ -7,7 +7,8 @@ namespace quorel {
 static_assert(sizeof(PlausiSection) <= ObjectPool::kLargestBlock, "a section is one block of the pool");
 
 PlausiSection::PlausiSection(const char *name, PlausiSection *parent, bool checkProc, std::uint64_t number)
-    : name_(name), parent_(parent), number_(number), checkProc_(checkProc) {
+    : parent_(parent), number_(number), checkProc_(checkProc) {
+  name_.set(name);
   PlausiSection *above = parent_ != nullptr ? parent_->outermostCheckProc_ : nullptr;
   outermostCheckProc_ = above != nullptr ? above : (checkProc_ ? this : nullptr);
   // Everything below a check procedure is called from it, so reads go to the

@@ -16,7 +16,7 @@
 #include <cstdint>
 
 #include "quorel/rules/inline_list.h"
-#include "quorel/rules/inline_text.h"
+#include "quorel/rules/nullable_text.h"
 #include "quorel/values/object_pool.h"
 
 namespace quorel {
@@ -65,9 +65,9 @@ class PlausiSection {
   }
 
  private:
-  // Room for names of up to 39 bytes, which keeps the section within the
+  // Room for names of up to 23 bytes, which keeps the section within the
   // largest blocks that the pool recycles.
-  InlineText<40> name_;
+  BasicNullableText<24> name_;
   PlausiSection *parent_;
   std::uint64_t number_;
   bool checkProc_;

@@ -17,14 +17,12 @@
 // request to the heap and every release back, so that the sanitizer sees
 // each object's life.
 //
-// PoolAllocator serves standard containers from the same lists, and
-// PooledText is a text whose longer contents do too.
+// PoolAllocator serves standard containers from the same lists.
 
 #ifndef QUOREL_VALUES_OBJECT_POOL_H_
 #define QUOREL_VALUES_OBJECT_POOL_H_
 
 #include <cstddef>
-#include <string>
 
 namespace quorel {
 
@@ -80,10 +78,6 @@ class PoolAllocator {
     return false;
   }
 };
-
-// Texts beyond the few bytes that std::string holds in itself (a pattern, a
-// long name) take their memory from the pool rather than the heap.
-using PooledText = std::basic_string<char, std::char_traits<char>, PoolAllocator<char>>;
 
 }  // namespace quorel
 

@@ -4,20 +4,22 @@
 
 #include "quorel/masks/util.h"
 #include "quorel/platform/case_compare.h"
-#include "quorel/values/text_copy.h"
 #include "quorel/values/value_messages.h"
 
 namespace quorel {
 
-StringValue::StringValue(const char *text) : text_(text != nullptr ? text : "") {}
+StringValue::StringValue(const char *text) {
+  if (text != nullptr) text_.assign(text, std::strlen(text));
+}
 
 StringValue::StringValue(std::string text) : text_(text.data(), text.size()) {}
 
 StringValue::StringValue(const char *text, const unsigned char (&byteMap)[256]) : StringValue(text) {
-  for (char &c : text_) c = static_cast<char>(byteMap[static_cast<unsigned char>(c)]);
+  char *bytes = text_.data();
+  for (std::size_t i = 0; i < text_.size(); ++i) bytes[i] = static_cast<char>(byteMap[static_cast<unsigned char>(bytes[i])]);
 }
 
-void StringValue::retext(std::string_view text) { copyText(&text_, text.data(), text.size()); }
+void StringValue::retext(std::string_view text) { text_.assign(text.data(), text.size()); }
 
 const char *StringValue::asString() { return text_.c_str(); }
 

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "quorel/values/object_pool.h"
+#include "quorel/values/owned_text.h"
 #include "quorel/values/scalar_value.h"
 
 namespace quorel {
@@ -59,7 +60,7 @@ class StringValue : public ScalarValue {
     std::tm date{};
   };
 
-  PooledText text_;
+  OwnedText<16> text_;
   std::unique_ptr<KeptDate> date_;
 };
 
