@@ -13,7 +13,10 @@
 namespace quorel {
 namespace {
 
-std::string held(const OwnedText<9> &text) { return std::string(text.data(), text.size()); }
+template <std::size_t N>
+std::string held(const OwnedText<N> &text) {
+  return std::string(text.data(), text.size());
+}
 
 TEST(OwnedTextTest, KeepsAPrivateCopyAcrossReplacements) {
   OwnedText<9> text;
@@ -38,6 +41,15 @@ TEST(OwnedTextTest, KeepsAPrivateCopyAcrossReplacements) {
 }
 
 TEST(OwnedTextTest, TakesAPieceOfItself) {
+  // Every length of the short copies, each piece shifted by 1 to 3 bytes.
+  std::string letters = "abcdefghijklmnopqrstuvwxyz";
+  for (std::size_t length = 0; length <= 20; ++length) {
+    for (std::size_t shift = 1; shift <= 3; ++shift) {
+      OwnedText<32> text(letters.data(), length + shift);
+      text.assign(text.data() + shift, length);
+      EXPECT_EQ(letters.substr(shift, length), held(text)) << length << " " << shift;
+    }
+  }
   for (const std::string &whole : {std::string("abcdefg"), std::string(40, 'x') + "tail"}) {
     OwnedText<9> text(whole.data(), whole.size());
     text.assign(text.data() + 2, whole.size() - 2);
