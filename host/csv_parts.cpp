@@ -15,8 +15,6 @@ namespace host {
 
 namespace {
 
-constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
-
 // Follows the quotes of a row over a line of it.
 void readLine(CsvQuotes *quotes, std::string_view text, char separator) {
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -40,8 +38,8 @@ class Cutter {
     while (lines_->nextLine(&text, &start)) {
       ++linesRead_;
       if (header) {
-        if (text.substr(0, 3) == kByteOrderMark) text.remove_prefix(3);
-        separator_ = text.find(',') < text.find(';') ? ',' : ';';
+        bool byteOrderMark;
+        separator_ = CsvReader::readHeader(&text, &byteOrderMark);
       } else if (text.empty()) {
         continue;
       } else if (start >= nextCut_) {

@@ -12,9 +12,15 @@ namespace host {
 namespace {
 
 constexpr std::size_t kChunk = 1 << 16;
-constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
 
 }  // namespace
+
+char CsvReader::readHeader(std::string_view *line, bool *byteOrderMark) {
+  static constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  *byteOrderMark = line->substr(0, kByteOrderMark.size()) == kByteOrderMark;
+  if (*byteOrderMark) line->remove_prefix(kByteOrderMark.size());
+  return line->find(',') < line->find(';') ? ',' : ';';
+}
 
 bool CsvReader::refill() {
   if (ended_) return false;
@@ -156,15 +162,7 @@ bool CsvReader::next(std::vector<std::string> *cells) {
     cells->clear();
     return false;
   }
-  if (separator_ == '\0') {
-    if (line.substr(0, 3) == kByteOrderMark) {
-      byteOrderMark_ = true;
-      line.remove_prefix(3);
-    }
-    std::size_t semicolon = line.find(';');
-    std::size_t comma = line.find(',');
-    separator_ = comma < semicolon ? ',' : ';';
-  }
+  if (separator_ == '\0') separator_ = readHeader(&line, &byteOrderMark_);
   blank_ = line.empty();
   // Without a quote the cells are what lies between the separators, found
   // in one pass eight bytes at a time, which also looks for NUL bytes.

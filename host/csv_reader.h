@@ -76,6 +76,9 @@ class CsvReader {
 
   explicit CsvReader(std::istream &in) : in_(in) {}
 
+  // Takes a UTF-8 byte-order mark off the front of the header line, saying
+  // whether there was one, and gives the separator that the header picks.
+  static char readHeader(std::string_view *line, bool *byteOrderMark);
   // Reads the next row into cells, reusing the strings they hold; false at
   // the end of the input or when it cannot be read. A row with an unclosed
   // quote sets error() and is given as read on its first line.
