@@ -17,24 +17,24 @@ class RecordingReporter : public benchmark::ConsoleReporter {
   void ReportRuns(const std::vector<Run> &runs) override {
     ConsoleReporter::ReportRuns(runs);
     for (const Run &run : runs) {
-      // Aggregates of repetitions and runs that failed carry no time of one
+      if (run.error_occurred) continue;
+      // With --benchmark_report_aggregates_only the mean of the repetitions
+      // is all that arrives; the other aggregates carry no time of one
       // iteration.
-      if (run.run_type != Run::RT_Iteration || run.error_occurred || run.iterations == 0) continue;
-      Sample &sample = samples_[run.benchmark_name()];
+      bool mean = run.run_type == Run::RT_Aggregate && run.aggregate_name == "mean";
+      if (!mean && (run.run_type != Run::RT_Iteration || run.iterations == 0)) continue;
+      Sample &sample = (mean ? means_ : samples_)[run.run_name.str()];
       sample.total += run.GetAdjustedCPUTime();
       ++sample.count;
     }
   }
 
-  // The mean time of each run of the family, keyed by what follows its name.
+  // The mean time of each run of the family, keyed by what follows its name:
+  // over its repetitions where they were reported, else their reported mean.
   std::map<std::string, double> family(const std::string &name) const {
     std::map<std::string, double> found;
-    for (const auto &[runName, sample] : samples_) {
-      if (runName.compare(0, name.size(), name) != 0) continue;
-      std::string arguments = runName.substr(name.size());
-      if (!arguments.empty() && arguments[0] != '/') continue;  // another family with a longer name
-      found[arguments] = sample.total / sample.count;
-    }
+    collect(means_, name, &found);
+    collect(samples_, name, &found);
     return found;
   }
 
@@ -43,7 +43,18 @@ class RecordingReporter : public benchmark::ConsoleReporter {
     double total = 0.0;
     int count = 0;
   };
-  std::map<std::string, Sample> samples_;
+
+  static void collect(const std::map<std::string, Sample> &samples, const std::string &name,
+                      std::map<std::string, double> *found) {
+    for (const auto &[runName, sample] : samples) {
+      if (runName.compare(0, name.size(), name) != 0) continue;
+      std::string arguments = runName.substr(name.size());
+      if (!arguments.empty() && arguments[0] != '/') continue;  // another family with a longer name
+      (*found)[arguments] = sample.total / sample.count;
+    }
+  }
+
+  std::map<std::string, Sample> samples_, means_;
 };
 
 void printRatio(const RecordingReporter &reporter, const Comparison &comparison) {
