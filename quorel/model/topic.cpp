@@ -1,6 +1,7 @@
 #include "quorel/model/topic.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,11 @@ Topic::~Topic() {
 }
 
 void Topic::setField(const char *name, FieldDescriptor *field) { fields_.put(name, field); }
+
+FieldDescriptor *Topic::getFieldAt(std::int32_t index) const {
+  if (index < 0 || index >= getNumOfFields()) return nullptr;
+  return std::next(fields_.begin(), index)->second;
+}
 
 FieldDescriptor *Topic::getField(RuntimeContext *context, const char *name) {
   if (name == nullptr) throw PlausiException(EXCEPTION_ILLEGAL_ARGUMENT, "Feldname nicht angegeben.");

@@ -14,6 +14,8 @@
 #ifndef QUOREL_MODEL_TOPIC_H_
 #define QUOREL_MODEL_TOPIC_H_
 
+#include <cstdint>
+
 #include "quorel/model/field_descriptor.h"
 #include "quorel/model/material_descriptor.h"
 #include "quorel/rules/name_map.h"
@@ -43,6 +45,13 @@ class Topic : public FieldDescriptor, public MaterialDescriptor {
   // array, and with the messages of Util::getStringAsIndices for malformed
   // indices. A path that ends on a nested topic gives that topic.
   FieldDescriptor *getField(RuntimeContext *context, const char *name);
+
+  // The entries, in the order of their names' codes, for a host that walks
+  // the fields a topic declares (to match them with the columns of a table
+  // before any record is read). An entry that holds no descriptor, and an
+  // index out of range, give null.
+  std::int32_t getNumOfFields() const { return static_cast<std::int32_t>(fields_.size()); }
+  FieldDescriptor *getFieldAt(std::int32_t index) const;
 
  protected:
   // Takes ownership of field and its TypeDescriptor while the entry holds it.

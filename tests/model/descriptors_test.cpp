@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <climits>
 #include <cstring>
 #include <string>
 
@@ -98,6 +100,27 @@ TEST(TopicTest, ReplacedFieldsStayTheirOwnersAndSharedObjectsAreReleasedOnce) {
   }
   // The shared type went with the topic; the replaced field is the owner's.
   delete replaced;
+}
+
+TEST(TopicTest, EntriesAreListedOnceEachInTheOrderOfTheirCodes) {
+  StandaloneRoot root;
+  std::vector<FieldDescriptor *> listed;
+  std::int32_t previous = INT32_MIN;
+  for (std::int32_t i = 0; i < root.getNumOfFields(); ++i) {
+    FieldDescriptor *field = root.getFieldAt(i);
+    ASSERT_NE(nullptr, field);
+    const char *name = field->getTypeDescriptor()->getFieldNameTopic();
+    EXPECT_LT(previous, Util::getHashCode(name)) << name;
+    previous = Util::getHashCode(name);
+    listed.push_back(field);
+  }
+  std::vector<FieldDescriptor *> declared{root.name,  root.alter, root.alterText, root.betrag, root.datum,
+                                          root.flag,  root.liste, root.matrix,    root.kinder, root.adresse};
+  std::sort(listed.begin(), listed.end());
+  std::sort(declared.begin(), declared.end());
+  EXPECT_EQ(declared, listed);
+  EXPECT_EQ(nullptr, root.getFieldAt(-1));
+  EXPECT_EQ(nullptr, root.getFieldAt(root.getNumOfFields()));
 }
 
 }  // namespace
