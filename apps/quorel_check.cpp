@@ -389,16 +389,7 @@ class Materials {
         return false;
       }
       if (!advice.empty()) std::cerr << "quorel-check: warning: " << advice << "\n";
-      quorel::host::MaterialFindings findings =
-          quorel::host::checkMaterialColumns(plausi, name, source->columns(), strict);
-      for (const std::string &warning : findings.warnings) {
-        std::cerr << "quorel-check: warning: " << where << ": " << quorel::host::toUtf8(warning.c_str()) << "\n";
-      }
-      if (!findings.errors.empty()) {
-        message->clear();
-        for (const std::string &error : findings.errors) {
-          *message += (message->empty() ? "" : "\nquorel-check: ") + where + ": " + quorel::host::toUtf8(error.c_str());
-        }
+      if (!said(quorel::host::checkMaterialColumns(plausi, name, source->columns(), strict), where, message)) {
         return false;
       }
       if (!tables_.load(name, source.get(), message)) return false;
@@ -408,6 +399,11 @@ class Materials {
 #ifdef QUOREL_HOST_SQL
     quorel::host::SqlSource source;
     if (!quorel::host::SqlSource::parse(where, &source, message) || !databases_.addMaterial(name, source, message)) {
+      return false;
+    }
+    auto hasColumn = [this, &name](quorel::FieldDescriptor *field) { return databases_.hasColumnFor(name, field); };
+    std::string table = source.where() + ", table " + (source.table.empty() ? name : source.table);
+    if (!said(quorel::host::checkMaterialFields(plausi, name, hasColumn, strict), table, message)) {
       return false;
     }
     router_.route(name, &databases_);
@@ -430,6 +426,20 @@ class Materials {
   }
 
  private:
+  // Writes the warnings of a check at start-up; false with the errors as the
+  // message when there are any. where names the table (UTF-8).
+  static bool said(const quorel::host::MaterialFindings &findings, const std::string &where, std::string *message) {
+    for (const std::string &warning : findings.warnings) {
+      std::cerr << "quorel-check: warning: " << where << ": " << quorel::host::toUtf8(warning.c_str()) << "\n";
+    }
+    if (findings.errors.empty()) return true;
+    message->clear();
+    for (const std::string &error : findings.errors) {
+      *message += (message->empty() ? "" : "\nquorel-check: ") + where + ": " + quorel::host::toUtf8(error.c_str());
+    }
+    return false;
+  }
+
   quorel::host::TableMaterialAccess tables_;
   quorel::host::MaterialRouter router_;
 #ifdef QUOREL_HOST_SQL

@@ -2,11 +2,42 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "quorel/host/column_check.h"
 
 namespace quorel {
 namespace host {
+
+namespace {
+
+// The topic of the material that the module queries under the name, or null.
+Topic *topicOf(Plausi *plausi, const std::string &material) {
+  for (std::int32_t i = 0; i < plausi->getNumOfMaterials(); ++i) {
+    MaterialDescriptor *descriptor = plausi->getMaterialAt(i);
+    const char *name = descriptor->getMaterialName();
+    if (name != nullptr && material == name) return dynamic_cast<Topic *>(descriptor);
+  }
+  return nullptr;
+}
+
+// The fields of the topic and of the topics nested in it that are no arrays,
+// each once.
+void collectFields(Topic *topic, std::vector<FieldDescriptor *> *fields) {
+  for (std::int32_t i = 0; i < topic->getNumOfFields(); ++i) {
+    FieldDescriptor *field = topic->getFieldAt(i);
+    if (field == nullptr || field->getDimension() != nullptr) continue;
+    if (std::find(fields->begin(), fields->end(), field) != fields->end()) continue;
+    auto *nested = field->getTypeDescriptor()->getFieldType() == FieldTypeTopic ? dynamic_cast<Topic *>(field) : nullptr;
+    if (nested != nullptr) {
+      collectFields(nested, fields);
+    } else {
+      fields->push_back(field);
+    }
+  }
+}
+
+}  // namespace
 
 MaterialFindings checkMaterials(Plausi *plausi, const std::string &module, const std::vector<std::string> &given,
                                 const std::string &howToGive, bool strict) {
@@ -46,12 +77,7 @@ MaterialFindings checkMaterials(Plausi *plausi, const std::string &module, const
 MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &material,
                                       const std::vector<std::string> &columns, bool strict) {
   MaterialFindings findings;
-  Topic *topic = nullptr;
-  for (std::int32_t i = 0; i < plausi->getNumOfMaterials() && topic == nullptr; ++i) {
-    MaterialDescriptor *descriptor = plausi->getMaterialAt(i);
-    const char *name = descriptor->getMaterialName();
-    if (name != nullptr && material == name) topic = dynamic_cast<Topic *>(descriptor);
-  }
+  Topic *topic = topicOf(plausi, material);
   // A table without columns holds nothing that could be misnamed.
   if (topic == nullptr || columns.empty()) return findings;
   ColumnCheck check(plausi, topic);
@@ -68,6 +94,39 @@ MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &materia
     findings.errors.push_back(prefix + "no column names a field of the material, so every query on it would find "
                               "nothing (its columns: " + listed + "; the fields are named " +
                               topic->getTypeDescriptor()->getFieldNameTopic() + ".<field>)");
+  } else {
+    std::vector<std::string> &said = strict ? findings.errors : findings.warnings;
+    said.insert(said.end(), faults.begin(), faults.end());
+  }
+  return findings;
+}
+
+MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material,
+                                     const std::function<bool(FieldDescriptor *)> &hasColumn, bool strict) {
+  MaterialFindings findings;
+  Topic *topic = topicOf(plausi, material);
+  if (topic == nullptr) return findings;
+  std::vector<FieldDescriptor *> fields;
+  collectFields(topic, &fields);
+  // Named in the order of their texts: a topic keeps no order of its own.
+  std::vector<std::pair<std::string, FieldDescriptor *>> named;
+  for (FieldDescriptor *field : fields) named.emplace_back(field->getHierarchyText(), field);
+  std::sort(named.begin(), named.end());
+  const std::string prefix = "material " + material + ": ";
+  std::vector<std::string> faults;
+  std::string listed;
+  for (const auto &[hierarchy, field] : named) {
+    listed += (listed.empty() ? "" : ", ") + hierarchy;
+    if (hasColumn(field)) continue;
+    faults.push_back(prefix + "the table has no column for the field " + hierarchy +
+                     ", so every query that reads or filters it fails; name its column in the material's "
+                     "address: column." + hierarchy + "=<column>");
+  }
+  if (!fields.empty() && faults.size() == fields.size()) {
+    // One message for the table rather than one per field.
+    findings.errors.push_back(prefix + "the table has a column for none of the fields (" + listed +
+                              "), so every query on it would fail; name their columns in the material's "
+                              "address, as column." + named.front().first + "=<column>");
   } else {
     std::vector<std::string> &said = strict ? findings.errors : findings.warnings;
     said.insert(said.end(), faults.begin(), faults.end());

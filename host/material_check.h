@@ -8,6 +8,7 @@
 #ifndef QUOREL_HOST_MATERIAL_CHECK_H_
 #define QUOREL_HOST_MATERIAL_CHECK_H_
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,19 @@ MaterialFindings checkMaterials(Plausi *plausi, const std::string &module, const
 // used on the calling thread alone while the check runs.
 MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &material,
                                       const std::vector<std::string> &columns, bool strict);
+
+// The fields of a material's topic against the database table that holds
+// it, said once before any record is checked. Such a table is queried where
+// it lies, and a query that reads or filters a field for which the table has
+// no column fails on every record that makes it. hasColumn tells whether the
+// table has a column for a field (SqlMaterialAccess::hasColumnFor). A field
+// without one is a warning, or an error when strict; a table with a column
+// for none of the fields is an error whatever strict says. Fields of nested
+// topics count, the elements of arrays do not (a table has no columns for
+// them). A material the module does not query passes. Messages start with
+// "material NAME: " and are Windows-1252; the caller names the table.
+MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material,
+                                     const std::function<bool(FieldDescriptor *)> &hasColumn, bool strict);
 
 }  // namespace host
 }  // namespace quorel

@@ -872,6 +872,14 @@ class Checker {
       for (const TableColumns &table : tableColumns_) {
         take(host::checkMaterialColumns(plausi, table.material, table.columns, strict_), table.file);
       }
+#ifdef QUOREL_HOST_SQL
+      for (const DatabaseTable &table : databaseTables_) {
+        auto hasColumn = [this, &table](FieldDescriptor *field) {
+          return databases_.hasColumnFor(table.material, field);
+        };
+        take(host::checkMaterialFields(plausi, table.material, hasColumn, strict_), table.where);
+      }
+#endif
     }
     std::string message;
     for (const std::string &error : errors) message += (message.empty() ? "" : "\n") + error;
@@ -911,6 +919,8 @@ class Checker {
         added = databases_.addMaterial(name, source, &message);
       }
       if (!added) raiseDatabaseError(message);  // names the material
+      databaseTables_.push_back(
+          {name, source.where() + ", table " + (source.table.empty() ? name : source.table) + ": "});
       router_.route(name, &databases_);
       usesDatabases_ = true;
 #endif
@@ -983,6 +993,12 @@ class Checker {
 #ifdef QUOREL_HOST_SQL
   host::SqlMaterialAccess databases_;
   bool usesDatabases_ = false;
+  // Each material given as a database table, for checkMaterials.
+  struct DatabaseTable {
+    std::string material;
+    std::string where;  // "DATABASE, table TABLE: " to go before its messages
+  };
+  std::vector<DatabaseTable> databaseTables_;
 #endif
   host::MaterialRouter router_;
   std::unique_ptr<Logger> logger_;

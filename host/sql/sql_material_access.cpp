@@ -65,8 +65,8 @@ struct SqlMaterialAccess::Material {
     return "material " + toUtf8(name.c_str()) + " (" + database->source.where() + ", table " + table + ")";
   }
 
-  // The column of the field; throws when the table has none.
-  int columnOf(FieldDescriptor *field) const {
+  // The column of the field, or -1 when the table has none.
+  int findColumnOf(FieldDescriptor *field) const {
     std::string hierarchy = field->getHierarchyText();
     auto it = mapped.find(hierarchy);
     if (it != mapped.end()) return find(columns, it->second);  // checked when added
@@ -79,7 +79,17 @@ struct SqlMaterialAccess::Material {
       int column = find(columns, candidate);
       if (column >= 0) return column;
     }
-    fail(EXCEPTION_MATERIAL_ACCESS, where() + ": no column for the field " + toUtf8(hierarchy.c_str()));
+    return -1;
+  }
+
+  // The same, throwing when the table has none.
+  int columnOf(FieldDescriptor *field) const {
+    int column = findColumnOf(field);
+    if (column < 0) {
+      fail(EXCEPTION_MATERIAL_ACCESS,
+           where() + ": no column for the field " + toUtf8(field->getHierarchyText().c_str()));
+    }
+    return column;
   }
 };
 
@@ -261,6 +271,11 @@ SqlMaterialAccess::Material *SqlMaterialAccess::materialOf(MaterialDescriptor *m
   const char *name = material->getMaterialName();
   auto it = materials_.find(name != nullptr ? name : "");
   return it == materials_.end() ? nullptr : it->second.get();
+}
+
+bool SqlMaterialAccess::hasColumnFor(const std::string &material, FieldDescriptor *field) const {
+  auto it = materials_.find(material);
+  return it != materials_.end() && it->second->findColumnOf(field) >= 0;
 }
 
 bool SqlMaterialAccess::isMaterialAvailable(MaterialDescriptor *material) { return materialOf(material) != nullptr; }

@@ -82,7 +82,10 @@ class Checker:
     that the module queries must be given (ValueError); one that it never
     queries gives a MaterialWarning (ValueError with strict=True), and so
     does a material's column that names no field of the material; a
-    material none of whose columns names one is a ValueError.
+    material none of whose columns names one is a ValueError. A database
+    table without a column for one of the material's fields gives a
+    MaterialWarning (ValueError with strict=True); one without a column for
+    any of them is a ValueError.
     encoding: how CSV files (records and materials) without a byte-order
     mark are read, "windows-1252" or "utf-8"; one with a UTF-8 byte-order
     mark is UTF-8. A file whose start looks like the other encoding gives a

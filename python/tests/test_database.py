@@ -172,6 +172,18 @@ def test_sources_that_cannot_be_read_raise(db, module, antraege, gemeinden, tmp_
     assert frame["failure"].iloc[0].startswith("exception 6")
 
 
+def test_a_tables_missing_columns_are_named_before_any_record(db, module):
+    db.create("nur_plz", [("plz", "TEXT")], [["80331"]])
+    with pytest.warns(quorel.MaterialWarning, match="table nur_plz: material Gemeinden: the table has no column "
+                                                    "for the field Gemeinden.Ort"):
+        quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": db.url(table="nur_plz")})
+    with pytest.raises(ValueError, match="no column for the field Gemeinden.Ort"):
+        quorel.Checker(module, flow="Pruefung", strict=True, materials={"Gemeinden": db.url(table="nur_plz")})
+    db.create("fremd", [("a", "TEXT")], [["x"]])
+    with pytest.raises(ValueError, match=r"a column for none of the fields \(Gemeinden.Ort, Gemeinden.PLZ\)"):
+        quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": db.url(table="fremd")})
+
+
 def test_slices_only_in_a_stable_order(db, module, antraege, gemeinden):
     """Slices (as quorel.dask reads them) of a source without a stable order
     could lose and double rows: they are refused, and order= gives one."""

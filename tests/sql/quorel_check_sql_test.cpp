@@ -166,12 +166,27 @@ TEST_P(QuorelCheckSqlTest, BadSourcesEndWithStatus2) {
   EXPECT_NE(std::string::npos, missing.out.find("fehlt")) << missing.out;
   Result badQuery = check(module_ + quoted(db_->url("query=SELEKT")));
   EXPECT_EQ(2, badQuery.status);
-  // A material whose table lacks the fields' columns: each record that asks
-  // fails, the others are checked.
+  // A material whose table has a column for none of its fields: said once,
+  // before any record is read.
   Result columns = check("--material " + quoted("Gemeinden=" + db_->url("table=antraege")) + " " + module_ + csv);
   EXPECT_EQ(2, columns.status);
-  EXPECT_NE(std::string::npos, columns.out.find("exception 6: material Gemeinden (")) << columns.out;
-  EXPECT_NE(std::string::npos, columns.out.find("no column for the field Gemeinden.PLZ")) << columns.out;
+  EXPECT_EQ(0u, columns.out.find("quorel-check: ")) << columns.out;
+  EXPECT_NE(std::string::npos, columns.out.find(", table antraege: material Gemeinden: the table has a column for "
+                                                "none of the fields (Gemeinden.Ort, Gemeinden.PLZ)"))
+      << columns.out;
+  EXPECT_EQ(1, std::count(columns.out.begin(), columns.out.end(), '\n')) << columns.out;
+  // One field without a column: a warning at start-up, and each record that
+  // queries the field fails.
+  db_->drop("nur_plz");
+  db_->execute("CREATE TABLE nur_plz (plz TEXT)");
+  Result partial = check("--material " + quoted("Gemeinden=" + db_->url("table=nur_plz")) + " " + module_ + csv);
+  EXPECT_EQ(2, partial.status);
+  EXPECT_NE(std::string::npos, partial.warnings.find(", table nur_plz: material Gemeinden: the table has no column "
+                                                     "for the field Gemeinden.Ort, so every query"))
+      << partial.warnings;
+  EXPECT_NE(std::string::npos, partial.out.find("exception 6: material Gemeinden (")) << partial.out;
+  EXPECT_NE(std::string::npos, partial.out.find("no column for the field Gemeinden.Ort")) << partial.out;
+  db_->drop("nur_plz");
   // Problems cannot go into a table of another layout.
   Result layout = check("--output " + quoted(db_->url("table=gemeinden")) + " " + module_ + csv);
   EXPECT_EQ(2, layout.status);

@@ -4,6 +4,7 @@
 
 #include <quorel/quorel.h>
 
+#include "quorel/host/material_check.h"
 #include "quorel/host/row_source.h"
 #include "quorel/host/sql/sql_material_access.h"
 #include "quorel/host/table_material_access.h"
@@ -223,6 +224,88 @@ TEST_P(SqlMaterialAccessTest, FailuresNameTableAndColumn) {
   ASSERT_TRUE(SqlSource::parse("sqlite:/nonexistent/dir/x.db?table=t", &source, &message));
   EXPECT_FALSE(sql.addMaterial("Orte", source, &message));
   EXPECT_NE(std::string::npos, message.find("cannot open sqlite:/nonexistent/dir/x.db")) << message;
+}
+
+// A module that queries Orte with fields of its own and of a nested topic;
+// the Plausi owns the topics with their types, as a generated module does.
+class PlaceModule : public NoRules {
+ public:
+  PlaceModule() {
+    auto *orte = new ModuleTopic(nullptr, "Orte");
+    orte->setMaterialName("Orte");
+    orte->field("PLZ");
+    orte->field("Einwohner");
+    orte->nested("Lage")->field("Kreis");
+    setMaterial("Orte", orte);
+  }
+
+ private:
+  class ModuleTopic : public Topic {
+   public:
+    ModuleTopic(Topic *parent, const char *name)
+        : Topic(new TypeDescriptor(parent != nullptr ? parent->getTypeDescriptor() : nullptr, nullptr, name, nullptr,
+                                   FieldTypeTopic, nullptr, 0),
+                parent) {}
+    Topic *createElement() override { return nullptr; }
+    void field(const char *name) {
+      setField(name,
+               new Field(new TypeDescriptor(getTypeDescriptor(), nullptr, name, nullptr, FieldTypeText, nullptr, 0),
+                         this));
+    }
+    ModuleTopic *nested(const char *name) {
+      auto *topic = new ModuleTopic(this, name);
+      setField(name, topic);
+      return topic;
+    }
+  };
+};
+
+TEST_P(SqlMaterialAccessTest, FieldsWithoutAColumnAreNamedBeforeAnyQuery) {
+  db_->drop("kaputt");
+  db_->execute("CREATE TABLE kaputt (plz TEXT, name TEXT)");
+  PlaceModule module;
+  SqlMaterialAccess sql;
+  auto findings = [&](const std::string &parameters, bool strict) {
+    std::string message;
+    SqlSource source;
+    EXPECT_TRUE(SqlSource::parse(db_->url(parameters), &source, &message)) << message;
+    EXPECT_TRUE(sql.addMaterial("Orte", source, &message)) << message;
+    auto hasColumn = [&sql](FieldDescriptor *field) { return sql.hasColumnFor("Orte", field); };
+    return checkMaterialFields(&module, "Orte", hasColumn, strict);
+  };
+  auto missing = [](const char *field) {
+    return std::string("material Orte: the table has no column for the field ") + field +
+           ", so every query that reads or filters it fails; name its column in the material's address: column." +
+           field + "=<column>";
+  };
+  // PLZ is found ignoring case; the others are warnings, or errors when
+  // strict, each named with the way to map it.
+  MaterialFindings loose = findings("table=kaputt", false);
+  EXPECT_EQ(std::vector<std::string>{}, loose.errors);
+  EXPECT_EQ((std::vector<std::string>{missing("Orte.Einwohner"), missing("Orte.Lage.Kreis")}), loose.warnings);
+  MaterialFindings strict = findings("table=kaputt", true);
+  EXPECT_EQ(loose.warnings, strict.errors);
+  EXPECT_EQ(std::vector<std::string>{}, strict.warnings);
+  // A column the address names counts, as it does for a query.
+  MaterialFindings mapped = findings("table=kaputt&column.Orte.Lage.Kreis=name&column.Orte.Einwohner=NAME", true);
+  EXPECT_TRUE(mapped.errors.empty() && mapped.warnings.empty()) << ::testing::PrintToString(mapped.errors);
+
+  // Not one field found: one error, whether strict or not.
+  db_->drop("fremd");
+  db_->execute("CREATE TABLE fremd (a TEXT, b TEXT)");
+  MaterialFindings none = findings("table=fremd", false);
+  EXPECT_EQ(std::vector<std::string>{"material Orte: the table has a column for none of the fields (Orte.Einwohner, "
+                                     "Orte.Lage.Kreis, Orte.PLZ), so every query on it would fail; name their "
+                                     "columns in the material's address, as column.Orte.Einwohner=<column>"},
+            none.errors);
+  EXPECT_TRUE(none.warnings.empty());
+
+  // A material the module does not query, and one never added.
+  EXPECT_TRUE(checkMaterialFields(&module, "Regionen", [](FieldDescriptor *) { return false; }, true).errors.empty());
+  PlaceTopic topic;
+  EXPECT_FALSE(sql.hasColumnFor("Regionen", topic.plz));
+  db_->drop("kaputt");
+  db_->drop("fremd");
 }
 
 TEST_P(SqlMaterialAccessTest, ThreadsQueryOnSessionsOfTheirOwn) {
