@@ -541,6 +541,11 @@ int main(int argc, char **argv) {
   }
   message = workers[0]->checker().checkFlow("--flow NAME");
   if (!message.empty()) return fail(quorel::host::toUtf8(message.c_str()));
+  std::vector<std::string> unread = quorel::host::unreadInits(settings);
+  for (const std::string &init : unread) {
+    std::cerr << "quorel-check: " << (options.strict ? "" : "warning: ") << quorel::host::toUtf8(init.c_str()) << "\n";
+  }
+  if (!unread.empty() && options.strict) return 2;
   std::vector<std::string> given;
   for (const auto &material : options.materials) given.push_back(material.first);
   quorel::host::MaterialFindings findings = quorel::host::checkMaterials(

@@ -124,6 +124,20 @@ bool isRuleFile(const std::string &path) {
   return path.size() > 3 && path.compare(path.size() - 3, 3, ".qr") == 0;
 }
 
+std::vector<std::string> unreadInits(const CheckSettings &settings) {
+  std::vector<std::string> messages;
+  if (settings.rules == nullptr) return messages;
+  std::string read;
+  for (const std::string &name : settings.rules->module().parameters) read += (read.empty() ? "" : ", ") + name;
+  for (const auto &init : settings.inits) {
+    if (settings.rules->readsParameter(init.first)) continue;
+    messages.push_back("init parameter " + init.first + " is given, but rule file " + settings.rules->name() +
+                       " reads no parameter of that name (" + (read.empty() ? "it reads none" : "it reads: " + read) +
+                       ")");
+  }
+  return messages;
+}
+
 std::shared_ptr<const lang::RuleSet> readRules(const std::string &path, std::string *message) {
   lang::Diagnostics diagnostics;
   std::shared_ptr<const lang::RuleSet> rules = lang::readRuleFile(path, &diagnostics);

@@ -115,6 +115,14 @@ class Checker {
 // Whether path names a rule file (it ends in ".qr") rather than a library.
 bool isRuleFile(const std::string &path);
 
+// The init params of the settings that the rule file never reads, one
+// message each (Windows-1252, as the names): its rules name each parameter
+// they read (PARAMETER("Stichtag")), so a name that none of them names, a
+// typo such as Stichtg, would be set and never read. None for a library
+// module, which does not tell what it reads, and none for a rule file that
+// computes the name of a parameter it reads.
+std::vector<std::string> unreadInits(const CheckSettings &settings);
+
 // Reads and checks a rule file; null, with every mistake of the file in
 // *message (FILE:LINE:COLUMN: error: ... lines, UTF-8), when it holds any.
 std::shared_ptr<const lang::RuleSet> readRules(const std::string &path, std::string *message);

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -300,6 +301,11 @@ struct Module {
   // static path.
   std::vector<const Expr *> constants;
   std::vector<const Path *> staticPaths;
+  // Resolved: the names of the init params that PARAMETER reads, where each
+  // is written as a text; computedParameter when one is not, so that any
+  // name may be read.
+  std::set<std::string> parameters;
+  bool computedParameter = false;
 };
 
 }  // namespace lang

@@ -656,6 +656,14 @@ class Checker {
       StaticKind kind = i == 0 || builtin->op != kOpCount ? value(arg) : (number(arg), kKindNumber);
       argumentKind(expr, i, kind);
     }
+    if (builtin->op == kOpParameter && count == 1) {
+      const Expr *name = expr->args[0].get();
+      if (name->kind == kText && !name->truth) {
+        module_->parameters.insert(name->text);
+      } else {
+        module_->computedParameter = true;
+      }
+    }
     if (builtin->op == kOpCount && !expr->args.empty() && expr->args[0]->kind == kPath) {
       const FieldDecl *decl = expr->args[0]->path->decl;
       if (decl != nullptr && decl->isArray() && expr->args.size() > decl->dims.size()) {

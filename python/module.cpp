@@ -68,6 +68,7 @@ py::object columnWarningType;
 py::object databaseErrorType;
 py::object ruleErrorType;
 py::object materialWarningType;
+py::object initWarningType;
 py::object fileEncodingWarningType;
 py::object ruleFileErrorType;
 
@@ -493,6 +494,7 @@ class Checker {
     }
     std::string unknownFlow = checker->checkFlow("flow=\"NAME\"");
     if (!unknownFlow.empty()) throw py::value_error(host::toUtf8(unknownFlow.c_str()));
+    checkInits();
     checkMaterials(checker->plausi(), materials);
   }
 
@@ -851,6 +853,21 @@ class Checker {
     if (!faults.empty()) raiseRecordError(faults);
   }
 
+  // The init params given against those a rule file reads: ValueError when
+  // strict, else an InitWarning for each it never reads.
+  void checkInits() {
+    std::string message;
+    for (const std::string &unread : host::unreadInits(pool_->settings())) {
+      std::string text = host::toUtf8(unread.c_str());
+      if (strict_) {
+        message += (message.empty() ? "" : "\n") + text;
+      } else if (warn_ && PyErr_WarnEx(initWarningType.ptr(), text.c_str(), 2) != 0) {
+        throw py::error_already_set();
+      }
+    }
+    if (!message.empty()) throw py::value_error(message);
+  }
+
   // The materials given against those the module queries: ValueError for
   // one missing (or, when strict, one it never queries), MaterialWarning for
   // one it never queries. Then the columns of each table given against its
@@ -1020,6 +1037,7 @@ PYBIND11_MODULE(_quorel, m) {
   databaseErrorType = errors.attr("DatabaseError");
   ruleErrorType = errors.attr("RuleError");
   materialWarningType = errors.attr("MaterialWarning");
+  initWarningType = errors.attr("InitWarning");
   fileEncodingWarningType = errors.attr("FileEncodingWarning");
   ruleFileErrorType = errors.attr("RuleFileError");
 

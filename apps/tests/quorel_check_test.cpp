@@ -156,6 +156,29 @@ TEST(MaterialTest, AMaterialsColumnsAreCheckedAgainstItsFieldsAtStartUp) {
   EXPECT_EQ(1u, count(encoded.err, "quorel-check: warning: " + utf8 + " looks like UTF-8")) << encoded.err;
 }
 
+TEST(InitTest, AnInitParameterThatARuleFileNeverReadsIsNamedAtStartUp) {
+  std::string rules = write("grenze.qr",
+                            "MODUL Grenzen\nSATZ R\n  FELD Zahl GANZZAHL\nENDE\n"
+                            "REGEL Z ABSCHNITT \"Regel Z\"\n"
+                            "WENN R.Zahl > PARAMETER(\"Grenze\") DANN MELDE FEHLER \"Z-1\" GEWICHT 1 TEXT \"zu gross\"\n"
+                            "ENDE\n");
+  std::string records = write("zahlen.csv", "R.Zahl\n3\n9\n");
+  Ran right = check("--init Grenze=5 " + rules + " " + records);
+  EXPECT_EQ(1, right.status) << right.err;
+  EXPECT_EQ("", right.err);
+  EXPECT_EQ(1u, count(right.out, ": error Z-1"));
+  // A typo: the rules run without the parameter, which is said once.
+  Ran typo = check("--init Grenz=5 " + rules + " " + records);
+  EXPECT_EQ("quorel-check: warning: init parameter Grenz is given, but rule file Grenzen reads no parameter of that "
+            "name (it reads: Grenze)\n",
+            typo.err);
+  Ran strict = check("--strict --init Grenz=5 " + rules + " " + records);
+  EXPECT_EQ(2, strict.status);
+  EXPECT_EQ("", strict.out);
+  const std::string warning = "warning: ";
+  EXPECT_EQ(std::string(typo.err).erase(typo.err.find(warning), warning.size()), strict.err);
+}
+
 TEST(RuleExceptionTest, AnExceptionOfRuleCodeFailsItsRecordAndTheRunGoesOn) {
   std::string records = write("exceptions.csv",
                               "Stoerung.Zahl;Stoerung.Wunsch\n5;\nabc;\n12;\n;Speicher\n7;\n");

@@ -9,12 +9,13 @@
 import os
 import warnings
 
-from ._errors import (ColumnWarning, DatabaseError, FileEncodingWarning, MaterialWarning, PlausiError, RecordError,
-                      RuleError, RuleFileError)
+from ._errors import (ColumnWarning, DatabaseError, FileEncodingWarning, InitWarning, MaterialWarning, PlausiError,
+                      RecordError, RuleError, RuleFileError)
 from . import _quorel
 from ._quorel import Problem, Result
 
-__all__ = ["Checker", "ColumnWarning", "DatabaseError", "FileEncodingWarning", "MaterialWarning", "PlausiError",
+__all__ = ["Checker", "ColumnWarning", "DatabaseError", "FileEncodingWarning", "InitWarning", "MaterialWarning",
+           "PlausiError",
            "Problem", "RecordError", "Result", "RuleError", "RuleFileError", "RuleModule", "check_frame",
            "PROBLEM_COLUMNS"]
 
@@ -90,13 +91,14 @@ class Checker:
     mark are read, "windows-1252" or "utf-8"; one with a UTF-8 byte-order
     mark is UTF-8. A file whose start looks like the other encoding gives a
     FileEncodingWarning (ValueError with strict=True).
-    init: {name: bool, int, float or str}. log, log_level: a log file of the
+    init: {name: bool, int, float or str}. A name that a rule file never
+    reads gives an InitWarning (ValueError with strict=True). log, log_level: a log file of the
     runs and its level (0 off ... 6 debug); with a log, runs on several
     threads take turns. A flow that a module declaring its flows does not
     know raises ValueError. A column or key that names no field of the
     module (or has an index beyond a size the module declares) gives a
     ColumnWarning once; with strict=True it raises RecordError instead.
-    warn=False leaves out ColumnWarning, MaterialWarning and
+    warn=False leaves out ColumnWarning, MaterialWarning, InitWarning and
     FileEncodingWarning, for a front end
     that gave them already (quorel.dask gives them once, on the client).
 

@@ -48,6 +48,13 @@ class MaterialWarning(UserWarning):
     ValueError instead."""
 
 
+class InitWarning(UserWarning):
+    """An init parameter that was given but that the rule file never reads
+    (a misspelt name, say): its rules name each parameter they read, and
+    none names this one. A library module does not tell what it reads and
+    gives none. With strict=True it is a ValueError instead."""
+
+
 class FileEncodingWarning(UserWarning):
     """A CSV file whose start says that it is in another encoding than it is
     read in: UTF-8 without a byte-order mark read as Windows-1252 (the

@@ -2,6 +2,7 @@
 C++ modules of the same rules find, and a faulty one names every mistake."""
 import os
 import pickle
+import warnings
 
 import pandas as pd
 import pytest
@@ -90,3 +91,32 @@ def test_the_newcomers_survey_from_pandas_finds_what_the_command_line_finds(data
                 expected.append(line.split()[3])
     assert list(found["id"].astype(str)) == expected
     assert found.attrs["summary"]["not_checked"] == 0
+
+
+GRENZE = """MODUL Grenzen
+SATZ R
+  FELD Zahl GANZZAHL
+ENDE
+REGEL Z ABSCHNITT "Regel Z"
+WENN R.Zahl > PARAMETER("Grenze") DANN MELDE FEHLER "Z-1" GEWICHT 1 TEXT "zu gro\u00df"
+ENDE
+"""
+
+
+def test_an_init_parameter_the_rule_file_never_reads_is_named_once(antrag_library):
+    module = quorel.RuleModule.from_text(GRENZE, name="grenze.qr")
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        checker = quorel.Checker(module, init={"Grenze": 5})
+    assert [p.id for p in checker.check({"R.Zahl": "9"}).problems] == ["Z-1"]
+    with pytest.warns(quorel.InitWarning, match="init parameter Grenz is given, but rule file Grenzen reads no "
+                                                r"parameter of that name \(it reads: Grenze\)"):
+        quorel.Checker(module, init={"Grenz": 5})
+    with pytest.raises(ValueError, match="init parameter Grenz is given"):
+        quorel.Checker(module, init={"Grenz": 5}, strict=True)
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        quorel.Checker(module, init={"Grenz": 5}, warn=False)
+        # A library module does not tell which parameters it reads.
+        quorel.Checker(quorel.RuleModule(antrag_library, "Antrag"), flow="Pruefung", init={"Grenz": 5},
+                       materials={"Gemeinden": pd.DataFrame({"Gemeinden.PLZ": [], "Gemeinden.Ort": []})})

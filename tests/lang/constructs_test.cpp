@@ -577,6 +577,13 @@ MELDE HINWEIS "H" GEWICHT 1 TEXT "" & Mal(grenze; 3))";
   plausi->perform(&registered);
   EXPECT_EQ(testing::describe(registered), "ohne 2 1: x | - | - | read | trail Regel T < Plausi\n"
                                            "H 2 1: 21 | - | - | read | trail Regel T < Plausi\n");
+  // The names a host may set to any effect: those the rules write, or any
+  // once a rule computes one.
+  EXPECT_TRUE(rules->readsParameter("Grenze") && rules->readsParameter("Fehlt"));
+  EXPECT_FALSE(rules->readsParameter("Grenz"));
+  auto computed = readOk(rule("SEI x = PARAMETER(\"Gre\" & \"nze\")"));
+  ASSERT_NE(computed, nullptr);
+  EXPECT_TRUE(computed->readsParameter("Grenz"));
 }
 
 TEST(InterpreterTest, PlausisOfOneRuleSetRunOnThreadsOfTheirOwn) {
