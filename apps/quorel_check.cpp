@@ -96,6 +96,24 @@ std::pair<std::string, std::string> split(const std::string &argument) {
   return {argument.substr(0, equals), argument.substr(equals + 1)};
 }
 
+// A text of the command line as the library reads it: UTF-8, as terminals
+// and scripts write it, becomes Windows-1252, and other bytes are taken as
+// Windows-1252 already, as those of a rule file are. False, with a message,
+// for a character that Windows-1252 lacks.
+bool toLibraryText(const std::string &option, std::string *text, std::string *message) {
+  std::string converted;
+  std::size_t offset;
+  if (quorel::host::fromUtf8(*text, &converted, &offset)) {
+    *text = converted;
+    return true;
+  }
+  std::size_t beyondAscii;
+  if (quorel::host::utf8Fault(*text, &beyondAscii) != std::string::npos) return true;
+  *message = option + " " + *text + ": the character at byte " + std::to_string(offset) +
+             " is not in Windows-1252, the encoding of the rules' texts";
+  return false;
+}
+
 const CLI::Validator kNameValue(
     [](std::string &argument) {
       std::size_t equals = argument.find('=');
@@ -155,7 +173,8 @@ bool parse(int argc, char **argv, Options *options) {
       ->capture_default_str();
   app.add_flag("--strict", options->strict,
                "a column whose cells would never be read (of the records or a material), a material the module "
-               "does not query, or a file that looks like another encoding than it is read in, is an input error, "
+               "does not query, a database material's field without a column, an init parameter that a rule file "
+               "never reads, or a file that looks like another encoding than it is read in, is an input error, "
                "not a warning");
   try {
     app.parse(argc, argv);
@@ -186,9 +205,23 @@ bool parse(int argc, char **argv, Options *options) {
     std::cerr << "quorel-check: " << usage << "\n" << app.help();
     return false;
   }
-  for (const std::string &init : inits) options->inits.push_back(split(init));
-  for (const std::string &material : materials) options->materials.push_back(split(material));
-  if (flowOption->count() > 0) options->flow = flow;
+  // Names and values that the rules compare with their own texts.
+  for (const std::string &init : inits) {
+    options->inits.push_back(split(init));
+    if (!toLibraryText("--init", &options->inits.back().first, &usage) ||
+        !toLibraryText("--init", &options->inits.back().second, &usage)) {
+      break;
+    }
+  }
+  for (const std::string &material : materials) {
+    options->materials.push_back(split(material));
+    if (!toLibraryText("--material", &options->materials.back().first, &usage)) break;
+  }
+  if (flowOption->count() > 0 && toLibraryText("--flow", &flow, &usage)) options->flow = flow;
+  if (!usage.empty()) {
+    std::cerr << "quorel-check: " << usage << "\n";
+    return false;
+  }
   options->json = format == "json";
   options->replace = mode == "replace";
   if (modeOption->count() > 0 && options->output.empty()) {
@@ -550,8 +583,12 @@ int main(int argc, char **argv) {
   for (const auto &material : options.materials) given.push_back(material.first);
   quorel::host::MaterialFindings findings = quorel::host::checkMaterials(
       workers[0]->checker().plausi(), settings.module, given, "--material NAME=FILE", options.strict);
-  for (const std::string &warning : findings.warnings) std::cerr << "quorel-check: warning: " << warning << "\n";
-  for (const std::string &error : findings.errors) std::cerr << "quorel-check: " << error << "\n";
+  for (const std::string &warning : findings.warnings) {
+    std::cerr << "quorel-check: warning: " << quorel::host::toUtf8(warning.c_str()) << "\n";
+  }
+  for (const std::string &error : findings.errors) {
+    std::cerr << "quorel-check: " << quorel::host::toUtf8(error.c_str()) << "\n";
+  }
   if (!findings.errors.empty()) return 2;
   for (const auto &material : options.materials) {
     if (!materials.add(material.first, material.second, encoding, workers[0]->checker().plausi(), options.strict,

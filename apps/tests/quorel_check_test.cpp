@@ -179,6 +179,30 @@ TEST(InitTest, AnInitParameterThatARuleFileNeverReadsIsNamedAtStartUp) {
   EXPECT_EQ(std::string(typo.err).erase(typo.err.find(warning), warning.size()), strict.err);
 }
 
+TEST(InitTest, TextsOfTheCommandLineMeetTheRulesTextsInTheirEncoding) {
+  // The rules compare the record's text with the parameter's in
+  // Windows-1252.
+  std::string rules = write("ort.qr",
+                            "MODUL Orte\nSATZ R\n  FELD Ort TEXT\nENDE\n"
+                            "REGEL O ABSCHNITT \"Regel O\"\n"
+                            "WENN R.Ort = PARAMETER(\"Ort\") DANN MELDE HINWEIS \"O-1\" GEWICHT 1 TEXT \"gleich\"\n"
+                            "ENDE\n");
+  std::string records = write("orte.csv", "R.Ort\nM\xFCnchen\nK\xF6ln\n");
+  // As a terminal writes it, and in the rules' own encoding.
+  for (const std::string &muenchen : {std::string("M\xC3\xBCnchen"), std::string("M\xFCnchen")}) {
+    Ran same = check("--init 'Ort=" + muenchen + "' " + rules + " " + records);
+    EXPECT_EQ(0, same.status) << same.err;
+    EXPECT_EQ(1u, count(same.out, ": hint O-1")) << same.out;
+  }
+  // A character that the rules' texts cannot hold.
+  Ran beyond = check("--init 'Ort=\xC5\x81\xC3\xB3" "d\xC5\xBA' " + rules + " " + records);
+  EXPECT_EQ(2, beyond.status);
+  EXPECT_EQ("", beyond.out);
+  EXPECT_EQ("quorel-check: --init \xC5\x81\xC3\xB3" "d\xC5\xBA: the character at byte 0 is not in Windows-1252, the "
+            "encoding of the rules' texts\n",
+            beyond.err);
+}
+
 TEST(RuleExceptionTest, AnExceptionOfRuleCodeFailsItsRecordAndTheRunGoesOn) {
   std::string records = write("exceptions.csv",
                               "Stoerung.Zahl;Stoerung.Wunsch\n5;\nabc;\n12;\n;Speicher\n7;\n");
