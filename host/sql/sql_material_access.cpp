@@ -193,8 +193,10 @@ SqlMaterialAccess::SqlMaterialAccess() = default;
 SqlMaterialAccess::~SqlMaterialAccess() = default;
 
 bool SqlMaterialAccess::addMaterial(const std::string &name, const SqlSource &source, std::string *message) {
+  // Messages are UTF-8; the name is the library's (Windows-1252).
+  const std::string shown = "material " + toUtf8(name.c_str());
   if (!source.query.empty()) {
-    *message = "material " + name + ": a material is a table or view, not a query";
+    *message = shown + ": a material is a table or view, not a query";
     return false;
   }
   Database *database = nullptr;
@@ -215,13 +217,13 @@ bool SqlMaterialAccess::addMaterial(const std::string &name, const SqlSource &so
   bool described = link != nullptr && link->connection->describe(material->table, &table, &error);
   releaseRecords();
   if (!described) {
-    *message = "material " + name + " (" + source.where() + "): " + error;
+    *message = shown + " (" + source.where() + "): " + error;
     return false;
   }
   material->columns = table.columns;
   for (const auto &column : source.columns) {
     if (find(table.columns, column.second) < 0) {
-      *message = "material " + name + ": table " + material->table + " has no column " + column.second;
+      *message = shown + ": table " + material->table + " has no column " + column.second;
       return false;
     }
     material->mapped[column.first] = column.second;
@@ -230,7 +232,7 @@ bool SqlMaterialAccess::addMaterial(const std::string &name, const SqlSource &so
   const std::vector<std::string> &order = source.order.empty() ? table.key : source.order;
   for (std::size_t i = 0; i < order.size(); ++i) {
     if (order[i] != "rowid" && find(table.columns, order[i]) < 0) {
-      *message = "material " + name + ": table " + material->table + " has no column " + order[i] + " to order by";
+      *message = shown + ": table " + material->table + " has no column " + order[i] + " to order by";
       return false;
     }
     material->orderBy += (i == 0 ? " ORDER BY " : ", ") + quoteIdentifier(order[i]);

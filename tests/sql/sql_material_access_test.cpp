@@ -193,6 +193,9 @@ TEST_P(SqlMaterialAccessTest, FailuresNameTableAndColumn) {
   ASSERT_TRUE(SqlSource::parse(db_->url("table=fehlt"), &source, &message));
   EXPECT_FALSE(sql.addMaterial("Orte", source, &message));
   EXPECT_NE(std::string::npos, message.find("fehlt")) << message;
+  // Messages are UTF-8; the material's name is the library's Windows-1252.
+  EXPECT_FALSE(sql.addMaterial("\xD6rter", source, &message));
+  EXPECT_EQ(0u, message.find("material \xC3\x96rter (")) << message;
   ASSERT_TRUE(SqlSource::parse(db_->url("table=orte&order=gibtsnicht"), &source, &message));
   EXPECT_FALSE(sql.addMaterial("Orte", source, &message));
   EXPECT_NE(std::string::npos, message.find("gibtsnicht")) << message;
