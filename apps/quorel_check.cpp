@@ -403,6 +403,18 @@ class Progress {
   std::int64_t records_ = 0, problems_ = 0;
 };
 
+// Writes the advice on the encoding as a warning; false with it as the
+// message when strict. Empty advice says nothing.
+bool warned(const std::string &advice, bool strict, std::string *message) {
+  if (advice.empty()) return true;
+  if (strict) {
+    *message = advice;
+    return false;
+  }
+  std::cerr << "quorel-check: warning: " << advice << "\n";
+  return true;
+}
+
 // The materials of the run: CSV files in memory, database tables queried
 // where they lie, each routed by its name.
 class Materials {
@@ -416,16 +428,12 @@ class Materials {
     if (!quorel::host::SqlSource::names(where)) {
       auto source = quorel::host::CsvRowSource::open(where, message, encoding);
       if (source == nullptr) return false;
-      std::string advice = quorel::host::encodingAdvice(*source, kChooseEncoding);
-      if (!advice.empty() && strict) {
-        *message = advice;
-        return false;
-      }
-      if (!advice.empty()) std::cerr << "quorel-check: warning: " << advice << "\n";
+      if (!warned(quorel::host::encodingAdvice(*source, kChooseEncoding), strict, message)) return false;
       if (!said(quorel::host::checkMaterialColumns(plausi, name, source->columns(), strict), where, message)) {
         return false;
       }
       if (!tables_.load(name, source.get(), message)) return false;
+      if (!warned(quorel::host::lateEncodingAdvice(*source, kChooseEncoding), strict, message)) return false;
       router_.route(name, &tables_);
       return true;
     }
@@ -551,9 +559,9 @@ int main(int argc, char **argv) {
   settings.logger = logger.get();
   for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
 
-  std::string advice = quorel::host::encodingAdvice(*records, kChooseEncoding);
-  if (!advice.empty() && options.strict) return fail(advice);
-  if (!advice.empty()) std::cerr << "quorel-check: warning: " << advice << "\n";
+  if (!warned(quorel::host::encodingAdvice(*records, kChooseEncoding), options.strict, &message)) {
+    return fail(message);
+  }
   quorel::host::RecordLayout layout(records->columns());
   // A record keeps one cell per name: the others would be lost.
   std::vector<std::string> repeated = layout.repeatedColumns();
@@ -668,6 +676,9 @@ int main(int argc, char **argv) {
   if (records->failed()) {
     std::cerr << "quorel-check: " << records->name() << " could not be read to its end; the last record reported says why\n";
   }
+  // Known only now: the start of the file did not tell.
+  std::string lateAdvice = quorel::host::lateEncodingAdvice(*records, kChooseEncoding);
+  if (!lateAdvice.empty()) std::cerr << "quorel-check: " << (options.strict ? "" : "warning: ") << lateAdvice << "\n";
   quorel::host::Summary summary;
   for (const auto &worker : workers) summary.merge(worker->counts());
   std::string last;
@@ -676,6 +687,6 @@ int main(int argc, char **argv) {
   workers.clear();
   logger.reset();
   if (!out.flush()) return fail("cannot write the output");
-  if (summary.notChecked > 0) return 2;
+  if (summary.notChecked > 0 || (options.strict && !lateAdvice.empty())) return 2;
   return summary.errors > 0 ? 1 : 0;
 }

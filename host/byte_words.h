@@ -80,6 +80,15 @@ inline bool holds(std::string_view text, char c) {
   return n > 0 && (bytesOf(loadShort(text.data() + i, n), c) & lowBytes(n)) != 0;
 }
 
+// Whether the text holds a byte beyond ASCII.
+inline bool holdsBeyondAscii(std::string_view text) {
+  std::uint64_t any = 0;
+  std::size_t i = 0;
+  for (; i + 8 <= text.size(); i += 8) any |= load(text.data() + i);
+  if (i < text.size()) any |= loadShort(text.data() + i, text.size() - i);
+  return (any & kHighBits) != 0;
+}
+
 // A hash of the text, from its words: quick rather than strong, for tables
 // that compare what they find anyway.
 inline std::size_t hash(std::string_view text) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "quorel/host/byte_words.h"
 #include "quorel/host/file_error.h"
 
 namespace quorel {
@@ -29,13 +30,20 @@ std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::s
   }
   source->encoding_ = source->reader_.byteOrderMark() ? FileEncoding::kUtf8 : encoding;
   std::error_code ignored;
-  if (!source->reader_.byteOrderMark() && std::filesystem::is_regular_file(file, ignored)) {
-    // Read aside, so that the rows are read as ever.
-    std::ifstream start(file, std::ios::binary);
-    std::string sample(kEncodingSample, '\0');
-    start.read(&sample[0], static_cast<std::streamsize>(sample.size()));
-    sample.resize(static_cast<std::size_t>(std::max<std::streamsize>(start.gcount(), 0)));
-    source->doubt_ = doubtEncoding(file, sample, encoding);
+  if (!source->reader_.byteOrderMark()) {
+    // A UTF-8 file read as Windows-1252 fails no row, so the rows are
+    // watched wherever the start cannot tell; one read as UTF-8 that is
+    // not fails each row that shows it.
+    source->watching_ = encoding == FileEncoding::kWindows1252;
+    if (std::filesystem::is_regular_file(file, ignored)) {
+      // Read aside, so that the rows are read as ever.
+      std::ifstream start(file, std::ios::binary);
+      std::string sample(kEncodingSample, '\0');
+      start.read(&sample[0], static_cast<std::streamsize>(sample.size()));
+      sample.resize(static_cast<std::size_t>(std::max<std::streamsize>(start.gcount(), 0)));
+      source->doubt_ = doubtEncoding(file, sample, encoding);
+      source->watching_ &= sample.size() == kEncodingSample && !words::holdsBeyondAscii(sample);
+    }
   }
   if (!source->decode(&source->columns_, &error)) {
     *message = file + ":1: the header: " + error;
@@ -119,16 +127,45 @@ bool CsvRowSource::next(Row *row) {
                  ", the header " + std::to_string(columns_.size());
   }
   if (row->error.empty()) decode(&row->cells, &row->error);
+  if (watching_) watchEncoding(*row);
   return true;
 }
 
-std::string encodingAdvice(const RowSource &source, const std::string &howToChoose) {
-  auto *file = dynamic_cast<const CsvRowSource *>(&source);
-  if (file == nullptr || file->encodingDoubt().message.empty()) return std::string();
+void CsvRowSource::watchEncoding(const Row &row) {
+  bool beyondAscii = false;
+  for (auto cell = row.cells.begin(); cell != row.cells.end() && !beyondAscii; ++cell) {
+    beyondAscii = words::holdsBeyondAscii(*cell);
+  }
+  if (!beyondAscii) return;
+  watching_ = false;
+  std::string text;
+  for (const std::string &cell : row.cells) text += (text.empty() ? "" : ";") + cell;
+  lateDoubt_ = doubtEncoding(file_, text, encoding_, row.place.line);
+}
+
+namespace {
+
+// The doubt, if any, followed by the words that choose the encoding that fits.
+std::string advice(const EncodingDoubt &doubt, const std::string &howToChoose, const char *between) {
+  if (doubt.message.empty()) return std::string();
   std::string how = howToChoose;
   std::size_t at = how.find("ENCODING");
-  if (at != std::string::npos) how.replace(at, 8, file->encodingDoubt().fits);
-  return file->encodingDoubt().message + ": pass " + how;
+  if (at != std::string::npos) how.replace(at, 8, doubt.fits);
+  return doubt.message + between + how;
+}
+
+}  // namespace
+
+std::string encodingAdvice(const RowSource &source, const std::string &howToChoose) {
+  auto *file = dynamic_cast<const CsvRowSource *>(&source);
+  return file != nullptr ? advice(file->encodingDoubt(), howToChoose, ": pass ") : std::string();
+}
+
+std::string lateEncodingAdvice(const RowSource &source, const std::string &howToChoose) {
+  auto *file = dynamic_cast<const CsvRowSource *>(&source);
+  return file != nullptr ? advice(file->lateEncodingDoubt(), howToChoose,
+                                  "; its rows from that line on were read that way: pass ")
+                         : std::string();
 }
 
 }  // namespace host

@@ -48,18 +48,27 @@ class CsvRowSource : public RowSource {
   // doubtEncoding); no doubt for a file with a byte-order mark, or one that
   // is no regular file, which cannot be read twice.
   const EncodingDoubt &encodingDoubt() const { return doubt_; }
+  // What the rows read so far say against Windows-1252 where the start could
+  // not: in a file whose first kEncodingSample bytes are ASCII alone, or
+  // that is no regular file, the first row that holds a byte beyond ASCII
+  // decides. Its records and those after it were read as it says.
+  const EncodingDoubt &lateEncodingDoubt() const { return lateDoubt_; }
 
  private:
   explicit CsvRowSource(const std::string &file);
   // Turns the cells from UTF-8; false with a message naming the column of
   // the first that fails.
   bool decode(std::vector<std::string> *cells, std::string *error) const;
+  // Watches the row for the first byte beyond ASCII (see lateEncodingDoubt).
+  void watchEncoding(const Row &row);
 
   std::string file_;
   std::ifstream in_;
   CsvReader reader_;
   FileEncoding encoding_ = FileEncoding::kWindows1252;
   EncodingDoubt doubt_;
+  bool watching_ = false;
+  EncodingDoubt lateDoubt_;
   std::vector<std::string> columns_;
   std::int64_t records_ = 0;
   std::int64_t last_ = -1;  // the number of the last record to read; -1: to the end
@@ -72,6 +81,9 @@ class CsvRowSource : public RowSource {
 // ("--encoding ENCODING"). Empty when nothing does, or for a source that is
 // no CSV file.
 std::string encodingAdvice(const RowSource &source, const std::string &howToChoose);
+// The same for the rows read so far (see CsvRowSource::lateEncodingDoubt),
+// which also says that the rows from that row on were read as it says.
+std::string lateEncodingAdvice(const RowSource &source, const std::string &howToChoose);
 
 }  // namespace host
 }  // namespace quorel

@@ -27,10 +27,10 @@ std::string_view shown(std::string_view cell) {
   return cell.substr(0, end);
 }
 
-// The line of offset, from 1, counted as CsvReader counts: a line ends in
-// "\n", "\r\n" or a lone "\r".
-std::string lineOf(std::string_view text, std::size_t offset) {
-  std::size_t line = 1;
+// The line of offset, the text's first line being first, counted as
+// CsvReader counts: a line ends in "\n", "\r\n" or a lone "\r".
+std::string lineOf(std::string_view text, std::size_t offset, std::int64_t first) {
+  std::int64_t line = first;
   for (std::size_t i = 0; i < offset; ++i) {
     if (text[i] == '\n' || (text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n'))) ++line;
   }
@@ -46,17 +46,19 @@ std::string asWindows1252(std::string_view bytes) {
 
 }  // namespace
 
-EncodingDoubt doubtEncoding(const std::string &file, std::string_view start, FileEncoding read) {
+EncodingDoubt doubtEncoding(const std::string &file, std::string_view start, FileEncoding read,
+                            std::int64_t firstLine) {
   EncodingDoubt doubt;
   std::size_t beyondAscii;
   std::size_t fault = utf8Fault(start, &beyondAscii);
   if (read == FileEncoding::kWindows1252 && fault == std::string_view::npos && beyondAscii != std::string_view::npos) {
     std::string_view cell = shown(cellAt(start, beyondAscii));
-    doubt.message = file + " looks like UTF-8 (line " + lineOf(start, beyondAscii) + " holds \"" + std::string(cell) +
-                    "\"), but is read as Windows-1252, which makes that \"" + asWindows1252(cell) + "\"";
+    doubt.message = file + " looks like UTF-8 (line " + lineOf(start, beyondAscii, firstLine) + " holds \"" +
+                    std::string(cell) + "\"), but is read as Windows-1252, which makes that \"" + asWindows1252(cell) +
+                    "\"";
     doubt.fits = "utf-8";
   } else if (read == FileEncoding::kUtf8 && fault != std::string_view::npos) {
-    doubt.message = file + " is read as UTF-8, but line " + lineOf(start, fault) +
+    doubt.message = file + " is read as UTF-8, but line " + lineOf(start, fault, firstLine) +
                     " is no UTF-8 (as Windows-1252 it holds \"" + asWindows1252(shown(cellAt(start, fault))) + "\")";
     doubt.fits = "windows-1252";
   }

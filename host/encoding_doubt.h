@@ -15,6 +15,7 @@
 #define QUOREL_HOST_ENCODING_DOUBT_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -34,9 +35,11 @@ struct EncodingDoubt {
 // How much of a file's start doubtEncoding is given at most.
 constexpr std::size_t kEncodingSample = 1 << 20;
 
-// start: the first bytes of the file, from its first line on; read: the
-// encoding it is read in, which no byte-order mark decided.
-EncodingDoubt doubtEncoding(const std::string &file, std::string_view start, FileEncoding read);
+// start: the first bytes of the file, from its first line on, or the text
+// of a later row that begins on line firstLine; read: the encoding it is
+// read in, which no byte-order mark decided.
+EncodingDoubt doubtEncoding(const std::string &file, std::string_view start, FileEncoding read,
+                            std::int64_t firstLine = 1);
 
 }  // namespace host
 }  // namespace quorel

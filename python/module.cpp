@@ -677,6 +677,7 @@ class Checker {
       if (host::SqlSource::names(text)) raiseDatabaseError(message);
       throw py::value_error(message);
     }
+    reportEncoding(*rows, true);
     return frame.finish();
   }
 
@@ -813,10 +814,12 @@ class Checker {
   }
 
   // What the start of a CSV file says against the encoding it is read in
-  // (see host::doubtEncoding): a FileEncodingWarning, or ValueError when
+  // (see host::doubtEncoding), or with late what the rows read since said
+  // where the start did not: a FileEncodingWarning, or ValueError when
   // strict.
-  void reportEncoding(const host::RowSource &rows) const {
-    std::string advice = host::encodingAdvice(rows, "encoding=\"ENCODING\"");
+  void reportEncoding(const host::RowSource &rows, bool late = false) const {
+    const char *how = "encoding=\"ENCODING\"";
+    std::string advice = late ? host::lateEncodingAdvice(rows, how) : host::encodingAdvice(rows, how);
     if (advice.empty()) return;
     if (strict_) throw py::value_error(advice);
     if (warn_ && PyErr_WarnEx(fileEncodingWarningType.ptr(), advice.c_str(), 2) != 0) throw py::error_already_set();
@@ -961,6 +964,7 @@ class Checker {
         loaded = tables_.load(name, source.get(), &message);
       }
       if (!loaded) throw py::value_error(shown + message);
+      reportEncoding(*source, true);
       return;
     }
     if (!py::isinstance(material, frameType.get())) {

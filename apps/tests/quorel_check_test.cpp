@@ -154,6 +154,16 @@ TEST(MaterialTest, AMaterialsColumnsAreCheckedAgainstItsFieldsAtStartUp) {
   std::string utf8 = write("utf8_regionen.csv", "Regionen.Name\nS\xC3\xBC" "d\n");
   Ran encoded = check(flow + "--material Regionen=" + utf8 + " " + kFaults + records);
   EXPECT_EQ(1u, count(encoded.err, "quorel-check: warning: " + utf8 + " looks like UTF-8")) << encoded.err;
+  // So are its rows beyond a start of ASCII alone: it is read whole before
+  // any record, so the row is named at start-up too.
+  std::string rows;
+  for (int i = 0; i < 200000; ++i) rows += "Nord\n";
+  std::string late = write("late_regionen.csv", "Regionen.Name\n" + rows + "S\xC3\xBC" "d\n");
+  Ran lateEncoded = check(flow + "--strict --material Regionen=" + late + " " + kFaults + records);
+  EXPECT_EQ(2, lateEncoded.status);
+  EXPECT_EQ("", lateEncoded.out);
+  EXPECT_EQ(1u, count(lateEncoded.err, "quorel-check: " + late + " looks like UTF-8 (line 200002 holds"))
+      << lateEncoded.err;
 }
 
 // A rule file that gives a hint O-1 for each record whose R.Ort is the init
@@ -302,6 +312,21 @@ TEST(CsvTest, LineEndsByteOrderMarksAndEncodings) {
   EXPECT_EQ("quorel-check: warning: " + ansi + " is read as UTF-8, but line 2 is no UTF-8 (as Windows-1252 it "
             "holds \"M\xC3\xBCller\"): pass --encoding windows-1252\n",
             check("--encoding utf-8 " + kUmfrage + ansi).err);
+  // Past a start of ASCII alone, the first row beyond ASCII tells, and is
+  // named once the run has checked every record.
+  std::string late = write("late.csv", kSurveyHeader + surveys(90000) + "M\xC3\xBCller;34\n");
+  Ran lateAnsi = check(kUmfrage + late);
+  EXPECT_EQ(0, lateAnsi.status);
+  EXPECT_EQ("90001 records: 90001 checked, 0 not checked; 0 problems, 0 errors\n", lateAnsi.out);
+  EXPECT_EQ("quorel-check: warning: " + late + " looks like UTF-8 (line 90002 holds \"M\xC3\xBCller\"), but is "
+            "read as Windows-1252, which makes that \"M\xC3\x83\xC2\xBCller\"; its rows from that line on were read "
+            "that way: pass --encoding utf-8\n",
+            lateAnsi.err);
+  Ran lateStrict = check("--strict " + kUmfrage + late);
+  EXPECT_EQ(2, lateStrict.status);
+  EXPECT_EQ(lateAnsi.out, lateStrict.out);
+  EXPECT_EQ(lateAnsi.err.substr(std::string("quorel-check: warning: ").size()),
+            lateStrict.err.substr(std::string("quorel-check: ").size()));
   Ran bad = check("--encoding latin9 " + kUmfrage + plain);
   EXPECT_EQ(2, bad.status);
   EXPECT_EQ(0u, bad.err.find("quorel-check: --encoding: latin9 not in {windows-1252,utf-8}")) << bad.err;

@@ -1,13 +1,20 @@
-// What the start of a file says against the encoding it is read in.
+// What the start of a file, and the rows beyond it, say against the
+// encoding it is read in.
 
 #include "quorel/host/encoding_doubt.h"
 
+#include <cstdio>
+#include <fstream>
+#include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "quorel/host/csv_row_source.h"
+
 namespace {
 
+using quorel::host::CsvRowSource;
 using quorel::host::doubtEncoding;
 using quorel::host::EncodingDoubt;
 using quorel::host::FileEncoding;
@@ -54,6 +61,48 @@ TEST(EncodingDoubtTest, Utf8IsToldFromWindows1252AtTheStartOfAFile) {
   std::string cell = std::string(39, 'a') + "\xC3\xBC" + std::string(20, 'b');
   EncodingDoubt cut = doubtEncoding("f.csv", "x;" + cell, FileEncoding::kWindows1252);
   EXPECT_NE(std::string::npos, cut.message.find("holds \"" + std::string(39, 'a') + "\")")) << cut.message;
+}
+
+// A file whose start is ASCII alone: the first row beyond ASCII decides
+// what the start could not, wherever it stands.
+TEST(EncodingDoubtTest, RowsBeyondAnAsciiStartAreWatched) {
+  const std::string path = ::testing::TempDir() + "encoding_doubt_rows.csv";
+  std::string filler;
+  int rows = 1;  // the first row, and then the filler's
+  while (filler.size() < quorel::host::kEncodingSample) {
+    filler += "Mueller;Berlin\n";
+    ++rows;
+  }
+  // The file is the header, first, the filler, one more ASCII row and then
+  // later. Reads its rows and gives the late advice once all are read,
+  // checking that there was none before later.
+  auto lateAdvice = [&](const std::string &first, const std::string &later, FileEncoding encoding) {
+    std::ofstream(path, std::ios::binary) << "Name;Ort\n" << first << filler << "Schulz;Bonn\n" << later;
+    std::string message;
+    std::unique_ptr<CsvRowSource> source = CsvRowSource::open(path, &message, encoding);
+    EXPECT_NE(nullptr, source) << message;
+    if (source == nullptr) return std::string("not opened");
+    EXPECT_EQ("", source->encodingDoubt().message);
+    quorel::host::Row row;
+    for (int read = 0; read <= rows; ++read) EXPECT_TRUE(source->next(&row));
+    EXPECT_EQ("", source->lateEncodingDoubt().message);
+    while (source->next(&row)) {
+    }
+    return quorel::host::lateEncodingAdvice(*source, "--encoding ENCODING");
+  };
+
+  const std::string line = std::to_string(rows + 3);
+  EXPECT_EQ(path + " looks like UTF-8 (line " + line + " holds \"M\xC3\xBCller\"), but is read as Windows-1252, " +
+                "which makes that \"M\xC3\x83\xC2\xBCller\"; its rows from that line on were read that way: pass " +
+                "--encoding utf-8",
+            lateAdvice("Meier;Koeln\n", "M\xC3\xBCller;Berlin\nWeber;Ulm\n", FileEncoding::kWindows1252));
+  // The first row beyond ASCII decides: Windows-1252 there, nothing later.
+  EXPECT_EQ("", lateAdvice("Meier;Koeln\n", "M\xFCller;Berlin\nM\xC3\xBCller;Berlin\n", FileEncoding::kWindows1252));
+  // So does a start that holds Windows-1252 already.
+  EXPECT_EQ("", lateAdvice("Meier;K\xF6ln\n", "M\xC3\xBCller;Berlin\n", FileEncoding::kWindows1252));
+  // Read as UTF-8, a Windows-1252 row fails on its own and is not watched.
+  EXPECT_EQ("", lateAdvice("Meier;Koeln\n", "M\xFCller;Berlin\n", FileEncoding::kUtf8));
+  std::remove(path.c_str());
 }
 
 }  // namespace
