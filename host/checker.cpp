@@ -4,9 +4,11 @@
 
 #include <cstdlib>
 #include <exception>
+#include <set>
 #include <typeinfo>
 
 #include "quorel/host/load_error.h"
+#include "quorel/platform/dynamic_library.h"
 
 namespace quorel {
 namespace host {
@@ -126,13 +128,28 @@ bool isRuleFile(const std::string &path) {
 
 std::vector<std::string> unreadInits(const CheckSettings &settings) {
   std::vector<std::string> messages;
-  if (settings.rules == nullptr) return messages;
-  std::string read;
-  for (const std::string &name : settings.rules->module().parameters) read += (read.empty() ? "" : ", ") + name;
+  std::set<std::string> read;
+  std::string reader;
+  if (settings.rules != nullptr) {
+    if (settings.rules->module().computedParameter) return messages;
+    read = settings.rules->module().parameters;
+    reader = "rule file " + settings.rules->name();
+  } else {
+    using NamesEntry = const char *const *(*)();
+    // The library is loaded already: this finds the same one.
+    void *library = platform::loadLibrary(settings.library.c_str());
+    void *entry = platform::findSymbol(library, ("initParamsReadByPlausi" + settings.module).c_str());
+    platform::takeLastError();
+    if (entry == nullptr) return messages;
+    for (const char *const *name = reinterpret_cast<NamesEntry>(entry)(); *name != nullptr; ++name) read.insert(*name);
+    reader = "module " + settings.module;
+  }
+  std::string names;
+  for (const std::string &name : read) names += (names.empty() ? "" : ", ") + name;
   for (const auto &init : settings.inits) {
-    if (settings.rules->readsParameter(init.first)) continue;
-    messages.push_back("init parameter " + init.first + " is given, but rule file " + settings.rules->name() +
-                       " reads no parameter of that name (" + (read.empty() ? "it reads none" : "it reads: " + read) +
+    if (read.count(init.first) > 0) continue;
+    messages.push_back("init parameter " + init.first + " is given, but " + reader +
+                       " reads no parameter of that name (" + (names.empty() ? "it reads none" : "it reads: " + names) +
                        ")");
   }
   return messages;

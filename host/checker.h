@@ -115,11 +115,12 @@ class Checker {
 // Whether path names a rule file (it ends in ".qr") rather than a library.
 bool isRuleFile(const std::string &path);
 
-// The init params of the settings that the rule file never reads, one
-// message each (Windows-1252, as the names): its rules name each parameter
-// they read (PARAMETER("Stichtag")), so a name that none of them names, a
-// typo such as Stichtg, would be set and never read. None for a library
-// module, which does not tell what it reads, and none for a rule file that
+// The init params of the settings that the rules never read, one message
+// each (Windows-1252, as the names): a rule file names each parameter it
+// reads (PARAMETER("Stichtag")), and a module may name them with
+// QUOREL_MODULE_INIT_PARAMS, as quorel-compile's do; so a name that none of
+// them names, a typo such as Stichtg, would be set and never read. None for
+// a module that does not tell what it reads, and none for a rule file that
 // computes the name of a parameter it reads.
 std::vector<std::string> unreadInits(const CheckSettings &settings);
 

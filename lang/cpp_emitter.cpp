@@ -116,6 +116,11 @@ class Emitter {
     out += "\nclass Rules;\n" + checkDeclarations_ + "\n";
     out += classes;
     out += "\n}  // namespace\n\nQUOREL_MODULE(" + name_ + ", Rules);\n";
+    if (!m_.computedParameter) {
+      std::string names;
+      for (const std::string &name : m_.parameters) names += ", " + literal(name);
+      out += "QUOREL_MODULE_INIT_PARAMS(" + name_ + (names.empty() ? ", nullptr" : names) + ");\n";
+    }
     return out;
   }
 

@@ -34,11 +34,6 @@ class RuleSet : public std::enable_shared_from_this<RuleSet> {
   // The flows as Plausi::getFlows gives them: the declared ones, or the
   // one a module without ABLAUF has.
   const char *const *flows() const { return flows_.data(); }
-  // Whether the rules may read the init param of that name: one they name
-  // in PARAMETER, or any name when one of them computes it.
-  bool readsParameter(const std::string &name) const {
-    return module_.computedParameter || module_.parameters.count(name) > 0;
-  }
 
   // A new Plausi running these rules; it keeps the rule set alive.
   std::unique_ptr<Plausi> createPlausi() const;

@@ -166,37 +166,41 @@ TEST(MaterialTest, AMaterialsColumnsAreCheckedAgainstItsFieldsAtStartUp) {
       << lateEncoded.err;
 }
 
-// A rule file that gives a hint O-1 for each record whose R.Ort is the init
-// parameter Ort, compared in Windows-1252, and records of M\xFCnchen and
-// K\xF6ln; their paths.
+// The rule file orte.qr gives a hint O-1 for each record whose R.Ort is the
+// init parameter Ort, compared in Windows-1252; its path, and records of
+// M\xFCnchen and K\xF6ln.
 std::pair<std::string, std::string> placeRules() {
-  std::string rules = write("ort.qr",
-                            "MODUL Orte\nSATZ R\n  FELD Ort TEXT\nENDE\n"
-                            "REGEL O ABSCHNITT \"Regel O\"\n"
-                            "WENN R.Ort = PARAMETER(\"Ort\") DANN MELDE HINWEIS \"O-1\" GEWICHT 1 TEXT \"gleich\"\n"
-                            "ENDE\n");
-  return {rules, write("orte.csv", "R.Ort\nM\xFCnchen\nK\xF6ln\n")};
+  return {QUOREL_ORTE_RULES, write("orte.csv", "R.Ort\nM\xFCnchen\nK\xF6ln\n")};
 }
 
-TEST(InitTest, AnInitParameterThatARuleFileNeverReadsIsNamedAtStartUp) {
-  auto [rules, records] = placeRules();
-  Ran right = check("--init 'Ort=K\xF6ln' " + rules + " " + records);
-  EXPECT_EQ(0, right.status) << right.err;
-  EXPECT_EQ("", right.err);
-  EXPECT_EQ(1u, count(right.out, ": hint O-1")) << right.out;
-  // A typo: the rules run without the parameter, which here fails every
-  // record; the warning at start-up says why, once.
-  Ran typo = check("--init 'Ortt=K\xF6ln' " + rules + " " + records);
-  EXPECT_EQ(2, typo.status) << typo.err;
-  EXPECT_EQ(2u, count(typo.out, ": not checked: exception 8")) << typo.out;
-  EXPECT_EQ("quorel-check: warning: init parameter Ortt is given, but rule file Orte reads no parameter of that "
-            "name (it reads: Ort)\n",
-            typo.err);
-  Ran strict = check("--strict --init 'Ortt=K\xF6ln' " + rules + " " + records);
-  EXPECT_EQ(2, strict.status);
-  EXPECT_EQ("", strict.out);
-  const std::string warning = "warning: ";
-  EXPECT_EQ(std::string(typo.err).erase(typo.err.find(warning), warning.size()), strict.err);
+TEST(InitTest, AnInitParameterThatTheRulesNeverReadIsNamedAtStartUp) {
+  auto [file, records] = placeRules();
+  // The rule file, and its module compiled, which names what it reads.
+  for (const auto &[rules, reader] : {std::pair<std::string, std::string>(file, "rule file Orte"),
+                                      std::pair<std::string, std::string>(QUOREL_ORTE_MODULE " Orte", "module Orte")}) {
+    Ran right = check("--init 'Ort=K\xF6ln' " + rules + " " + records);
+    EXPECT_EQ(0, right.status) << right.err;
+    EXPECT_EQ("", right.err);
+    EXPECT_EQ(1u, count(right.out, ": hint O-1")) << right.out;
+    // A typo: the rules run without the parameter, which here fails every
+    // record; the warning at start-up says why, once.
+    Ran typo = check("--init 'Ortt=K\xF6ln' " + rules + " " + records);
+    EXPECT_EQ(2, typo.status) << typo.err;
+    EXPECT_EQ(2u, count(typo.out, ": not checked: exception 8")) << typo.out;
+    EXPECT_EQ("quorel-check: warning: init parameter Ortt is given, but " + reader +
+                  " reads no parameter of that name (it reads: Ort)\n",
+              typo.err);
+    Ran strict = check("--strict --init 'Ortt=K\xF6ln' " + rules + " " + records);
+    EXPECT_EQ(2, strict.status);
+    EXPECT_EQ("", strict.out);
+    const std::string warning = "warning: ";
+    EXPECT_EQ(std::string(typo.err).erase(typo.err.find(warning), warning.size()), strict.err);
+  }
+  // A module written by hand that does not say what it reads: no word.
+  std::string regions = write("init_regionen.csv", "Regionen.Name\nNord\n");
+  Ran silent = check("--flow Pruefung --init Ortt=Nord --material Regionen=" + regions + " " + kFaults +
+                     write("init_stoerung.csv", "Stoerung.Zahl;Stoerung.Wunsch\n5;\n"));
+  EXPECT_EQ("", silent.err);
 }
 
 TEST(InitTest, TextsOfTheCommandLineMeetTheRulesTextsInTheirEncoding) {

@@ -54,6 +54,20 @@
   static_assert(std::is_base_of<::quorel::Plausi, Class>::value,                   \
                 "QUOREL_MODULE: " #Class " must derive from quorel::Plausi")
 
+// Optional: names the init params that the module Name reads, so that a
+// host can tell a given one that it never reads (a typo) before any record.
+// Defines initParamsReadByPlausi<Name>, which gives the names followed by a
+// null pointer. Write it once, beside QUOREL_MODULE; a module that reads no
+// init param writes nullptr alone, and one that cannot tell leaves it out:
+//
+//   QUOREL_MODULE_INIT_PARAMS(Umfrage, "Stichtag", "Grenze");
+#define QUOREL_MODULE_INIT_PARAMS(Name, ...)                                       \
+  extern "C" QUOREL_MODULE_EXPORT const char *const *initParamsReadByPlausi##Name() { \
+    static const char *const names[] = {__VA_ARGS__, nullptr};                   \
+    return names;                                                                  \
+  }                                                                                \
+  static_assert(true, "")
+
 namespace quorel {
 
 class PlausiSection;

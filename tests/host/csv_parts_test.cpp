@@ -1,5 +1,7 @@
 #include "quorel/host/csv_parts.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -55,7 +57,11 @@ class CsvPartsTest : public ::testing::Test {
     return counts;
   }
 
-  std::string path_ = ::testing::TempDir() + "quorel_csv_parts.csv";
+  // CTest runs the tests of this fixture as processes of their own at once:
+  // each writes a file of its own.
+  std::string path_ = ::testing::TempDir() + "quorel_csv_parts_" +
+                      ::testing::UnitTest::GetInstance()->current_test_info()->name() + "_" +
+                      std::to_string(getpid()) + ".csv";
 };
 
 // Line ends of all three kinds (one "\r\n" split over a block's edge), blank

@@ -3,6 +3,8 @@
 
 #include "quorel/host/encoding_doubt.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -66,7 +68,7 @@ TEST(EncodingDoubtTest, Utf8IsToldFromWindows1252AtTheStartOfAFile) {
 // A file whose start is ASCII alone: the first row beyond ASCII decides
 // what the start could not, wherever it stands.
 TEST(EncodingDoubtTest, RowsBeyondAnAsciiStartAreWatched) {
-  const std::string path = ::testing::TempDir() + "encoding_doubt_rows.csv";
+  const std::string path = ::testing::TempDir() + "encoding_doubt_rows_" + std::to_string(getpid()) + ".csv";
   std::string filler;
   int rows = 1;  // the first row, and then the filler's
   while (filler.size() < quorel::host::kEncodingSample) {

@@ -2,6 +2,7 @@
 // file over one record type and checks what the runs report.
 
 #include <cstdarg>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -579,11 +580,11 @@ MELDE HINWEIS "H" GEWICHT 1 TEXT "" & Mal(grenze; 3))";
                                            "H 2 1: 21 | - | - | read | trail Regel T < Plausi\n");
   // The names a host may set to any effect: those the rules write, or any
   // once a rule computes one.
-  EXPECT_TRUE(rules->readsParameter("Grenze") && rules->readsParameter("Fehlt"));
-  EXPECT_FALSE(rules->readsParameter("Grenz"));
+  EXPECT_EQ((std::set<std::string>{"Fehlt", "Grenze"}), rules->module().parameters);
+  EXPECT_FALSE(rules->module().computedParameter);
   auto computed = readOk(rule("SEI x = PARAMETER(\"Gre\" & \"nze\")"));
   ASSERT_NE(computed, nullptr);
-  EXPECT_TRUE(computed->readsParameter("Grenz"));
+  EXPECT_TRUE(computed->module().computedParameter);
 }
 
 TEST(InterpreterTest, PlausisOfOneRuleSetRunOnThreadsOfTheirOwn) {
