@@ -31,6 +31,13 @@ def hidden_entry_library():
 
 
 @pytest.fixture(scope="session")
+def orte_library():
+    """apps/tests/orte.qr compiled (module name Orte): it reads the init
+    parameter Ort, and says so."""
+    return _path("QUOREL_ORTE_MODULE")
+
+
+@pytest.fixture(scope="session")
 def data_dir():
     return _path("QUOREL_DATA")
 

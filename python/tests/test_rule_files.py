@@ -103,7 +103,7 @@ ENDE
 """
 
 
-def test_an_init_parameter_the_rule_file_never_reads_is_named_once(antrag_library):
+def test_an_init_parameter_the_rule_file_never_reads_is_named_once(antrag_library, orte_library):
     module = quorel.RuleModule.from_text(GRENZE, name="grenze.qr")
     with warnings.catch_warnings():
         warnings.simplefilter("error")
@@ -117,6 +117,11 @@ def test_an_init_parameter_the_rule_file_never_reads_is_named_once(antrag_librar
     with warnings.catch_warnings():
         warnings.simplefilter("error")
         quorel.Checker(module, init={"Grenz": 5}, warn=False)
-        # A library module does not tell which parameters it reads.
+        # A library module written by hand does not tell which parameters it
+        # reads.
         quorel.Checker(quorel.RuleModule(antrag_library, "Antrag"), flow="Pruefung", init={"Grenz": 5},
                        materials={"Gemeinden": pd.DataFrame({"Gemeinden.PLZ": [], "Gemeinden.Ort": []})})
+    # One compiled from a rule file does.
+    with pytest.warns(quorel.InitWarning, match="init parameter Ortt is given, but module Orte reads no parameter "
+                                                r"of that name \(it reads: Ort\)"):
+        quorel.Checker(quorel.RuleModule(orte_library, "Orte"), init={"Ortt": "K\u00f6ln"})
