@@ -201,6 +201,11 @@ TEST(InitTest, AnInitParameterThatTheRulesNeverReadIsNamedAtStartUp) {
   Ran silent = check("--flow Pruefung --init Ortt=Nord --material Regionen=" + regions + " " + kFaults +
                      write("init_stoerung.csv", "Stoerung.Zahl;Stoerung.Wunsch\n5;\n"));
   EXPECT_EQ("", silent.err);
+  // One written by hand that says it reads none.
+  Ran none = check("--init Ort=Nord " + kUmfrage + kData + "/umfragen.csv");
+  EXPECT_EQ("quorel-check: warning: init parameter Ort is given, but module Umfrage reads no parameter of that name "
+            "(it reads none)\n",
+            none.err);
 }
 
 TEST(InitTest, TextsOfTheCommandLineMeetTheRulesTextsInTheirEncoding) {

@@ -172,3 +172,5 @@ class UmfrageRules : public Plausi {
 }  // namespace
 
 QUOREL_MODULE(Umfrage, UmfrageRules);
+// It reads no init param, so a host names any that it is given.
+QUOREL_MODULE_INIT_PARAMS(Umfrage, nullptr);
