@@ -9,6 +9,8 @@
 #include <fstream>
 #include <regex>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -108,8 +110,26 @@ class QuorelCheckSqlTest : public ::testing::TestWithParam<std::string> {
     copyTable(db_.get(), kData + "/antraege.csv", "antraege", {"Antrag.Kinder#", "Antrag.Einkommen#"});
     module_ = std::string(QUOREL_ANTRAG_MODULE) + " Antrag ";
   }
+  void TearDown() override {
+    for (const std::string &name : files_) std::remove(name.c_str());
+  }
+
+  // A CSV file of count Umfrage records, each with one error (too young),
+  // removed after the test.
+  std::string youngSurveys(int count) {
+    // Tests run as processes of their own, several at once.
+    std::string name =
+        "/tmp/quorel-sql-test-surveys-" + std::to_string(getpid()) + "-" + std::to_string(count) + ".csv";
+    std::ofstream out(name, std::ios::binary);
+    out << "Umfrage.Name;Umfrage.Alter\n";
+    for (int i = 0; i < count; ++i) out << "Name " << i << ";10\n";
+    files_.push_back(name);
+    return name;
+  }
+
   std::unique_ptr<TestDatabase> db_;
   std::string module_;
+  std::vector<std::string> files_;
 };
 
 TEST_P(QuorelCheckSqlTest, SameProblemsAsFromCsvFiles) {
@@ -208,16 +228,6 @@ std::string rowsOf(const std::string &url) {
     out += "\n";
   }
   return out;
-}
-
-// A CSV file of count Umfrage records, each with one error (too young).
-std::string youngSurveys(int count) {
-  // Tests run as processes of their own, several at once.
-  std::string name = "/tmp/quorel-sql-test-surveys-" + std::to_string(getpid()) + "-" + std::to_string(count) + ".csv";
-  std::ofstream out(name, std::ios::binary);
-  out << "Umfrage.Name;Umfrage.Alter\n";
-  for (int i = 0; i < count; ++i) out << "Name " << i << ";10\n";
-  return name;
 }
 
 TEST_P(QuorelCheckSqlTest, RunsAreToldApartAndAppendedOrReplaced) {

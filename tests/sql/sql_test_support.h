@@ -45,7 +45,10 @@ class TestDatabase {
   }
   ~TestDatabase() {
     connection_.reset();
-    if (!file_.empty()) std::remove(file_.c_str());
+    if (file_.empty()) return;
+    // A file in WAL mode that another process wrote last keeps its side
+    // files after our connection closes.
+    for (const char *suffix : {"", "-wal", "-shm", "-journal"}) std::remove((file_ + suffix).c_str());
   }
 
   bool available() const { return connection_ != nullptr; }
