@@ -676,7 +676,8 @@ int main(int argc, char **argv) {
   if (records->failed()) {
     std::cerr << "quorel-check: " << records->name() << " could not be read to its end; the last record reported says why\n";
   }
-  // Known only now: the start of the file did not tell.
+  // Known only now for a pipe, which could not be looked at ahead (see
+  // CsvRowSource::open).
   std::string lateAdvice = quorel::host::lateEncodingAdvice(*records, kChooseEncoding);
   if (!lateAdvice.empty()) std::cerr << "quorel-check: " << (options.strict ? "" : "warning: ") << lateAdvice << "\n";
   quorel::host::Summary summary;

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 #include "quorel/host/byte_words.h"
@@ -16,6 +17,13 @@ CsvRowSource::CsvRowSource(const std::string &file) : file_(file), reader_(in_) 
 
 std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::string *message,
                                                  FileEncoding encoding) {
+  std::unique_ptr<CsvRowSource> source = openAtStart(file, message, encoding);
+  if (source != nullptr && source->watching_ && source->regular_) source->lookAhead();
+  return source;
+}
+
+std::unique_ptr<CsvRowSource> CsvRowSource::openAtStart(const std::string &file, std::string *message,
+                                                        FileEncoding encoding) {
   std::unique_ptr<CsvRowSource> source(new CsvRowSource(file));
   errno = 0;
   source->in_.open(file, std::ios::binary);
@@ -35,7 +43,8 @@ std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::s
     // watched wherever the start cannot tell; one read as UTF-8 that is
     // not fails each row that shows it.
     source->watching_ = encoding == FileEncoding::kWindows1252;
-    if (std::filesystem::is_regular_file(file, ignored)) {
+    source->regular_ = std::filesystem::is_regular_file(file, ignored);
+    if (source->regular_) {
       // Read aside, so that the rows are read as ever.
       std::ifstream start(file, std::ios::binary);
       std::string sample(kEncodingSample, '\0');
@@ -54,7 +63,7 @@ std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, std::s
 
 std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, const CsvPart &part,
                                                  std::string *message, FileEncoding encoding) {
-  std::unique_ptr<CsvRowSource> source = open(file, message, encoding);
+  std::unique_ptr<CsvRowSource> source = openAtStart(file, message, encoding);
   if (source == nullptr || part.whole()) return source;
   std::error_code error;
   auto size = static_cast<std::int64_t>(std::filesystem::file_size(file, error));
@@ -70,6 +79,38 @@ std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, const 
   source->records_ = part.rows;
   source->last_ = part.rows + part.count;
   return source;
+}
+
+namespace {
+
+// Whether the file holds a byte beyond ASCII after its first kEncodingSample
+// bytes; false when it cannot be read, which its rows will tell.
+bool restHoldsBeyondAscii(const std::string &file) {
+  std::ifstream in(file, std::ios::binary);
+  in.seekg(static_cast<std::streamoff>(kEncodingSample));
+  std::string block(1 << 20, '\0');
+  while (in) {
+    in.read(&block[0], static_cast<std::streamsize>(block.size()));
+    auto read = static_cast<std::size_t>(std::max<std::streamsize>(in.gcount(), 0));
+    if (words::holdsBeyondAscii(std::string_view(block.data(), read))) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+void CsvRowSource::lookAhead() {
+  if (!restHoldsBeyondAscii(file_)) return;
+  std::string ignored;
+  std::unique_ptr<CsvRowSource> ahead = openAtStart(file_, &ignored, encoding_);
+  if (ahead == nullptr) return;
+  Row row;
+  while (ahead->watching_ && ahead->next(&row)) {
+  }
+  if (ahead->lateDoubt_.message.empty()) return;
+  doubt_ = ahead->lateDoubt_;
+  // Found already: the rows need no watch for it.
+  watching_ = false;
 }
 
 namespace {

@@ -30,11 +30,21 @@ class CsvRowSource : public RowSource {
   // Opens the file and reads its header; null with a message (UTF-8) when
   // the file cannot be opened or read (with the system's reason and the
   // full path looked at) or has no header row.
+  //
+  // A regular file whose start is ASCII alone cannot tell its encoding by
+  // its start, so the rest of it is looked at before any row is handed
+  // out: when its bytes hold one beyond ASCII, the first row that holds
+  // one is found on a reader of its own and decides encodingDoubt, as
+  // lateEncodingDoubt would once the rows got there. A front end thus names
+  // the mistake before any record; the cost is a scan of the file's bytes,
+  // and a read of its rows up to that one when the file holds such a byte.
   static std::unique_ptr<CsvRowSource> open(const std::string &file, std::string *message,
                                             FileEncoding encoding = FileEncoding::kWindows1252);
   // The same for the rows of one part of the file (see splitCsvFile), which
   // keep their numbers and lines in the whole file; also null with a
-  // message when the file's size is no longer the one it was cut at.
+  // message when the file's size is no longer the one it was cut at. Only
+  // the file's start is looked at before the rows: the one who cut the file
+  // opens it whole to look at the rest once, rather than each part's reader.
   static std::unique_ptr<CsvRowSource> open(const std::string &file, const CsvPart &part, std::string *message,
                                             FileEncoding encoding = FileEncoding::kWindows1252);
 
@@ -45,17 +55,24 @@ class CsvRowSource : public RowSource {
   // The encoding the file is read in.
   FileEncoding encoding() const { return encoding_; }
   // What the start of the file says against that encoding (see
-  // doubtEncoding); no doubt for a file with a byte-order mark, or one that
-  // is no regular file, which cannot be read twice.
+  // doubtEncoding), or the first row beyond an ASCII start (see open); no
+  // doubt for a file with a byte-order mark, or one that is no regular
+  // file, which cannot be read twice.
   const EncodingDoubt &encodingDoubt() const { return doubt_; }
-  // What the rows read so far say against Windows-1252 where the start could
-  // not: in a file whose first kEncodingSample bytes are ASCII alone, or
-  // that is no regular file, the first row that holds a byte beyond ASCII
-  // decides. Its records and those after it were read as it says.
+  // What the rows read so far say against Windows-1252 where encodingDoubt
+  // could not: in a file that is no regular file, or a part of a file whose
+  // first kEncodingSample bytes are ASCII alone, the first row that holds a
+  // byte beyond ASCII decides. Its records and those after it were read as
+  // it says.
   const EncodingDoubt &lateEncodingDoubt() const { return lateDoubt_; }
 
  private:
   explicit CsvRowSource(const std::string &file);
+  // Opens the file and looks at its start alone.
+  static std::unique_ptr<CsvRowSource> openAtStart(const std::string &file, std::string *message,
+                                                   FileEncoding encoding);
+  // Finds the first row beyond an ASCII start ahead of the rows (see open).
+  void lookAhead();
   // Turns the cells from UTF-8; false with a message naming the column of
   // the first that fails.
   bool decode(std::vector<std::string> *cells, std::string *error) const;
@@ -68,6 +85,7 @@ class CsvRowSource : public RowSource {
   FileEncoding encoding_ = FileEncoding::kWindows1252;
   EncodingDoubt doubt_;
   bool watching_ = false;
+  bool regular_ = false;  // a regular file, which can be read twice
   EncodingDoubt lateDoubt_;
   std::vector<std::string> columns_;
   std::int64_t records_ = 0;

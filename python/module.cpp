@@ -775,7 +775,10 @@ class Checker {
 
   // Opens a part of a CSV file (the whole file by default) or rows
   // [offset, offset + limit) of a database source; raises ValueError for a
-  // file and DatabaseError for a database that cannot be opened.
+  // file and DatabaseError for a database that cannot be opened. A whole
+  // file is looked at beyond its start for its encoding where that is told
+  // (see host::CsvRowSource::open); a Dask worker, which tells nothing,
+  // reads on at once.
   std::unique_ptr<host::RowSource> openSource(const std::string &text, std::int64_t offset, std::int64_t limit,
                                               const host::CsvPart &part = host::CsvPart()) {
     if (host::SqlSource::names(text)) return openDatabase(text, offset, limit);
@@ -783,7 +786,11 @@ class Checker {
     std::string message;
     {
       py::gil_scoped_release release;
-      rows = host::CsvRowSource::open(text, part, &message, encoding_);
+      if (part.whole() && (warn_ || strict_)) {
+        rows = host::CsvRowSource::open(text, &message, encoding_);
+      } else {
+        rows = host::CsvRowSource::open(text, part, &message, encoding_);
+      }
     }
     if (rows == nullptr) throw py::value_error(message);
     return rows;

@@ -321,21 +321,31 @@ TEST(CsvTest, LineEndsByteOrderMarksAndEncodings) {
   EXPECT_EQ("quorel-check: warning: " + ansi + " is read as UTF-8, but line 2 is no UTF-8 (as Windows-1252 it "
             "holds \"M\xC3\xBCller\"): pass --encoding windows-1252\n",
             check("--encoding utf-8 " + kUmfrage + ansi).err);
-  // Past a start of ASCII alone, the first row beyond ASCII tells, and is
-  // named once the run has checked every record.
+  // Past a start of ASCII alone, the first row beyond ASCII tells. In a
+  // file it is looked for and named before any record is checked.
   std::string late = write("late.csv", kSurveyHeader + surveys(90000) + "M\xC3\xBCller;34\n");
+  const std::string lateDoubt = " looks like UTF-8 (line 90002 holds \"M\xC3\xBCller\"), but is read as "
+                                "Windows-1252, which makes that \"M\xC3\x83\xC2\xBCller\"";
   Ran lateAnsi = check(kUmfrage + late);
   EXPECT_EQ(0, lateAnsi.status);
   EXPECT_EQ("90001 records: 90001 checked, 0 not checked; 0 problems, 0 errors\n", lateAnsi.out);
-  EXPECT_EQ("quorel-check: warning: " + late + " looks like UTF-8 (line 90002 holds \"M\xC3\xBCller\"), but is "
-            "read as Windows-1252, which makes that \"M\xC3\x83\xC2\xBCller\"; its rows from that line on were read "
-            "that way: pass --encoding utf-8\n",
-            lateAnsi.err);
+  EXPECT_EQ("quorel-check: warning: " + late + lateDoubt + ": pass --encoding utf-8\n", lateAnsi.err);
   Ran lateStrict = check("--strict " + kUmfrage + late);
   EXPECT_EQ(2, lateStrict.status);
-  EXPECT_EQ(lateAnsi.out, lateStrict.out);
-  EXPECT_EQ(lateAnsi.err.substr(std::string("quorel-check: warning: ").size()),
-            lateStrict.err.substr(std::string("quorel-check: ").size()));
+  EXPECT_EQ("", lateStrict.out);
+  EXPECT_EQ("quorel-check: " + late + lateDoubt + ": pass --encoding utf-8\n", lateStrict.err);
+  // A pipe cannot be read twice: the row is named once the run has checked
+  // every record.
+  Ran piped = check(kUmfrage + "/dev/stdin", "cat " + late + " |");
+  EXPECT_EQ(lateAnsi.out, piped.out);
+  EXPECT_EQ("quorel-check: warning: /dev/stdin" + lateDoubt + "; its rows from that line on were read that way: "
+            "pass --encoding utf-8\n",
+            piped.err);
+  Ran pipedStrict = check("--strict " + kUmfrage + "/dev/stdin", "cat " + late + " |");
+  EXPECT_EQ(2, pipedStrict.status);
+  EXPECT_EQ(lateAnsi.out, pipedStrict.out);
+  EXPECT_EQ(piped.err.substr(std::string("quorel-check: warning: ").size()),
+            pipedStrict.err.substr(std::string("quorel-check: ").size()));
   Ran bad = check("--encoding latin9 " + kUmfrage + plain);
   EXPECT_EQ(2, bad.status);
   EXPECT_EQ(0u, bad.err.find("quorel-check: --encoding: latin9 not in {windows-1252,utf-8}")) << bad.err;

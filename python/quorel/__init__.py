@@ -90,7 +90,9 @@ class Checker:
     encoding: how CSV files (records and materials) without a byte-order
     mark are read, "windows-1252" or "utf-8"; one with a UTF-8 byte-order
     mark is UTF-8. A file whose start looks like the other encoding gives a
-    FileEncodingWarning (ValueError with strict=True).
+    FileEncodingWarning (ValueError with strict=True) before any row is
+    checked; so does, after a first megabyte of ASCII alone, the first row
+    beyond ASCII, which is read ahead for it.
     init: {name: bool, int, float or str}. A name that a rule file never
     reads gives an InitWarning (ValueError with strict=True). log, log_level: a log file of the
     runs and its level (0 off ... 6 debug); with a log, runs on several

@@ -2,9 +2,11 @@
 partitions (read by pandas or by the workers themselves), or slices of a
 database table, give exactly what check_frame gives."""
 import os
+import re
 import sqlite3
 import subprocess
 import sys
+import warnings
 
 import pandas as pd
 import pytest
@@ -225,3 +227,29 @@ def test_warnings_reach_the_client_once(partitions, antrag_library, gemeinden, r
         for told_once in (quorel.MaterialWarning, quorel.FileEncodingWarning):
             warnings.simplefilter("error", told_once)
         assert len(result.compute(scheduler="sync")) > 0
+
+
+def test_a_row_beyond_an_ascii_start_is_named_by_the_client(generated, antrag_library, gemeinden, tmp_path):
+    """A file whose first megabyte is ASCII alone and whose later rows are
+    UTF-8: the client names the first such row before any part is checked,
+    as the workers, which warn of nothing, would have read it."""
+    lines = generated.splitlines()
+    ascii_rows = [line for line in lines[1:] if max(line) < 0x80]
+    utf8_row = next(line for line in lines[1:] if max(line) >= 0x80).decode("cp1252").encode("utf-8")
+    rows = ascii_rows * (1 + (1 << 20) // len(b"\n".join(ascii_rows)))
+    late = tmp_path / "late.csv"
+    late.write_bytes(b"\n".join([lines[0]] + rows + [utf8_row, b""]))
+    told = re.escape(str(late)) + r' looks like UTF-8 \(line %d holds "[^"]+"\), but is read as Windows-1252, ' \
+        r'which makes that "[^"]+": pass encoding="utf-8"$' % (len(rows) + 2)
+    options = dict(flow="Pruefung", materials={"Gemeinden": gemeinden}, blocksize=256 << 10)
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        result = quorel.dask.check(str(late), antrag_library, "Antrag", **options)
+    said = [str(w.message) for w in caught if issubclass(w.category, quorel.FileEncodingWarning)]
+    assert len(said) == 1 and re.match(told, said[0]), said
+    assert result.npartitions > 4
+    with warnings.catch_warnings():
+        warnings.simplefilter("error", quorel.FileEncodingWarning)
+        assert len(result.compute(scheduler="sync")) > 0
+    with pytest.raises(ValueError, match=told):
+        quorel.dask.check(str(late), antrag_library, "Antrag", strict=True, **options)

@@ -146,7 +146,8 @@ def test_a_csv_file_in_another_encoding_than_it_is_read_in_is_named(module, data
         with pytest.raises(ValueError, match="gemeinden.csv:4"):
             quorel.Checker(module, materials=materials, encoding="utf-8")
     # A start of ASCII alone cannot tell; the first row beyond ASCII does,
-    # once the rows are checked, for a material's file as for the records'.
+    # found before the rows are checked, for a material's file as for the
+    # records'.
     ascii_rows = [line for line in open(records, "rb").read().split(b"\n")[1:] if line and max(line) < 0x80]
     filler = b"\n".join(ascii_rows * (1 + (1 << 20) // len(b"\n".join(ascii_rows))))
     late = tmp_path / "late.csv"
@@ -154,7 +155,7 @@ def test_a_csv_file_in_another_encoding_than_it_is_read_in_is_named(module, data
                      open(utf8, "rb").read().split(b"\n")[1] + b"\n")
     line = late.read_bytes().count(b"\n")
     later = re.escape(str(late)) + r' looks like UTF-8 \(line %d holds "Müller"\), but is read as Windows-1252, ' \
-        r'which makes that "MÃ¼ller"; its rows from that line on were read that way: pass encoding="utf-8"' % line
+        r'which makes that "MÃ¼ller": pass encoding="utf-8"' % line
     with pytest.warns(quorel.FileEncodingWarning, match=later):
         checked = quorel.check_frame(str(late), module, materials=materials)
     assert len(checked.index.unique()) > 0

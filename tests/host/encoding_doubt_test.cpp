@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -66,8 +67,10 @@ TEST(EncodingDoubtTest, Utf8IsToldFromWindows1252AtTheStartOfAFile) {
 }
 
 // A file whose start is ASCII alone: the first row beyond ASCII decides
-// what the start could not, wherever it stands.
-TEST(EncodingDoubtTest, RowsBeyondAnAsciiStartAreWatched) {
+// what the start could not, wherever it stands. Opened whole, the file is
+// looked at to that row before any row is read; a part's reader watches
+// its rows instead.
+TEST(EncodingDoubtTest, RowsBeyondAnAsciiStartDecide) {
   const std::string path = ::testing::TempDir() + "encoding_doubt_rows_" + std::to_string(getpid()) + ".csv";
   std::string filler;
   int rows = 1;  // the first row, and then the filler's
@@ -76,34 +79,54 @@ TEST(EncodingDoubtTest, RowsBeyondAnAsciiStartAreWatched) {
     ++rows;
   }
   // The file is the header, first, the filler, one more ASCII row and then
-  // later. Reads its rows and gives the late advice once all are read,
-  // checking that there was none before later.
-  auto lateAdvice = [&](const std::string &first, const std::string &later, FileEncoding encoding) {
+  // later. Gives the advice at the start, and the late advice once all rows
+  // are read; the rows read are the same either way.
+  struct Advice {
+    std::string start, late;
+  };
+  auto advice = [&](bool whole, const std::string &first, const std::string &later, FileEncoding encoding) {
     std::ofstream(path, std::ios::binary) << "Name;Ort\n" << first << filler << "Schulz;Bonn\n" << later;
     std::string message;
-    std::unique_ptr<CsvRowSource> source = CsvRowSource::open(path, &message, encoding);
+    std::unique_ptr<CsvRowSource> source = whole ? CsvRowSource::open(path, &message, encoding)
+                                                 : CsvRowSource::open(path, quorel::host::CsvPart(), &message, encoding);
     EXPECT_NE(nullptr, source) << message;
-    if (source == nullptr) return std::string("not opened");
-    EXPECT_EQ("", source->encodingDoubt().message);
+    if (source == nullptr) return Advice{"not opened", ""};
+    Advice said{quorel::host::encodingAdvice(*source, "--encoding ENCODING"), ""};
     quorel::host::Row row;
     for (int read = 0; read <= rows; ++read) EXPECT_TRUE(source->next(&row));
     EXPECT_EQ("", source->lateEncodingDoubt().message);
-    while (source->next(&row)) {
-    }
-    return quorel::host::lateEncodingAdvice(*source, "--encoding ENCODING");
+    int more = 0;
+    while (source->next(&row)) ++more;
+    EXPECT_EQ(std::count(later.begin(), later.end(), '\n'), more);
+    said.late = quorel::host::lateEncodingAdvice(*source, "--encoding ENCODING");
+    return said;
   };
 
   const std::string line = std::to_string(rows + 3);
-  EXPECT_EQ(path + " looks like UTF-8 (line " + line + " holds \"M\xC3\xBCller\"), but is read as Windows-1252, " +
-                "which makes that \"M\xC3\x83\xC2\xBCller\"; its rows from that line on were read that way: pass " +
-                "--encoding utf-8",
-            lateAdvice("Meier;Koeln\n", "M\xC3\xBCller;Berlin\nWeber;Ulm\n", FileEncoding::kWindows1252));
-  // The first row beyond ASCII decides: Windows-1252 there, nothing later.
-  EXPECT_EQ("", lateAdvice("Meier;Koeln\n", "M\xFCller;Berlin\nM\xC3\xBCller;Berlin\n", FileEncoding::kWindows1252));
-  // So does a start that holds Windows-1252 already.
-  EXPECT_EQ("", lateAdvice("Meier;K\xF6ln\n", "M\xC3\xBCller;Berlin\n", FileEncoding::kWindows1252));
-  // Read as UTF-8, a Windows-1252 row fails on its own and is not watched.
-  EXPECT_EQ("", lateAdvice("Meier;Koeln\n", "M\xFCller;Berlin\n", FileEncoding::kUtf8));
+  const std::string doubt = path + " looks like UTF-8 (line " + line + " holds \"M\xC3\xBCller\"), but is read as " +
+                            "Windows-1252, which makes that \"M\xC3\x83\xC2\xBCller\"";
+  const std::string utf8Later = "M\xC3\xBCller;Berlin\nWeber;Ulm\n";
+  Advice whole = advice(true, "Meier;Koeln\n", utf8Later, FileEncoding::kWindows1252);
+  EXPECT_EQ(doubt + ": pass --encoding utf-8", whole.start);
+  EXPECT_EQ("", whole.late);
+  Advice part = advice(false, "Meier;Koeln\n", utf8Later, FileEncoding::kWindows1252);
+  EXPECT_EQ("", part.start);
+  EXPECT_EQ(doubt + "; its rows from that line on were read that way: pass --encoding utf-8", part.late);
+  for (bool opened : {true, false}) {
+    // The first row beyond ASCII decides: Windows-1252 there, nothing later.
+    Advice first = advice(opened, "Meier;Koeln\n", "M\xFCller;Berlin\nM\xC3\xBCller;Berlin\n",
+                          FileEncoding::kWindows1252);
+    EXPECT_EQ("", first.start + first.late);
+    // So does a start that holds Windows-1252 already.
+    Advice early = advice(opened, "Meier;K\xF6ln\n", "M\xC3\xBCller;Berlin\n", FileEncoding::kWindows1252);
+    EXPECT_EQ("", early.start + early.late);
+    // Read as UTF-8, a Windows-1252 row fails on its own and is not looked for.
+    Advice utf8 = advice(opened, "Meier;Koeln\n", "M\xFCller;Berlin\n", FileEncoding::kUtf8);
+    EXPECT_EQ("", utf8.start + utf8.late);
+    // Nothing beyond ASCII at all.
+    Advice ascii = advice(opened, "Meier;Koeln\n", "Weber;Ulm\n", FileEncoding::kWindows1252);
+    EXPECT_EQ("", ascii.start + ascii.late);
+  }
   std::remove(path.c_str());
 }
 
