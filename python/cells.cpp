@@ -94,16 +94,39 @@ std::int64_t sizeOf(const py::handle &cell, const std::string &text) {
 
 }  // namespace
 
+namespace {
+
+// position: in characters, as Python counts.
+[[noreturn]] void refuseCharacter(const std::string &what, std::size_t position) {
+  throw CellError{what + ": the character at position " + std::to_string(position) + " is not in Windows-1252"};
+}
+
+// The first lone surrogate of the text, the one kind of character without
+// a UTF-8 form.
+std::size_t firstSurrogate(PyObject *text) {
+  Py_ssize_t length = PyUnicode_GET_LENGTH(text);
+  Py_ssize_t i = 0;
+  while (i < length && !Py_UNICODE_IS_SURROGATE(PyUnicode_READ_CHAR(text, i))) ++i;
+  return static_cast<std::size_t>(i);
+}
+
+}  // namespace
+
 std::string encode(const py::handle &text, const std::string &what) {
   Py_ssize_t size = 0;
   const char *utf8 = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
-  if (utf8 == nullptr) throw py::error_already_set();
+  if (utf8 == nullptr) {
+    // Windows-1252 lacks a lone surrogate as UTF-8 does.
+    if (!PyErr_ExceptionMatches(PyExc_UnicodeEncodeError)) throw py::error_already_set();
+    PyErr_Clear();
+    refuseCharacter(what, firstSurrogate(text.ptr()));
+  }
   std::string out;
   std::size_t offset = 0;
   if (!host::fromUtf8(std::string_view(utf8, static_cast<std::size_t>(size)), &out, &offset)) {
-    std::size_t position = 0;  // in characters, as Python counts
+    std::size_t position = 0;
     for (std::size_t i = 0; i < offset; ++i) position += (utf8[i] & 0xC0) != 0x80 ? 1 : 0;
-    throw CellError{what + ": the character at position " + std::to_string(position) + " is not in Windows-1252"};
+    refuseCharacter(what, position);
   }
   return out;
 }

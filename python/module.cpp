@@ -169,10 +169,13 @@ py::object decode(const std::optional<std::string> &text) {
   return text ? py::object(decode(text->c_str())) : py::object(py::none());
 }
 
-std::string columnName(const py::handle &name) {
-  if (!py::isinstance<py::str>(name)) throw py::type_error("field names must be str");
+// A name given from Python, a field's or what says (an init parameter's, a
+// material's), in Windows-1252; TypeError for one that is no str, and
+// ValueError naming a character that Windows-1252 lacks.
+std::string columnName(const py::handle &name, const std::string &what = "field name") {
+  if (!py::isinstance<py::str>(name)) throw py::type_error(what + "s must be str");
   try {
-    return encode(name, "field name");
+    return encode(name, what);
   } catch (const CellError &e) {
     throw py::value_error(e.message);
   }
@@ -479,7 +482,7 @@ class Checker {
     if (usesDatabases_) settings.afterRun = [this] { databases_.releaseRecords(); };
 #endif
     for (const auto &item : init) {
-      std::string name = columnName(item.first);
+      std::string name = columnName(item.first, "init name");
       settings.inits.emplace_back(name, initValueOf(name, item.second));
     }
     if (log) {
@@ -884,7 +887,7 @@ class Checker {
   // material's fields (see checkMaterialColumns), said the same way.
   void checkMaterials(Plausi *plausi, const py::dict &materials) {
     std::vector<std::string> given;
-    for (const auto &item : materials) given.push_back(columnName(item.first));
+    for (const auto &item : materials) given.push_back(columnName(item.first, "material name"));
     host::MaterialFindings found =
         host::checkMaterials(plausi, pool_->settings().module, given, "materials={\"NAME\": ...}", strict_);
     // The messages in UTF-8, each after the file it is about, if any.
@@ -932,7 +935,7 @@ class Checker {
 
   // A material from a DataFrame, a CSV file or a database table.
   void addMaterial(const py::handle &key, const py::handle &material) {
-    std::string name = columnName(key);
+    std::string name = columnName(key, "material name");
     std::string shown = "material " + host::toUtf8(name.c_str()) + ": ";
     static Imported frameType("pandas", "DataFrame");
     static Imported pathType("os", "PathLike");

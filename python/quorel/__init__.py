@@ -41,7 +41,7 @@ class RuleModule(_quorel.RuleModule):
     the same rules again."""
 
     def __init__(self, library_path, module_name=None):
-        super().__init__(os.fspath(library_path), module_name, None, "")
+        super().__init__(_path(library_path), module_name, None, "")
         self._made = True
 
     @classmethod
@@ -121,8 +121,10 @@ class Checker:
         self.module = module
         self._number_columns = set()  # number columns looked at
         self._warn = bool(warn)
-        self._engine = _quorel.Checker(module, flow, int(weight_level), dict(materials or {}), dict(init or {}),
-                                       None if log is None else str(log), int(log_level), bool(strict),
+        materials = {name: _path(where) if isinstance(where, (str, bytes, os.PathLike)) else where
+                     for name, where in dict(materials or {}).items()}
+        self._engine = _quorel.Checker(module, flow, int(weight_level), materials, dict(init or {}),
+                                       None if log is None else _path(log), int(log_level), bool(strict),
                                        str(encoding), self._warn, _jobs(jobs, log))
 
     def check(self, record):
@@ -137,8 +139,8 @@ class Checker:
         """The problems of every row of a DataFrame, a CSV file or a
         database source; see check_frame."""
         import pandas as pd
-        if isinstance(records, (str, os.PathLike)):
-            return self._check_rows(os.fspath(records), 0, -1)
+        if isinstance(records, (str, bytes, os.PathLike)):
+            return self._check_rows(_path(records), 0, -1)
         if not isinstance(records, pd.DataFrame):
             raise TypeError("records must be a pandas DataFrame, a CSV path or a connection string, not %s"
                             % type(records).__name__)
@@ -184,6 +186,24 @@ class Checker:
         import pandas as pd
         out = self._engine._check_source(source, int(offset), int(limit), part)
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
+
+
+def _path(path):
+    """A path (or a connection string) as the library takes it: a str that
+    UTF-8 can hold. A name that the file system keeps in another encoding,
+    whose bytes Python holds as lone surrogates, raises ValueError saying
+    what to do, rather than failing inside."""
+    path = os.fspath(path)
+    if isinstance(path, bytes):
+        path = os.fsdecode(path)
+    try:
+        path.encode("utf-8")
+    except UnicodeEncodeError:
+        shown = os.fsencode(path).decode("utf-8", "backslashreplace")
+        raise ValueError("%s: the name is not in UTF-8 (the file system holds it in another encoding), and "
+                         "quorel takes UTF-8 names only: rename the file, or link to it under a UTF-8 name"
+                         % shown) from None
+    return path
 
 
 def _jobs(jobs, log):

@@ -176,11 +176,11 @@ def _at_hand(material):
 def _files(records):
     """The CSV files that records name, in order."""
     if isinstance(records, (list, tuple)):
-        files = [os.fspath(f) for f in records]
+        files = [quorel._path(f) for f in records]
     elif isinstance(records, str) and glob.has_magic(records):
-        files = sorted(glob.glob(records))
+        files = [quorel._path(f) for f in sorted(glob.glob(records))]
     else:
-        files = [os.fspath(records)]
+        files = [quorel._path(records)]
     if not files:
         raise FileNotFoundError("no CSV file matches %s" % records)
     return files

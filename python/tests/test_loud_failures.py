@@ -99,3 +99,26 @@ def test_a_column_name_given_twice_is_refused_at_the_start(umfrage, umfragen, tm
     frame.to_csv(path, sep=";", index=False, encoding="cp1252")
     with pytest.raises(ValueError, match="rename or drop the others"):
         quorel.check_frame(str(path), umfrage, flow="Pruefung")
+
+
+def test_a_file_name_that_is_not_utf8_is_refused_with_what_to_do(umfrage, umfrage_library, data_dir, tmp_path):
+    # A name that a Windows-1252 system wrote: Python holds its byte 0xFC as a lone surrogate.
+    named = os.fsdecode(os.fsencode(str(tmp_path)) + b"/umfragen-\xfc.csv")
+    with open(os.path.join(data_dir, "umfragen.csv"), "rb") as source, open(named, "wb") as out:
+        out.write(source.read())
+    told = "umfragen-\\\\xfc.csv: the name is not in UTF-8 .* rename the file, or link to it under a UTF-8 name"
+    for given in (named, os.fsencode(named)):
+        with pytest.raises(ValueError, match=told):
+            quorel.check_frame(given, umfrage)
+        with pytest.raises(ValueError, match=told):
+            quorel.Checker(umfrage, materials={"Orte": given})
+        with pytest.raises(ValueError, match=told):
+            quorel.Checker(umfrage, log=given)
+    with pytest.raises(ValueError, match="is not in UTF-8"):
+        quorel.RuleModule(os.fsdecode(os.fsencode(umfrage_library) + b"\xfc"), "Umfrage")
+    # Under a UTF-8 name, given as str or as bytes, the same file is read.
+    linked = tmp_path / "umfragen-ü.csv"
+    os.symlink(os.fsencode(named), linked)
+    frame = quorel.check_frame(str(linked), umfrage)
+    assert frame.equals(quorel.check_frame(os.fsencode(str(linked)), umfrage))
+    assert len(frame) == 7

@@ -151,15 +151,18 @@ def test_texts_reach_the_rules_in_windows_1252_whatever_form_python_keeps(stoerf
     for value in ("M\u00fcller", "Stra\u00dfe \u00ff\u00a0", "\u20ac 5", "a"):
         assert text(value) == value
     # Controls U+0080..U+009F, NUL and characters beyond the code page are refused, by position.
-    for value, position in (("x\u0081y", 1), ("\u009f", 0), ("a\x00b", 1), ("\u00e9\x00", 1), ("\u0100", 0)):
+    # So is a lone surrogate, which has no UTF-8 form either.
+    for value, position in (("x\u0081y", 1), ("\u009f", 0), ("a\x00b", 1), ("\u00e9\x00", 1), ("\u0100", 0),
+                            ("ab\udcfc", 2)):
         with pytest.raises(ValueError, match="position %d is not in Windows-1252" % position):
             text(value)
     # A str read as it is gets no UTF-8 form attached for the rest of its life.
     name = "".join(["M\u00fc", "ller"])
     size = sys.getsizeof(name)
-    problems = quorel.check_frame(pd.DataFrame({"Stoerfall.Text": [name, "x\u0081y"]}), module, flow="Pruefung")
+    problems = quorel.check_frame(pd.DataFrame({"Stoerfall.Text": [name, "x\u0081y", "\ud800"]}), module,
+                                  flow="Pruefung")
     assert sys.getsizeof(name) == size
-    assert problems["failure"].notna().tolist() == [False, True]
+    assert problems["failure"].notna().tolist() == [False, True, True]
 
 
 def test_a_run_that_fails_after_its_problems_gives_the_failure_first(stoerfall_library):
