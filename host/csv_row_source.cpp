@@ -83,13 +83,14 @@ std::unique_ptr<CsvRowSource> CsvRowSource::open(const std::string &file, const 
 
 namespace {
 
-// Whether the file holds a byte beyond ASCII after its first kEncodingSample
-// bytes; false when it cannot be read, which its rows will tell.
-bool restHoldsBeyondAscii(const std::string &file) {
+// Whether the kEncodingLookAhead bytes after the file's first
+// kEncodingSample hold one beyond ASCII; false when they cannot be read,
+// which its rows will tell.
+bool aheadHoldsBeyondAscii(const std::string &file) {
   std::ifstream in(file, std::ios::binary);
   in.seekg(static_cast<std::streamoff>(kEncodingSample));
   std::string block(1 << 20, '\0');
-  while (in) {
+  for (std::size_t scanned = 0; in && scanned < kEncodingLookAhead; scanned += block.size()) {
     in.read(&block[0], static_cast<std::streamsize>(block.size()));
     auto read = static_cast<std::size_t>(std::max<std::streamsize>(in.gcount(), 0));
     if (words::holdsBeyondAscii(std::string_view(block.data(), read))) return true;
@@ -100,7 +101,7 @@ bool restHoldsBeyondAscii(const std::string &file) {
 }  // namespace
 
 void CsvRowSource::lookAhead() {
-  if (!restHoldsBeyondAscii(file_)) return;
+  if (!aheadHoldsBeyondAscii(file_)) return;
   std::string ignored;
   std::unique_ptr<CsvRowSource> ahead = openAtStart(file_, &ignored, encoding_);
   if (ahead == nullptr) return;
@@ -109,7 +110,8 @@ void CsvRowSource::lookAhead() {
   }
   if (ahead->lateDoubt_.message.empty()) return;
   doubt_ = ahead->lateDoubt_;
-  // Found already: the rows need no watch for it.
+  // Found already: the rows need no watch for it. Where the bytes looked at
+  // held none beyond ASCII, the watch goes on past them.
   watching_ = false;
 }
 

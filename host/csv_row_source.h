@@ -10,6 +10,7 @@
 #ifndef QUOREL_HOST_CSV_ROW_SOURCE_H_
 #define QUOREL_HOST_CSV_ROW_SOURCE_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <memory>
@@ -25,6 +26,9 @@
 namespace quorel {
 namespace host {
 
+// How far open looks beyond a start of ASCII alone for a byte beyond ASCII.
+constexpr std::size_t kEncodingLookAhead = std::size_t{256} << 20;
+
 class CsvRowSource : public RowSource {
  public:
   // Opens the file and reads its header; null with a message (UTF-8) when
@@ -32,12 +36,14 @@ class CsvRowSource : public RowSource {
   // full path looked at) or has no header row.
   //
   // A regular file whose start is ASCII alone cannot tell its encoding by
-  // its start, so the rest of it is looked at before any row is handed
-  // out: when its bytes hold one beyond ASCII, the first row that holds
-  // one is found on a reader of its own and decides encodingDoubt, as
-  // lateEncodingDoubt would once the rows got there. A front end thus names
-  // the mistake before any record; the cost is a scan of the file's bytes,
-  // and a read of its rows up to that one when the file holds such a byte.
+  // its start, so the kEncodingLookAhead bytes after it are looked at
+  // before any row is handed out: when they hold one beyond ASCII, the
+  // first row that holds one is found on a reader of its own and decides
+  // encodingDoubt, as lateEncodingDoubt would once the rows got there. A
+  // front end thus names the mistake before any record; the cost is a
+  // scan of those bytes, and a read of the rows up to that one when they
+  // hold such a byte. The bound keeps a large file of ASCII alone from
+  // being read twice; the rows beyond it are watched as they are read.
   static std::unique_ptr<CsvRowSource> open(const std::string &file, std::string *message,
                                             FileEncoding encoding = FileEncoding::kWindows1252);
   // The same for the rows of one part of the file (see splitCsvFile), which
@@ -60,9 +66,10 @@ class CsvRowSource : public RowSource {
   // file, which cannot be read twice.
   const EncodingDoubt &encodingDoubt() const { return doubt_; }
   // What the rows read so far say against Windows-1252 where encodingDoubt
-  // could not: in a file that is no regular file, or a part of a file whose
-  // first kEncodingSample bytes are ASCII alone, the first row that holds a
-  // byte beyond ASCII decides. Its records and those after it were read as
+  // could not: in a file that is no regular file, a part of a file whose
+  // first kEncodingSample bytes are ASCII alone, or a file whose bytes
+  // looked at ahead were too, the first row that holds a byte beyond ASCII
+  // decides. Its records and those after it were read as
   // it says.
   const EncodingDoubt &lateEncodingDoubt() const { return lateDoubt_; }
 

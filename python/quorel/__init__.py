@@ -92,7 +92,8 @@ class Checker:
     mark is UTF-8. A file whose start looks like the other encoding gives a
     FileEncodingWarning (ValueError with strict=True) before any row is
     checked; so does, after a first megabyte of ASCII alone, the first row
-    beyond ASCII, which is read ahead for it.
+    beyond ASCII, which is read ahead for it within the next 256 MB (and
+    after the rows are checked beyond them).
     init: {name: bool, int, float or str}. A name that a rule file never
     reads gives an InitWarning (ValueError with strict=True). log, log_level: a log file of the
     runs and its level (0 off ... 6 debug); with a log, runs on several
