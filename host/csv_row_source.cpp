@@ -98,6 +98,15 @@ bool aheadHoldsBeyondAscii(const std::string &file) {
   return false;
 }
 
+// Whether the text is ASCII without a NUL, which reads the same in UTF-8
+// and Windows-1252.
+bool plainAscii(const std::string &text) {
+  for (char c : text) {
+    if (static_cast<unsigned char>(c) - 1u >= 0x7Fu) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 void CsvRowSource::lookAhead() {
@@ -114,19 +123,6 @@ void CsvRowSource::lookAhead() {
   // held none beyond ASCII, the watch goes on past them.
   watching_ = false;
 }
-
-namespace {
-
-// Whether the text is ASCII without a NUL, which reads the same in UTF-8
-// and Windows-1252.
-bool plainAscii(const std::string &text) {
-  for (char c : text) {
-    if (static_cast<unsigned char>(c) - 1u >= 0x7Fu) return false;
-  }
-  return true;
-}
-
-}  // namespace
 
 bool CsvRowSource::decode(std::vector<std::string> *cells, std::string *error) const {
   if (encoding_ != FileEncoding::kUtf8) return true;

@@ -69,8 +69,7 @@ class CsvRowSource : public RowSource {
   // could not: in a file that is no regular file, a part of a file whose
   // first kEncodingSample bytes are ASCII alone, or a file whose bytes
   // looked at ahead were too, the first row that holds a byte beyond ASCII
-  // decides. Its records and those after it were read as
-  // it says.
+  // decides. Its records and those after it were read as it says.
   const EncodingDoubt &lateEncodingDoubt() const { return lateDoubt_; }
 
  private:

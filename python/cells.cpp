@@ -92,10 +92,6 @@ std::int64_t sizeOf(const py::handle &cell, const std::string &text) {
   return size > host::kMaxArraySize ? -1 : size;
 }
 
-}  // namespace
-
-namespace {
-
 // position: in characters, as Python counts.
 [[noreturn]] void refuseCharacter(const std::string &what, std::size_t position) {
   throw CellError{what + ": the character at position " + std::to_string(position) + " is not in Windows-1252"};
