@@ -129,8 +129,9 @@ TEST_P(SqlMaterialAccessTest, AnswersAsTheTableInMemoryDoes) {
        {std::make_shared<DateValue>(&date, "TT.MM.JJJJ"), std::make_shared<DateValue>("28.10.1937", "TT.MM.JJJJ")}}};
   StringValue berlin("Berlin"), mitte("Mitte");
   int compared = 0;
-  for (auto &[field, values] : cases) {
-    for (auto &value : values) {
+  for (auto &testCase : cases) {
+    Field *field = testCase.first;
+    for (auto &value : testCase.second) {
       for (int op = OPERATOR_EQUAL; op <= OPERATOR_LESS_EQUAL + 1; ++op) {
         for (Value *contained : {static_cast<Value *>(nullptr), static_cast<Value *>(&berlin),
                                  static_cast<Value *>(&mitte)}) {
