@@ -7,6 +7,7 @@
 """
 
 import os
+import re
 import warnings
 
 from ._errors import (ColumnWarning, DatabaseError, FileEncodingWarning, InitWarning, MaterialWarning, PlausiError,
@@ -41,7 +42,7 @@ class RuleModule(_quorel.RuleModule):
     the same rules again."""
 
     def __init__(self, library_path, module_name=None):
-        super().__init__(_path(library_path), module_name, None, "")
+        super().__init__(_path(library_path), _name(module_name, "module name"), None, "")
         self._made = True
 
     @classmethod
@@ -49,6 +50,9 @@ class RuleModule(_quorel.RuleModule):
         """The rules of a rule file's text (str, or bytes in UTF-8 or
         Windows-1252); name is the file name its messages show."""
         module = cls.__new__(cls)
+        if isinstance(text, str) and _SURROGATES.search(text):
+            # No UTF-8 form: the reader names each such character where it stands.
+            text = _SURROGATES.sub("\ufffd", text)
         _quorel.RuleModule.__init__(module, None, None, text, str(name))
         module._made = True
         return module
@@ -124,7 +128,7 @@ class Checker:
         self._warn = bool(warn)
         materials = {name: _path(where) if isinstance(where, (str, bytes, os.PathLike)) else where
                      for name, where in dict(materials or {}).items()}
-        self._engine = _quorel.Checker(module, flow, int(weight_level), materials, dict(init or {}),
+        self._engine = _quorel.Checker(module, _name(flow, "flow"), int(weight_level), materials, dict(init or {}),
                                        None if log is None else _path(log), int(log_level), bool(strict),
                                        str(encoding), self._warn, _jobs(jobs, log))
 
@@ -187,6 +191,25 @@ class Checker:
         import pandas as pd
         out = self._engine._check_source(source, int(offset), int(limit), part)
         return _problem_frame(out, pd.Index(out["row"], dtype="int64"))
+
+
+_SURROGATES = re.compile("[\ud800-\udfff]")
+
+
+def _first_surrogate(text):
+    """The position of the text's first lone surrogate, or -1."""
+    found = _SURROGATES.search(text)
+    return found.start() if found else -1
+
+
+def _name(name, what):
+    """A name as the library takes it (None passes): a lone surrogate, which
+    has no UTF-8 form, raises ValueError as a character that Windows-1252
+    lacks does."""
+    position = _first_surrogate(name) if isinstance(name, str) else -1
+    if position >= 0:
+        raise ValueError("%s: the character at position %d is not in Windows-1252" % (what, position))
+    return name
 
 
 def _path(path):

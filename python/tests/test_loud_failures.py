@@ -60,6 +60,8 @@ def test_a_flow_the_module_does_not_know_is_refused(umfrage):
         quorel.Checker(umfrage, flow="Antwort")
     assert quorel.Checker(umfrage, flow="Antworten").check({"Umfrage.Antworten[1].Note": 9}).ok is False
     quorel.Checker(umfrage)  # no flow: the module's own choice
+    with pytest.raises(ValueError, match="flow: the character at position 3 is not in Windows-1252"):
+        quorel.Checker(umfrage, flow="Ant\udcfcworten")
 
 
 def test_columns_that_name_no_field_warn_once_or_fail_when_strict(umfrage, umfragen):

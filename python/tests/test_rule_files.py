@@ -63,6 +63,11 @@ def test_every_mistake_of_a_rule_file_is_named_at_once(tmp_path, rules_dir):
         quorel.RuleModule(os.path.join(rules_dir, "antrag.qr"), "Umfrage")
     with pytest.raises(TypeError, match="module's name"):
         quorel.RuleModule("libquorel_antrag_rules.so")
+    # A lone surrogate (a text decoded with surrogateescape) is named where it stands.
+    with pytest.raises(quorel.RuleFileError, match="kurs.qr:1:8: error: a character that Windows-1252 lacks"):
+        quorel.RuleModule.from_text("MODUL K\udcfcrs\n" + FAULTY.split("\n", 1)[1], name="kurs.qr")
+    with pytest.raises(ValueError, match="module name: the character at position 1 is not in Windows-1252"):
+        quorel.RuleModule(os.path.join(rules_dir, "antrag.qr"), "A\udcfc")
 
 
 def test_rule_modules_pickle_as_where_their_rules_come_from(rules_dir, antrag_library):
