@@ -57,10 +57,11 @@ class InitWarning(UserWarning):
 
 class FileEncodingWarning(UserWarning):
     """A CSV file whose start (or, after a start of ASCII alone, first row
-    beyond ASCII) says that it is in another encoding than it is read in: UTF-8 without a byte-order mark read as Windows-1252 (the
-    default), which turns each letter beyond ASCII into two, or Windows-1252
-    read as UTF-8. The message names the file, a line and the encoding= to
-    pass. With strict=True it is a ValueError instead."""
+    beyond ASCII) says that it is in another encoding than it is read in:
+    UTF-8 without a byte-order mark read as Windows-1252 (the default),
+    which turns each letter beyond ASCII into two, or Windows-1252 read as
+    UTF-8. The message names the file, a line and the encoding= to pass.
+    With strict=True it is a ValueError instead."""
 
 
 class RuleFileError(ValueError):

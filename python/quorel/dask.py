@@ -113,8 +113,9 @@ def check(records, module, module_name=None, materials=None, npartitions=None, b
     up to MATERIAL_AT_HAND bytes) and the columns of the records (a Dask
     DataFrame's, or the header of each file or source) are checked here,
     once, and so is the encoding of each file (its start, and after a start
-    of ASCII alone its first row beyond ASCII, see quorel.Checker): errors are raised and ColumnWarning, MaterialWarning, InitWarning
-    and FileEncodingWarning given here before anything is computed, and never
+    of ASCII alone its first row beyond ASCII, see quorel.Checker): errors
+    are raised and ColumnWarning, MaterialWarning, InitWarning and
+    FileEncodingWarning given here before anything is computed, and never
     again by the workers. Any other material is checked where a worker
     loads it: a mistake fails the computation with its message, and a
     warning goes unseen."""
