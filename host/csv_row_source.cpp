@@ -134,8 +134,7 @@ bool CsvRowSource::decode(std::vector<std::string> *cells, std::string *error) c
       // The column's own name is Windows-1252 by now (the header's cells are
       // decoded before any row).
       *error = (i < columns_.size() && cells != &columns_ ? "column " + columns_[i] : "cell " + std::to_string(i + 1)) +
-               ": the character at byte " + std::to_string(offset) +
-               " is no UTF-8 or not in Windows-1252";
+               ": " + fromUtf8Fault((*cells)[i], offset);
       return false;
     }
     (*cells)[i].swap(text);

@@ -115,6 +115,12 @@ bool fromUtf8(std::string_view utf8, std::string *out, std::size_t *offset) {
   return true;
 }
 
+std::string fromUtf8Fault(std::string_view utf8, std::size_t offset) {
+  std::size_t end = offset;
+  return "the character at byte " + std::to_string(offset) +
+         (decode(utf8, &end) < 0 ? " is no UTF-8" : " is not in Windows-1252");
+}
+
 std::size_t utf8Fault(std::string_view text, std::size_t *beyondAscii) {
   *beyondAscii = std::string_view::npos;
   for (std::size_t i = 0; i < text.size();) {

@@ -29,6 +29,9 @@ char *writeUtf8Byte(char *at, unsigned char byte);
 // byte offset of that character in the input. NUL counts as such a
 // character: a library text ends at its first NUL.
 bool fromUtf8(std::string_view utf8, std::string *out, std::size_t *offset);
+// Why fromUtf8 stopped at offset, for a message: "the character at byte N
+// is no UTF-8" or "the character at byte N is not in Windows-1252".
+std::string fromUtf8Fault(std::string_view utf8, std::size_t offset);
 
 // Where text stops being UTF-8: the offset of the first sequence that is
 // malformed (overlong forms and surrogates included), or npos when there is

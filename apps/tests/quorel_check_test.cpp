@@ -292,14 +292,18 @@ TEST(CsvTest, LineEndsByteOrderMarksAndEncodings) {
   EXPECT_EQ(1u, count(cr.out, "2 records: 2 checked")) << cr.out;
 
   // A byte-order mark: the first column is still Umfrage.Name, and the file
-  // is UTF-8, whose characters outside Windows-1252 are named.
+  // is UTF-8, whose characters outside Windows-1252 are named; so are bytes
+  // that are no UTF-8.
   std::string bom = "\xEF\xBB\xBF" + kSurveyHeader + "M\xC3\xBCller;34\nBit\xE2\x82\xBF;51\n";
   Ran marked = check(kUmfrage + write("bom.csv", bom));
   EXPECT_EQ(2, marked.status) << marked.err;
   EXPECT_EQ("", marked.err);
-  EXPECT_EQ("line 3: not checked: column Umfrage.Name: the character at byte 3 is no UTF-8 or not in Windows-1252\n"
+  EXPECT_EQ("line 3: not checked: column Umfrage.Name: the character at byte 3 is not in Windows-1252\n"
             "2 records: 1 checked, 1 not checked; 0 problems, 0 errors\n",
             marked.out);
+  EXPECT_EQ("line 3: not checked: column Umfrage.Name: the character at byte 1 is no UTF-8\n"
+            "2 records: 1 checked, 1 not checked; 0 problems, 0 errors\n",
+            check(kUmfrage + write("broken.csv", bom.substr(0, bom.size() - 10) + "M\xFCller;51\n")).out);
   // Without the mark the file is Windows-1252 unless --encoding says UTF-8;
   // a start that looks like the other encoding is named once, before any
   // record, and under --strict refused.

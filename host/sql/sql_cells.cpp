@@ -82,8 +82,7 @@ CellRead readCell(SqlStatement *statement, int column, const std::string &table,
   }
   std::size_t offset = 0;
   if (read == CellRead::kValue && !fromUtf8(utf8, cell, &offset)) {
-    *message = where(table, statement, column) + ": the character at byte " + std::to_string(offset) +
-               " is not in Windows-1252: " + messageText(utf8);
+    *message = where(table, statement, column) + ": " + fromUtf8Fault(utf8, offset) + ": " + messageText(utf8);
     *message = messageText(*message);
     return CellRead::kFailed;
   }

@@ -29,8 +29,8 @@ enum class CellRead { kEmpty, kValue, kFailed };
 // with a message (UTF-8) naming the column of the table for a binary cell.
 CellRead readCellUtf8(SqlStatement *statement, int column, const std::string &table, std::string *utf8,
                       std::string *message);
-// The same in Windows-1252; a text with a character that Windows-1252 lacks
-// fails too. The message is Windows-1252, as library texts are.
+// The same in Windows-1252; a text with a character that Windows-1252 lacks,
+// or with bytes that are no UTF-8 (which SQLite keeps as given), fails too. The message is Windows-1252, as library texts are.
 CellRead readCell(SqlStatement *statement, int column, const std::string &table, std::string *cell,
                   std::string *message);
 

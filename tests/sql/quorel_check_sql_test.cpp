@@ -281,6 +281,33 @@ TEST_P(QuorelCheckSqlTest, SourcesAreReadOnlyAndQueriesMayEndInASemicolon) {
   EXPECT_EQ("3\n", rowsOf(db_->url("query=SELECT%20count(*)%20FROM%20antraege")));
 }
 
+// A cell that cannot be a field's value leaves its record not checked, with
+// the column and the cause; the other records are checked.
+TEST_P(QuorelCheckSqlTest, CellsThatCannotBeFieldsNameTheirRecordAndCause) {
+  bool sqlite = GetParam() == "sqlite";
+  db_->drop("zellen");
+  db_->execute("CREATE TABLE zellen (id INTEGER, \"Umfrage.Name\" TEXT, \"Umfrage.Alter\" INTEGER);\n"
+               "INSERT INTO zellen VALUES (1, 'Berger', 34);\n"
+               "INSERT INTO zellen VALUES (2, 'Bit\xE2\x82\xBF', 51)");
+  std::string expected = "record 2: not checked: table zellen, column Umfrage.Name: the character at byte 3 is not "
+                          "in Windows-1252: Bit?\n";
+  std::size_t records = 2;
+  if (sqlite) {
+    // A server keeps its texts valid; a SQLite file holds what was put in.
+    db_->execute("INSERT INTO zellen VALUES (3, CAST(X'4DFC6C6C6572' AS TEXT), 40);\n"
+                 "INSERT INTO zellen VALUES (4, X'4D75656C6C6572', 40)");
+    expected += "record 3: not checked: table zellen, column Umfrage.Name: the character at byte 1 is no UTF-8: "
+                "M?ller\n"
+                "record 4: not checked: table zellen, column Umfrage.Name: binary data cannot be a field\n";
+    records = 4;
+  }
+  Result run = check(std::string(QUOREL_UMFRAGE_MODULE) + " Umfrage " + quoted(db_->url("table=zellen&order=id")));
+  EXPECT_EQ(2, run.status);
+  EXPECT_EQ(expected + std::to_string(records) + " records: 1 checked, " + std::to_string(records - 1) +
+                " not checked; 0 problems, 0 errors\n",
+            run.out);
+}
+
 TEST_P(QuorelCheckSqlTest, RecordsAndProblemsInOneSqliteFileNeedWalMode) {
   if (GetParam() != "sqlite") GTEST_SKIP() << "a PostgreSQL server reads while it writes";
   db_->drop("viele");
