@@ -538,16 +538,17 @@ int main(int argc, char **argv) {
   if (records == nullptr) records = quorel::host::CsvRowSource::open(options.records, &message, encoding);
   if (records == nullptr) return fail(message);
 
+  // The stream is ours, not the logger's: a logger's output vanishes without
+  // a word when its file cannot be opened or written.
+  std::ofstream logStream;
   std::unique_ptr<quorel::Logger> logger;
   if (!options.logFile.empty()) {
     // One log for all threads would mix their lines.
     if (options.jobs > 1) return fail("--log works with --jobs 1 only");
-    // The logger would write nowhere without a word.
     errno = 0;
-    if (!std::ofstream(options.logFile, std::ios::app)) {
-      return fail(quorel::host::fileError("write the log", options.logFile, std::strerror(errno)));
-    }
-    logger = std::make_unique<quorel::Logger>(options.logFile.c_str(), static_cast<quorel::LogLevel>(options.logLevel));
+    logStream.open(options.logFile, std::ios::binary | std::ios::trunc);
+    if (!logStream) return fail(quorel::host::fileError("write the log", options.logFile, std::strerror(errno)));
+    logger = std::make_unique<quorel::Logger>(&logStream, static_cast<quorel::LogLevel>(options.logLevel));
   }
   quorel::host::CheckSettings settings;
   settings.library = options.library;
@@ -688,6 +689,10 @@ int main(int argc, char **argv) {
   workers.clear();
   logger.reset();
   if (!out.flush()) return fail("cannot write the output");
+  if (logStream.is_open() && !logStream.flush()) {
+    // The problems are all out; the log stops short (the disk is full, say).
+    return fail(quorel::host::fileError("write the log", options.logFile, "it stops short of the run's end"));
+  }
   if (summary.notChecked > 0 || (options.strict && !lateAdvice.empty())) return 2;
   return summary.errors > 0 ? 1 : 0;
 }

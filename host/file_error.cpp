@@ -14,7 +14,8 @@ std::string absolutePath(const std::string &file) {
 }
 
 std::string fileError(const std::string &what, const std::string &file, const std::string &reason) {
-  return "cannot " + what + " " + file + " (" + absolutePath(file) + "): " + reason;
+  std::string path = absolutePath(file);
+  return "cannot " + what + " " + file + (path != file ? " (" + path + ")" : "") + ": " + reason;
 }
 
 }  // namespace host

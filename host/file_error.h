@@ -2,7 +2,7 @@
 // with the system's reason and the full path that was looked at (a relative
 // name is looked for under the current folder, which a user may not have in
 // mind): "cannot open data.csv (/home/a/data.csv): No such file or
-// directory".
+// directory". A full path is given once.
 
 #ifndef QUOREL_HOST_FILE_ERROR_H_
 #define QUOREL_HOST_FILE_ERROR_H_

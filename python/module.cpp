@@ -14,9 +14,12 @@
 // the rows of a frame, a file or a database beside the calling one.
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
+#include <fstream>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -38,6 +41,7 @@
 #include "quorel/host/csv_parts.h"
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
+#include "quorel/host/file_error.h"
 #include "quorel/host/load_error.h"
 #include "quorel/host/material_check.h"
 #include "quorel/host/material_router.h"
@@ -486,7 +490,13 @@ class Checker {
       settings.inits.emplace_back(name, initValueOf(name, item.second));
     }
     if (log) {
-      logger_ = std::make_unique<Logger>(log->c_str(), static_cast<LogLevel>(logLevel));
+      // The stream is ours, not the logger's: a logger's output vanishes
+      // without a word when its file cannot be opened or written.
+      errno = 0;
+      logStream_.open(*log, std::ios::binary | std::ios::trunc);
+      if (!logStream_) throw py::value_error(host::fileError("write the log", *log, std::strerror(errno)));
+      logName_ = *log;
+      logger_ = std::make_unique<Logger>(&logStream_, static_cast<LogLevel>(logLevel));
       settings.logger = logger_.get();
     }
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
@@ -519,6 +529,7 @@ class Checker {
         result.ok = done.errors == 0;
       });
     }
+    reportLog(false);
     if (outcome.failed && !outcome.cppType.empty()) raiseRuleError(host::toUtf8(outcome.failure().c_str()));
     if (outcome.failed) {
       raisePlausiError(PlausiException(static_cast<ExceptionType>(outcome.exceptionType), outcome.message.c_str()));
@@ -595,6 +606,7 @@ class Checker {
       slices.run(fill, work, (rows + kFrameSlice - 1) / kFrameSlice);
       first += static_cast<std::int64_t>(rows);
     }
+    reportLog(true);
     return frame.finish();
   }
 
@@ -681,6 +693,7 @@ class Checker {
       throw py::value_error(message);
     }
     reportEncoding(*rows, true);
+    reportLog(true);
     return frame.finish();
   }
 
@@ -772,6 +785,19 @@ class Checker {
     std::vector<std::string> reasons;
     std::vector<std::pair<std::size_t, std::size_t>> others;  // (column, row) of the cells that need the GIL
   };
+
+  // A log that cannot be written (the disk is full, say) warns once, after
+  // the call whose lines it lost; the checks go on without it. A single
+  // record's check leaves the log unflushed: its failure shows once the
+  // stream's buffer cannot be written.
+  void reportLog(bool flush) {
+    if (!logStream_.is_open() || logLost_) return;
+    if (flush) logStream_.flush();
+    if (logStream_) return;
+    logLost_ = true;
+    std::string text = host::fileError("write the log", logName_, "its lines are lost from here on");
+    if (warn_ && PyErr_WarnEx(PyExc_RuntimeWarning, text.c_str(), 2) != 0) throw py::error_already_set();
+  }
 
   // What a run's log needs held, if there is a log.
   std::mutex *logMutex() { return logger_ != nullptr ? &logMutex_ : nullptr; }
@@ -1032,6 +1058,10 @@ class Checker {
   std::vector<DatabaseTable> databaseTables_;
 #endif
   host::MaterialRouter router_;
+  // Declared before the logger, which writes its last line to it.
+  std::ofstream logStream_;
+  std::string logName_;
+  bool logLost_ = false;
   std::unique_ptr<Logger> logger_;
   std::mutex logMutex_;
   std::unique_ptr<CheckerPool> pool_;

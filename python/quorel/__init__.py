@@ -101,7 +101,9 @@ class Checker:
     init: {name: bool, int, float or str}. A name that a rule file never
     reads gives an InitWarning (ValueError with strict=True). log, log_level: a log file of the
     runs and its level (0 off ... 6 debug); with a log, runs on several
-    threads take turns. A flow that a module declaring its flows does not
+    threads take turns. A log file that cannot be written raises ValueError;
+    one that cannot be written on (a full disk) gives a RuntimeWarning once,
+    and the checks go on without it. A flow that a module declaring its flows does not
     know raises ValueError. A column or key that names no field of the
     module (or has an index beyond a size the module declares) gives a
     ColumnWarning once; with strict=True it raises RecordError instead.

@@ -6,6 +6,7 @@ import json
 import os
 import sqlite3
 import subprocess
+import warnings
 
 import numpy as np
 import pandas as pd
@@ -161,7 +162,18 @@ def test_functions_init_and_log(module, antraege, gemeinden, tmp_path):
                              log=log, log_level=6)
     checker.check(antraege.iloc[0].to_dict())
     del checker
-    assert log.stat().st_size > 0
+    assert log.read_text(encoding="cp1252").startswith("START: ")
+    # A log that cannot be opened is refused; one that fills the disk warns
+    # once, and the checks go on.
+    with pytest.raises(ValueError, match="cannot write the log /nonexistent/run.log: No such file or directory"):
+        quorel.Checker(module, log="/nonexistent/run.log")
+    full = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden}, log="/dev/full", log_level=6)
+    with pytest.warns(RuntimeWarning, match="cannot write the log /dev/full: its lines are lost from here on"):
+        problems = full.check_frame(antraege)
+    assert len(problems) > 0
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        assert full.check_frame(antraege).equals(problems)
     with pytest.raises(TypeError):
         quorel.Checker(module, init={"x": object()})
 
