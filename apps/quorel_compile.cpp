@@ -20,7 +20,7 @@
 
 int main(int argc, char **argv) {
   CLI::App app("Writes a rule file as the C++ source of a rule module.\n"
-               "Exit status: 0 written, 2 a mistake in the rule file or the command line.",
+               "Exit status: 0 written, 2 a mistake in the rule file or the command line, or the output cannot be written.",
                "quorel-compile");
   std::string rules, output;
   bool builtins = false;
@@ -37,7 +37,11 @@ int main(int argc, char **argv) {
     return 2;
   }
   if (builtins) {
-    std::cout << quorel::lang::builtinReference();
+    std::cout << quorel::lang::builtinReference() << std::flush;
+    if (!std::cout) {
+      std::cerr << "quorel-compile: cannot write the reference\n";
+      return 2;
+    }
     return 0;
   }
   if (rules.empty() || output.empty()) {

@@ -1,6 +1,6 @@
-// quorel-check end to end: each test runs the program as a user would, on
-// input made to show one fault, and reads its output, its messages and its
-// exit status. A record is checked or reported as not checked with its line;
+// quorel-check (and quorel-compile) end to end: each test runs the program
+// as a user would, on input made to show one fault, and reads its output,
+// its messages and its exit status. A record is checked or reported as not checked with its line;
 // a mistake of the user's is named once, before any record is checked.
 
 #include <sys/stat.h>
@@ -53,17 +53,21 @@ struct Ran {
   std::string err;
 };
 
-// Runs quorel-check with the arguments (shell words); prefix goes before the
+// Runs the program with the arguments (shell words); prefix goes before the
 // program (VAR=value settings).
-Ran check(const std::string &arguments, const std::string &prefix = "") {
+Ran run(const std::string &program, const std::string &arguments, const std::string &prefix = "") {
   std::string errFile = write("stderr.txt", "");
-  std::string command = prefix + " " + QUOREL_CHECK + " " + arguments + " 2>" + errFile;
+  std::string command = prefix + " " + program + " " + arguments + " 2>" + errFile;
   FILE *pipe = popen(command.c_str(), "r");
   std::string out;
   char buffer[4096];
   for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
   int status = pclose(pipe);
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out, contents(errFile)};
+}
+
+Ran check(const std::string &arguments, const std::string &prefix = "") {
+  return run(QUOREL_CHECK, arguments, prefix);
 }
 
 TEST(FlowTest, TheFirstDeclaredFlowIsTheDefaultAndAModuleWithoutFlowsNeedsOne) {
@@ -465,6 +469,28 @@ TEST(UsageTest, LogsPasswordsAndProgress) {
   EXPECT_EQ(contents(kData + "/umfragen.expected.txt"), contents(out));
   // Not into a file.
   EXPECT_EQ("", check(surveys).err);
+}
+
+// quorel-compile says what keeps it from writing a module's source, and
+// never ends with status 0 when the source or the reference is not written.
+TEST(CompileTest, WhatIsNotWrittenEndsWithStatus2) {
+  std::string source = kWork + "/orte.cpp";
+  Ran written = run(QUOREL_COMPILE, std::string(QUOREL_ORTE_RULES) + " -o " + source);
+  EXPECT_EQ(0, written.status) << written.err;
+  EXPECT_NE(std::string::npos, contents(source).find("QUOREL_MODULE(Orte, ")) << source;
+  Ran full = run(QUOREL_COMPILE, std::string(QUOREL_ORTE_RULES) + " -o /dev/full");
+  EXPECT_EQ(2, full.status);
+  EXPECT_EQ("quorel-compile: cannot write /dev/full\n", full.err);
+  Ran reference = run(QUOREL_COMPILE, "--builtins >/dev/full");
+  EXPECT_EQ(2, reference.status);
+  EXPECT_EQ("quorel-compile: cannot write the reference\n", reference.err);
+  EXPECT_NE(std::string::npos, run(QUOREL_COMPILE, "--builtins").out.find("GROSSBUCHSTABEN"));
+  std::string rules = contents(QUOREL_ORTE_RULES);
+  rules.replace(rules.find("MODUL Orte"), 10, "MODUL \xD6rte");
+  Ran umlaut = run(QUOREL_COMPILE, write("oerte.qr", rules) + " -o " + source);
+  EXPECT_EQ(2, umlaut.status);
+  EXPECT_NE(std::string::npos, umlaut.err.find("write it with A-Z, a-z, 0-9 and _ alone")) << umlaut.err;
+  EXPECT_EQ(2, run(QUOREL_COMPILE, std::string(QUOREL_ORTE_RULES)).status);
 }
 
 }  // namespace
