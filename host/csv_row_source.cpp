@@ -152,7 +152,8 @@ bool CsvRowSource::next(Row *row) {
       if (!reader_.failed()) return false;
       row->cells.clear();
       row->place = {records_ + 1, reader_.linesRead() + 1};
-      row->error = "cannot read " + file_ + " after line " + std::to_string(reader_.linesRead()) + ": " +
+      // The name is the file system's, in UTF-8; the error is a library text.
+      row->error = "cannot read " + messageText(file_) + " after line " + std::to_string(reader_.linesRead()) + ": " +
                    reader_.failure();
       return true;
     }

@@ -121,6 +121,21 @@ std::string fromUtf8Fault(std::string_view utf8, std::size_t offset) {
          (decode(utf8, &end) < 0 ? " is no UTF-8" : " is not in Windows-1252");
 }
 
+std::string messageText(std::string_view utf8) {
+  std::string out, piece;
+  std::size_t offset = 0;
+  // fromUtf8 leaves in piece what it converted before the character that
+  // does not fit.
+  while (!fromUtf8(utf8, &piece, &offset)) {
+    out += piece;
+    out += '?';
+    std::size_t skip = 1;
+    while (offset + skip < utf8.size() && isContinuation(static_cast<unsigned char>(utf8[offset + skip]))) ++skip;
+    utf8.remove_prefix(offset + skip);
+  }
+  return out + piece;
+}
+
 std::size_t utf8Fault(std::string_view text, std::size_t *beyondAscii) {
   *beyondAscii = std::string_view::npos;
   for (std::size_t i = 0; i < text.size();) {

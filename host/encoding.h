@@ -33,6 +33,11 @@ bool fromUtf8(std::string_view utf8, std::string *out, std::size_t *offset);
 // is no UTF-8" or "the character at byte N is not in Windows-1252".
 std::string fromUtf8Fault(std::string_view utf8, std::size_t offset);
 
+// Windows-1252 for a message from elsewhere (a database's, a file's name;
+// UTF-8): a character that Windows-1252 lacks, or a byte that is no UTF-8,
+// becomes '?'.
+std::string messageText(std::string_view utf8);
+
 // Where text stops being UTF-8: the offset of the first sequence that is
 // malformed (overlong forms and surrogates included), or npos when there is
 // none. A sequence cut short by the end of text counts as whole, since text

@@ -688,8 +688,9 @@ class Checker {
       slices.run(fill, work);
     }
     if (failed) {
-      std::string message = "cannot read " + rows->name() + ": " + host::toUtf8(reason.c_str());
-      if (host::SqlSource::names(text)) raiseDatabaseError(message);
+      // A file's reason names the file and the line already.
+      std::string message = host::toUtf8(reason.c_str());
+      if (host::SqlSource::names(text)) raiseDatabaseError("cannot read " + rows->name() + ": " + message);
       throw py::value_error(message);
     }
     reportEncoding(*rows, true);

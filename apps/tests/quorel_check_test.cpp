@@ -389,7 +389,8 @@ Ran checkFailingReads(const std::string &arguments, const std::string &file, lon
 }
 
 TEST(ReadErrorTest, AReadErrorIsAnInputErrorNamingTheFileAndLine) {
-  std::string records = write("long.csv", kSurveyHeader + surveys(2000));
+  // The file's name is UTF-8, as the file system keeps it, in the output too.
+  std::string records = write("l\xC3\xA4nge.csv", kSurveyHeader + surveys(2000));
   Ran cut = checkFailingReads(kUmfrage + records, records, 20000);
   EXPECT_EQ(2, cut.status);
   // The lines read in full are checked, and records in = checked + not.

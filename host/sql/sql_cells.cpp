@@ -90,21 +90,6 @@ CellRead readCell(SqlStatement *statement, int column, const std::string &table,
   return read;
 }
 
-std::string messageText(std::string_view utf8) {
-  std::string out, piece;
-  std::size_t offset = 0;
-  // fromUtf8 leaves in piece what it converted before the character that
-  // does not fit.
-  while (!fromUtf8(utf8, &piece, &offset)) {
-    out += piece;
-    out += '?';
-    std::size_t skip = 1;
-    while (offset + skip < utf8.size() && (static_cast<unsigned char>(utf8[offset + skip]) & 0xC0) == 0x80) ++skip;
-    utf8.remove_prefix(offset + skip);
-  }
-  return out + piece;
-}
-
 std::string isoDate(const std::tm &date) {
   char text[32];
   std::snprintf(text, sizeof text, "%04d-%02d-%02d", date.tm_year + 1900, date.tm_mon + 1, date.tm_mday);

@@ -34,9 +34,6 @@ CellRead readCellUtf8(SqlStatement *statement, int column, const std::string &ta
 CellRead readCell(SqlStatement *statement, int column, const std::string &table, std::string *cell,
                   std::string *message);
 
-// Windows-1252 for a message from elsewhere (a database's, UTF-8): a
-// character that Windows-1252 lacks becomes '?'.
-std::string messageText(std::string_view utf8);
 
 // A date as ISO text (YYYY-MM-DD), the form databases compare.
 std::string isoDate(const std::tm &date);

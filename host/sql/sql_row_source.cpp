@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "quorel/host/encoding.h"
 #include "quorel/host/sql/sql_cells.h"
 #include "quorel/host/sql/sql_connection.h"
 

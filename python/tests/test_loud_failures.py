@@ -1,6 +1,8 @@
 """Mistakes that must not pass silently, with the module Umfrage: a module
 that does not load, a flow it does not know, columns that name no field."""
 import os
+import subprocess
+import sys
 import warnings
 
 import pandas as pd
@@ -124,3 +126,26 @@ def test_a_file_name_that_is_not_utf8_is_refused_with_what_to_do(umfrage, umfrag
     frame = quorel.check_frame(str(linked), umfrage)
     assert frame.equals(quorel.check_frame(os.fsencode(str(linked)), umfrage))
     assert len(frame) == 7
+
+
+def test_a_file_that_fails_midway_is_named_with_its_line(umfrage_library, tmp_path):
+    failing = os.environ.get("QUOREL_FAILING_READ")
+    if not failing:
+        pytest.skip("QUOREL_FAILING_READ is not set: run the tests through CTest")
+    # A disk that fails after 20000 bytes of the file, whose name is UTF-8.
+    path = tmp_path / "l\u00e4nge.csv"
+    text = "Umfrage.Name;Umfrage.Alter\n" + "".join("Name %d;10\n" % i for i in range(2000))
+    path.write_text(text, encoding="cp1252")
+    script = ("import sys, quorel\n"
+              "module = quorel.RuleModule(sys.argv[1], 'Umfrage')\n"
+              "for jobs in (1, 2):\n"
+              "    try:\n"
+              "        quorel.check_frame(sys.argv[2], module, jobs=jobs)\n"
+              "    except ValueError as e:\n"
+              "        print(e)\n")
+    env = dict(os.environ, LD_PRELOAD=failing, QUOREL_FAIL_READ_FILE=str(path), QUOREL_FAIL_READ_AFTER="20000")
+    ran = subprocess.run([sys.executable, "-c", script, umfrage_library, str(path)], env=env, capture_output=True,
+                         text=True, encoding="utf-8")
+    assert ran.returncode == 0, ran.stderr
+    told = "cannot read %s after line %d: Input/output error\n" % (path, text[:20000].count("\n"))
+    assert ran.stdout == told * 2
