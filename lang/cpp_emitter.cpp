@@ -95,7 +95,13 @@ const char *operatorName(std::int32_t op) {
 
 class Emitter {
  public:
-  Emitter(const RuleSet &rules, const std::string &source) : m_(rules.module()), source_(source) {}
+  // A line break or another control byte in the file's name would end the
+  // comment that names it and make the rest of the name code.
+  Emitter(const RuleSet &rules, const std::string &source) : m_(rules.module()), source_(source) {
+    for (char &c : source_) {
+      if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
+    }
+  }
 
   std::string run() {
     name_ = identifier(m_.name);
