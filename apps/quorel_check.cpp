@@ -559,6 +559,8 @@ int main(int argc, char **argv) {
   settings.materials = materials.access();
   settings.logger = logger.get();
   for (const auto &init : options.inits) settings.inits.emplace_back(init.first, initValue(init.second));
+  std::string repeatedInit = quorel::host::repeatedInit(settings);
+  if (!repeatedInit.empty()) return fail(quorel::host::toUtf8(repeatedInit.c_str()));
 
   if (!warned(quorel::host::encodingAdvice(*records, kChooseEncoding), options.strict, &message)) {
     return fail(message);

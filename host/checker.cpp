@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <exception>
+#include <map>
 #include <set>
 #include <typeinfo>
 
@@ -63,7 +64,12 @@ Checker::Checker(const CheckSettings &settings)
     : settings_(settings), plausi_(load(&loader_, settings, &ruleFile_)), flow_(settings.flow) {
   const char *const *declared = plausi_->getFlows();
   if (!flow_ && declared != nullptr && declared[0] != nullptr) flow_ = declared[0];
-  for (const auto &init : settings.inits) inits_.set(init.first.c_str(), init.second->copy());
+  for (const auto &init : settings.inits) {
+    // A value set before under the name's key would be dropped, not deleted
+    // (repeatedInit lets front ends refuse such settings).
+    delete inits_.get(init.first.c_str());
+    inits_.set(init.first.c_str(), init.second->copy());
+  }
   configure(&context_);
 }
 
@@ -153,6 +159,19 @@ std::vector<std::string> unreadInits(const CheckSettings &settings) {
                        ")");
   }
   return messages;
+}
+
+std::string repeatedInit(const CheckSettings &settings) {
+  std::map<std::int32_t, const std::string *> byKey;
+  for (const auto &init : settings.inits) {
+    auto entry = byKey.emplace(Util::getHashCode(init.first.c_str()), &init.first);
+    if (entry.second) continue;
+    const std::string &first = *entry.first->second;
+    if (first == init.first) return "init parameter " + first + " is given more than once";
+    return "init parameters " + first + " and " + init.first +
+           " are one to the rules, which know a parameter by a hash of its name: give one of them";
+  }
+  return "";
 }
 
 std::shared_ptr<const lang::RuleSet> readRules(const std::string &path, std::string *message) {

@@ -124,6 +124,11 @@ bool isRuleFile(const std::string &path);
 // computes the name of a parameter it reads.
 std::vector<std::string> unreadInits(const CheckSettings &settings);
 
+// A mistake among the init params of the settings, or empty: a name given
+// twice, or two names that the library takes for one, since it keys them by
+// a hash of the name (Windows-1252, as the names).
+std::string repeatedInit(const CheckSettings &settings);
+
 // Reads and checks a rule file; null, with every mistake of the file in
 // *message (FILE:LINE:COLUMN: error: ... lines, UTF-8), when it holds any.
 std::shared_ptr<const lang::RuleSet> readRules(const std::string &path, std::string *message);

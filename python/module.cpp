@@ -489,6 +489,8 @@ class Checker {
       std::string name = columnName(item.first, "init name");
       settings.inits.emplace_back(name, initValueOf(name, item.second));
     }
+    std::string repeated = host::repeatedInit(settings);
+    if (!repeated.empty()) throw py::value_error(host::toUtf8(repeated.c_str()));
     if (log) {
       // The stream is ours, not the logger's: a logger's output vanishes
       // without a word when its file cannot be opened or written.

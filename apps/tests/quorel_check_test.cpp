@@ -210,6 +210,11 @@ TEST(InitTest, AnInitParameterThatTheRulesNeverReadIsNamedAtStartUp) {
   EXPECT_EQ("quorel-check: warning: init parameter Ort is given, but module Umfrage reads no parameter of that name "
             "(it reads none)\n",
             none.err);
+  // A name given twice is a mistake, whatever the rules read.
+  Ran twice = check("--init Ort=Nord --init Ort=Nord " + kUmfrage + kData + "/umfragen.csv");
+  EXPECT_EQ(2, twice.status);
+  EXPECT_EQ("", twice.out);
+  EXPECT_EQ("quorel-check: init parameter Ort is given more than once\n", twice.err);
 }
 
 TEST(InitTest, TextsOfTheCommandLineMeetTheRulesTextsInTheirEncoding) {

@@ -176,6 +176,9 @@ def test_functions_init_and_log(module, antraege, gemeinden, tmp_path):
         assert full.check_frame(antraege).equals(problems)
     with pytest.raises(TypeError):
         quorel.Checker(module, init={"x": object()})
+    # The library knows a parameter by a hash of its name, which these share.
+    with pytest.raises(ValueError, match="init parameters Aa and BB are one to the rules"):
+        quorel.Checker(module, init={"Aa": 1, "BB": 2})
 
 
 def test_threads_check_side_by_side(module, gemeinden):

@@ -141,6 +141,25 @@ TEST(CheckerTest, TheDefaultFlowIsTheFirstDeclaredAndUnknownFlowsAreNamed) {
             Checker(settings).checkFlow("-f"));
 }
 
+// The library keys init params by a hash of the name, so a second value
+// under one key would replace the first: the front ends refuse such
+// settings, and a checker made from them all the same keeps no leak.
+TEST(CheckerTest, InitParamsThatTheLibraryTakesForOneAreNamed) {
+  CheckSettings settings;
+  settings.library = QUOREL_UMFRAGE_MODULE;
+  settings.module = "Umfrage";
+  settings.inits = {{"Aa", std::make_shared<NumberValue>(1.0)}, {"Stichtag", std::make_shared<NumberValue>(2.0)}};
+  EXPECT_EQ("", repeatedInit(settings));
+  settings.inits.emplace_back("BB", std::make_shared<NumberValue>(3.0));  // "Aa" and "BB" hash alike
+  EXPECT_EQ("init parameters Aa and BB are one to the rules, which know a parameter by a hash of its name: give one "
+            "of them",
+            repeatedInit(settings));
+  settings.inits.insert(settings.inits.begin() + 1, {"Aa", std::make_shared<NumberValue>(4.0)});
+  EXPECT_EQ("init parameter Aa is given more than once", repeatedInit(settings));
+  Checker checker(settings);
+  EXPECT_EQ("", checker.checkFlow("-f"));
+}
+
 // A problem as the values of its fields, for comparing.
 std::string shown(const Problem &p) {
   std::string text = p.id.value_or("-") + "|" + std::to_string(p.type) + "|" + std::to_string(p.weight) + "|" +
