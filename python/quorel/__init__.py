@@ -99,7 +99,8 @@ class Checker:
     beyond ASCII, which is read ahead for it within the next 256 MB (and
     after the rows are checked beyond them).
     init: {name: bool, int, float or str}. A name that a rule file never
-    reads gives an InitWarning (ValueError with strict=True). log, log_level: a log file of the
+    reads gives an InitWarning (ValueError with strict=True); two names that
+    the library keys alike (by a hash of the name) raise ValueError. log, log_level: a log file of the
     runs and its level (0 off ... 6 debug); with a log, runs on several
     threads take turns. A log file that cannot be written raises ValueError;
     one that cannot be written on (a full disk) gives a RuntimeWarning once,
