@@ -106,7 +106,8 @@ def check(records, module, module_name=None, materials=None, npartitions=None, b
     materials: {name: CSV path or connection string reachable by every
     worker, pandas DataFrame, or a Future of a scattered DataFrame}; the
     other options are those of quorel.Checker, but jobs is 1 unless given:
-    each partition is checked on one thread of its worker.
+    each partition is checked on one thread of its worker, and log is
+    refused (ValueError), since the workers cannot share one file.
 
     The module, the flow, the materials' names, the columns of the
     materials at hand (DataFrames, and CSV files that this process reaches,
@@ -119,6 +120,10 @@ def check(records, module, module_name=None, materials=None, npartitions=None, b
     again by the workers. Any other material is checked where a worker
     loads it: a mistake fails the computation with its message, and a
     warning goes unseen."""
+    if "log" in options:
+        # Every worker process would write the file anew over the others'.
+        raise ValueError("log: the workers cannot share one log file; to log the runs, check the records in one "
+                         "process with quorel.check_frame(..., log=FILE)")
     if not isinstance(module, quorel.RuleModule):
         module = quorel.RuleModule(module, module_name)
     rules = pickle.dumps(module)
@@ -139,7 +144,7 @@ def check(records, module, module_name=None, materials=None, npartitions=None, b
         raise TypeError("records must be a dask.dataframe.DataFrame, CSV files or a connection string")
     # The materials' names, and the columns and encodings of those at hand.
     here = quorel.Checker(module, materials={n: _at_hand(v) for n, v in zip(names, values)},
-                          **{k: v for k, v in options.items() if k != "log"})
+                          **options)
     if database:
         here._engine._report_source_columns(records)
         return _check_source(records, npartitions, token, rules, options, names, values)

@@ -162,6 +162,8 @@ def test_local_scheduler_and_bad_input(partitions, antrag_library, gemeinden):
                           materials={"Gemeinden": gemeinden}).compute(scheduler="sync")
     with pytest.raises(quorel.PlausiError):
         quorel.dask.check(ddf, "/nonexistent.so", "Antrag").compute(scheduler="sync")
+    with pytest.raises(ValueError, match="the workers cannot share one log file"):
+        quorel.dask.check(ddf, antrag_library, "Antrag", log="run.log")
 
 
 def test_warnings_reach_the_client_once(partitions, antrag_library, gemeinden, rules_dir):
