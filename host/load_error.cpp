@@ -13,7 +13,7 @@ LoadError::LoadError(const PlausiException &cause, const std::string &library, c
   auto line = [&lines](const std::string &text) { lines += (lines.empty() ? "" : "\n") + text; };
   switch (cause.getType()) {
     case EXCEPTION_LOAD_LIBRARY:
-      line("the library " + library + " does not load");
+      line(library.empty() ? "the library's path is empty" : "the library " + library + " does not load");
       break;
     case EXCEPTION_LOAD_ENTRY:
       line("the library " + library + " has no entry point " + entry);
@@ -23,7 +23,7 @@ LoadError::LoadError(const PlausiException &cause, const std::string &library, c
       break;
   }
   if (!loaderReason.empty()) line("the system's loader says: " + loaderReason);
-  if (cause.getType() == EXCEPTION_LOAD_LIBRARY && library.find('/') == std::string::npos) {
+  if (cause.getType() == EXCEPTION_LOAD_LIBRARY && !library.empty() && library.find('/') == std::string::npos) {
     // dlopen never looks into the current directory for a bare name.
     line("a library path without '/' is searched only in the system's library paths (LD_LIBRARY_PATH, "
          "the cache of ldconfig, /lib, /usr/lib), not in the current directory: write ./" + library +

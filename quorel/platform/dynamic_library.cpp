@@ -9,7 +9,8 @@ namespace platform {
 // is this call's and not an older one's.
 void *loadLibrary(const char *file) {
   dlerror();
-  if (file == nullptr) return nullptr;
+  // dlopen gives the program itself for an empty name, as for null.
+  if (file == nullptr || *file == '\0') return nullptr;
   return dlopen(file, RTLD_NOW | RTLD_LOCAL);
 }
 

@@ -10,7 +10,7 @@
 namespace quorel {
 namespace platform {
 
-// Loads the library file as given; null on failure.
+// Loads the library file as given; null on failure, and for an empty name.
 void *loadLibrary(const char *file);
 
 // The address of the symbol in the library of the handle; null when the handle

@@ -237,6 +237,8 @@ TEST(CheckerTest, LoadErrorsKeepTheLibrarysExceptionAndSayWhy) {
   // A path with '/' needs no hint about the search.
   LoadError missing = loadError("/nonexistent/librules.so", "Umfrage");
   EXPECT_EQ(std::string::npos, missing.detail().find("without '/'"));
+  // The system's loader takes an empty path for the program itself.
+  EXPECT_EQ("the library's path is empty", loadError("", "Umfrage").detail());
 
   LoadError entry = loadError(QUOREL_UMFRAGE_MODULE, "Fehlt");
   EXPECT_EQ(EXCEPTION_LOAD_ENTRY, entry.getType());

@@ -84,6 +84,8 @@ TEST(PlausiLoaderTest, FailuresCarryTheirNumbers) {
       thrownBy([&] { loader.loadPlausi("/nonexistent/librules.so", "Sample"); });
   EXPECT_EQ(EXCEPTION_LOAD_LIBRARY, missingFile.getType());
   EXPECT_STREQ("/nonexistent/librules.so", missingFile.getMessage());
+  // An empty path names no library, not the program that loads.
+  EXPECT_EQ(EXCEPTION_LOAD_LIBRARY, thrownBy([&] { loader.loadPlausi("", "Sample"); }).getType());
 
   // The library loads, but has no entry for this name.
   PlausiException missingEntry =
