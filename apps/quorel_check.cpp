@@ -121,6 +121,11 @@ const CLI::Validator kNameValue(
     },
     "NAME=VALUE");
 
+// An empty name would mean no log or table at all, without a word.
+const CLI::Validator kNotEmpty(
+    [](std::string &argument) { return argument.empty() ? std::string("expected a name, not an empty text") : std::string(); },
+    "");
+
 // Parses the command line; false with the usage on the standard error stream
 // for a bad one. --help prints the usage and ends the program.
 bool parse(int argc, char **argv, Options *options) {
@@ -148,7 +153,7 @@ bool parse(int argc, char **argv, Options *options) {
                  "a material, NAME=FILE.csv or NAME=sqlite:FILE?table=T or NAME=postgresql://...?table=T (repeatable)")
       ->check(kNameValue)
       ->allow_extra_args(false);
-  app.add_option("--log", options->logFile, "write the log of the runs to FILE");
+  app.add_option("--log", options->logFile, "write the log of the runs to FILE")->check(kNotEmpty);
   app.add_option("--log-level", options->logLevel, "0 off, 1 fatal, 2 error, 3 warn, 4 info, 5 trace, 6 debug")
       ->check(CLI::Range(0, 6))
       ->capture_default_str();
@@ -157,7 +162,8 @@ bool parse(int argc, char **argv, Options *options) {
       ->check(CLI::IsMember({"text", "json"}))
       ->capture_default_str();
   app.add_option("--output", options->output,
-                 "write the problems into a table, sqlite:FILE?table=T or postgresql://...?table=T");
+                 "write the problems into a table, sqlite:FILE?table=T or postgresql://...?table=T")
+      ->check(kNotEmpty);
   std::string mode = "append";
   CLI::Option *modeOption = app.add_option("--output-mode", mode,
                  "append: add this run's rows to the table's; replace: the rows of earlier runs go (each row "
