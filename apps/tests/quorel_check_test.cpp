@@ -436,7 +436,7 @@ TEST(UsageTest, LogsPasswordsAndProgress) {
   EXPECT_EQ("", log.out);
   EXPECT_EQ("quorel-check: cannot write the log /nonexistent/run.log: No such file or directory\n", log.err);
   // An empty name means no file, not none wanted.
-  for (const std::string &option : {"--log", "--output"}) {
+  for (const std::string option : {"--log", "--output"}) {
     Ran empty = check(option + " '' " + surveys);
     EXPECT_EQ(2, empty.status);
     EXPECT_EQ(0u, empty.err.find("quorel-check: " + option + ": expected a name, not an empty text\n")) << empty.err;
