@@ -14,7 +14,7 @@ std::string absolutePath(const std::string &file) {
 }
 
 std::string fileError(const std::string &what, const std::string &file, const std::string &reason) {
-  if (file.empty()) return "cannot " + what + " a file of an empty name: " + reason;
+  if (file.empty()) return "cannot " + what + ": the file's name is empty";
   std::string path = absolutePath(file);
   return "cannot " + what + " " + file + (path != file ? " (" + path + ")" : "") + ": " + reason;
 }

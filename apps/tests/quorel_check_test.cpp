@@ -441,7 +441,7 @@ TEST(UsageTest, LogsPasswordsAndProgress) {
     EXPECT_EQ(2, empty.status);
     EXPECT_EQ(0u, empty.err.find("quorel-check: " + option + ": expected a name, not an empty text\n")) << empty.err;
   }
-  EXPECT_EQ("quorel-check: cannot open a file of an empty name: No such file or directory\n", check(kUmfrage + "''").err);
+  EXPECT_EQ("quorel-check: cannot open: the file's name is empty\n", check(kUmfrage + "''").err);
   // A log that fills the disk is named after the run, whose problems are out.
   Ran full = check("--log /dev/full --log-level 6 " + surveys);
   EXPECT_EQ(2, full.status);
