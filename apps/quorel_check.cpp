@@ -21,9 +21,10 @@
 // query are warnings on the standard error stream; with --strict they are
 // input errors; so is a file whose start says that it is in another encoding
 // than it is read in (UTF-8 read as Windows-1252, or the other way round). A
-// column given twice, a material the module queries that is not given or one
-// given twice, a material's file of which no column names a field of the
-// material, and a flow the module does not run are refused; without --flow
+// column given twice, a header of which no column names a field, a material
+// the module queries that is not given or one given twice, a material's file
+// of which no column names a field of the material, and a flow the module
+// does not run are refused; without --flow
 // the module's first declared flow runs.
 //
 // Every record is checked or reported as not checked with its place and the
@@ -54,6 +55,7 @@
 
 #include "quorel/host/buffered_writer.h"
 #include "quorel/host/checker.h"
+#include "quorel/host/column_check.h"
 #include "quorel/host/csv_row_source.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/file_error.h"
@@ -620,6 +622,9 @@ int main(int argc, char **argv) {
   for (const std::string &fault : columnFaults) {
     std::cerr << "quorel-check: " << (options.strict ? "" : "warning: ") << quorel::host::toUtf8(fault.c_str())
               << "\n";
+  }
+  if (!columnFaults.empty() && columnFaults.size() == layout.distinctColumns()) {
+    return fail(records->name() + ": " + quorel::host::noColumnRead());
   }
   if (options.strict && !columnFaults.empty()) return 2;
 

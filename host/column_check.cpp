@@ -131,5 +131,10 @@ std::string ColumnCheck::check(const std::string &column, std::vector<std::strin
   return std::string();
 }
 
+std::string noColumnRead() {
+  return "none of the columns names a field that the module reads, so each record would be checked as if it "
+         "were empty";
+}
+
 }  // namespace host
 }  // namespace quorel

@@ -57,6 +57,12 @@ class ColumnCheck {
   RuntimeContext runtime_;
 };
 
+// What a table is told, on top of each column's fault, when it has columns
+// and none of them names anything the module reads: each of its records
+// would be checked as if it were empty (a header without the topic's name,
+// say). It is an error whatever strict says.
+std::string noColumnRead();
+
 }  // namespace host
 }  // namespace quorel
 

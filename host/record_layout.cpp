@@ -42,6 +42,12 @@ std::vector<std::string> RecordLayout::checkColumns(Plausi *plausi) const {
   return messages;
 }
 
+std::size_t RecordLayout::distinctColumns() const {
+  std::set<std::string> names;
+  for (const Column &column : columns_) names.insert(column.name);
+  return names.size();
+}
+
 std::vector<std::string> RecordLayout::repeatedColumns() const {
   std::map<std::string, std::vector<std::size_t>> places;
   for (std::size_t i = 0; i < columns_.size(); ++i) places[columns_[i].name].push_back(i + 1);

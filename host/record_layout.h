@@ -45,6 +45,9 @@ class RecordLayout {
   // read. The Plausi is used on the calling thread alone while the check
   // runs.
   std::vector<std::string> checkColumns(Plausi *plausi) const;
+  // The number of distinct column names: checkColumns gives as many
+  // messages when no column is read.
+  std::size_t distinctColumns() const;
   // One message for each column name that the header holds more than once:
   // a record keeps one cell per name, so all but the last would be lost.
   std::vector<std::string> repeatedColumns() const;

@@ -521,7 +521,7 @@ class Checker {
     } catch (const CellError &e) {
       raiseRecordError(e.message);
     }
-    reportColumns(fields);
+    reportColumns(fields, false);
     host::Outcome outcome;
     Result result;
     {
@@ -549,7 +549,7 @@ class Checker {
     std::vector<std::string> fields;
     for (const auto &name : names) fields.push_back(columnName(name));
     refuseRepeatedColumns(fields);
-    reportColumns(fields);
+    reportColumns(fields, true);
     std::vector<Column> at(fields.begin(), fields.end());
     std::unordered_set<std::int32_t> keys;
     for (Column &column : at) column.empties = keys.insert(column.key).second;
@@ -617,7 +617,7 @@ class Checker {
     std::vector<std::string> columns;
     for (const auto &name : names) columns.push_back(columnName(name));
     refuseRepeatedColumns(columns);
-    reportColumns(columns);
+    reportColumns(columns, true);
   }
 
   // Reports the columns of a CSV file or a database source as checking it
@@ -626,7 +626,7 @@ class Checker {
     std::unique_ptr<host::RowSource> rows = openSource(text, 0, 0);
     reportEncoding(*rows);
     refuseRepeatedColumns(rows->columns());
-    reportColumns(rows->columns());
+    reportColumns(rows->columns(), true);
   }
 
   // The same for the rows of a CSV file or a database source (a connection
@@ -643,7 +643,7 @@ class Checker {
     std::unique_ptr<host::RowSource> rows = openSource(text, offset, limit, cut);
     reportEncoding(*rows);
     refuseRepeatedColumns(rows->columns());
-    reportColumns(rows->columns());
+    reportColumns(rows->columns(), true);
     host::RecordLayout layout(rows->columns());
     ProblemColumns frame;
     // A slice of the source's rows, the first labelled first.
@@ -876,10 +876,13 @@ class Checker {
 
   // Reports the columns that name nothing the module reads: each with a
   // ColumnWarning the first time this checker meets it, or all of them with
-  // RecordError when strict. The GIL guards the verdicts.
-  void reportColumns(const std::vector<std::string> &columns) {
+  // RecordError when strict. A table (not the keys of one record) none of
+  // whose columns is read raises RecordError whatever strict says. The GIL
+  // guards the verdicts.
+  void reportColumns(const std::vector<std::string> &columns, bool table) {
     std::unique_ptr<host::ColumnCheck> check;  // made for the first column not met before
     std::string faults;
+    bool anyRead = false;
     for (const std::string &column : columns) {
       auto verdict = verdicts_.find(column);
       if (verdict == verdicts_.end()) {
@@ -890,8 +893,11 @@ class Checker {
           throw py::error_already_set();  // warnings turned into errors
         }
       }
+      anyRead = anyRead || verdict->second.empty();
       if (strict_ && !verdict->second.empty()) faults += (faults.empty() ? "" : "\n") + verdict->second;
     }
+    // A single record may hold keys of its own alone; a table may not.
+    if (table && !columns.empty() && !anyRead) faults += (faults.empty() ? "" : "\n") + host::noColumnRead();
     if (!faults.empty()) raiseRecordError(faults);
   }
 

@@ -385,6 +385,18 @@ TEST(CsvTest, ColumnsThatWouldLoseCellsAreNamed) {
   Ran strict = check("--strict " + kGemeinden + kAntrag + children);
   EXPECT_EQ(2, strict.status);
   EXPECT_EQ("quorel-check: " + never + "\n", strict.err);
+
+  // A header that names no field at all (no topic before the names, or a
+  // spreadsheet's "sep=;" line) would have every record checked as empty.
+  std::string bare = write("bare.csv", "Name;Alter\nBerger;34\n");
+  Ran none = check(kUmfrage + bare);
+  EXPECT_EQ(2, none.status);
+  EXPECT_EQ("", none.out);
+  EXPECT_EQ("quorel-check: warning: column Name names no field: the module's fields are named Umfrage.<field>\n"
+            "quorel-check: warning: column Alter names no field: the module's fields are named Umfrage.<field>\n"
+            "quorel-check: " + bare + ": none of the columns names a field that the module reads, so each record "
+            "would be checked as if it were empty\n",
+            none.err);
 }
 
 // Runs quorel-check with reads of file failing after a number of bytes.

@@ -107,7 +107,9 @@ class Checker:
     and the checks go on without it. A flow that a module declaring its flows does not
     know raises ValueError. A column or key that names no field of the
     module (or has an index beyond a size the module declares) gives a
-    ColumnWarning once; with strict=True it raises RecordError instead.
+    ColumnWarning once; with strict=True it raises RecordError instead. A
+    frame, file or table none of whose columns names a field raises
+    RecordError whatever strict says.
     warn=False leaves out ColumnWarning, MaterialWarning, InitWarning and
     FileEncodingWarning, for a front end
     that gave them already (quorel.dask gives them once, on the client).

@@ -93,6 +93,17 @@ def test_columns_that_name_no_field_warn_once_or_fail_when_strict(umfrage, umfra
         strict.check({"Umfrage.Nmae": "x"})  # every time, not once
     assert strict.check({"Umfrage.Name": "Berger", "Umfrage.Antworten[2].Note": 7}).ok is False
 
+    # A table none of whose columns is read would have every row checked as
+    # empty, whatever strict says; one record may hold keys of its own alone.
+    bare = umfragen.rename(columns=lambda c: c.split(".", 1)[1])
+    with pytest.warns(quorel.ColumnWarning), pytest.raises(quorel.RecordError, match="none of the columns names a "
+                                                             "field that the module reads"):
+        checker.check_frame(bare)
+    with pytest.raises(quorel.RecordError, match="(?s)^column Name names no field.*\nnone of the columns names a field"):
+        strict.check_frame(bare)
+    with pytest.warns(quorel.ColumnWarning):
+        assert checker.check({"Kennung": "7"}).ok is False
+
 
 def test_a_column_name_given_twice_is_refused_at_the_start(umfrage, umfragen, tmp_path):
     frame = pd.concat([umfragen, umfragen[["Umfrage.Name"]]], axis=1)
