@@ -1,6 +1,7 @@
 // The text functions of the language. They work on asString() of their
 // operands, so every kind of value serves as a text.
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -90,7 +91,9 @@ Value *Functions::TEIL(RuntimeContext *runtime, Value *text, Value *start, Value
     throw PlausiException(EXCEPTION_ILLEGAL_ARGUMENT, "Die L\xE4" "nge ist ung\xFC" "ltig.");
   }
   auto count = static_cast<std::int32_t>(length->asInteger());
-  auto first = static_cast<std::int32_t>(start->asInteger() - 1);
+  // Unsigned, so that the least start wraps to its low 32 bits as the rest
+  // do instead of overflowing.
+  auto first = static_cast<std::int32_t>(static_cast<std::uint64_t>(start->asInteger()) - 1u);
   const char *source = text->asString();
   std::vector<char> target(std::strlen(source) + 1);
   Util::substring(target.data(), source, first, count);

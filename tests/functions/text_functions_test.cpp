@@ -37,6 +37,9 @@ TEST_F(TextFunctionsTest, PartClampsEveryBound) {
   EXPECT_EQ("ab", teil("abcdef", -5, 2));
   EXPECT_EQ("", teil("abcdef", 9, 1));
   EXPECT_EQ("ef", teil("abcdef", 5, 99));
+  // The starts pass as their low 32 bits, the least one too.
+  EXPECT_EQ("bc", teil("abcdef", 4294967298.0, 2));
+  EXPECT_EQ("ab", teil("abcdef", -1e300, 2));
   expectFailure([&] { Functions::TEIL(rt(), nullptr, number(1), number(1)); }, EXCEPTION_CONVERSION,
                 "Die Zeichenkette kann nur aus einer Zeichenkette ausgelesen werden.");
   expectFailure([&] { Functions::TEIL(rt(), text("a"), nullptr, number(1)); },
