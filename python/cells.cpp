@@ -48,7 +48,12 @@ bool isMissing(const py::handle &cell) {
   if (PyFloat_Check(cell.ptr())) return std::isnan(PyFloat_AS_DOUBLE(cell.ptr()));
   static Imported missing("pandas", "isna");
   // pandas.NA, NaT and numpy's not-a-number scalars.
-  return !py::isinstance<py::int_>(cell) && missing.get()(cell).cast<bool>();
+  if (py::isinstance<py::int_>(cell)) return false;
+  py::object verdict = missing.get()(cell);
+  // A list or an array gets a verdict per element: it is no missing value
+  // (nor a field's).
+  if (py::hasattr(verdict, "shape") && py::len(verdict.attr("shape")) > 0) return false;
+  return verdict.cast<bool>();
 }
 
 bool isDate(const py::handle &cell) {
@@ -184,8 +189,9 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
     out->keep(encode(cell, at.utf8));
   } else if (isDate(cell)) {
     out->keep(germanDate(cell));
-  } else if (py::hasattr(cell, "item") && py::hasattr(cell, "dtype")) {
-    py::object item = cell.attr("item")();  // of a numpy scalar
+  } else if (py::hasattr(cell, "item") && py::hasattr(cell, "dtype") &&
+             (!py::hasattr(cell, "ndim") || py::int_(cell.attr("ndim")).cast<int>() == 0)) {
+    py::object item = cell.attr("item")();  // of a numpy scalar, not an array
     readCell(at, item, out);
     // The item goes with this call, and with it the text read from it.
     if (out->kind == Cell::kText || out->kind == Cell::kSize) out->keep(std::string(out->text));

@@ -175,3 +175,16 @@ def test_a_run_that_fails_after_its_problems_gives_the_failure_first(stoerfall_l
     assert problems["text"].tolist() == ["a", np.nan, "b", "c", np.nan]
     assert problems["record"].tolist() == [1, 2, 2, 3, 4]
     assert problems.attrs["summary"] == {"records": 4, "checked": 2, "not_checked": 2, "problems": 3, "errors": 3}
+
+
+def test_a_container_is_no_field_nor_a_missing_value(stoerfall_library):
+    module = quorel.RuleModule(stoerfall_library, "Stoerfall")
+    checker = quorel.Checker(module, flow="Pruefung")
+    # pandas answers isna of a container element by element; numpy scalars are values.
+    for value, kind in (([1, 2], "list"), ([], "list"), ((1,), "tuple"), (np.array([1, 2]), "ndarray"),
+                        (np.array([5]), "ndarray"), ({1}, "set")):
+        with pytest.raises(quorel.RecordError, match="Stoerfall.Text: a value of type %s cannot be a field" % kind):
+            checker.check({"Stoerfall.Text": value})
+    assert module.perform_function("Text", {"Stoerfall.Text": np.array(5)}) == "5"
+    rows = pd.DataFrame({"Stoerfall.Text": pd.Series([[1, 2], "a", np.array([1, 2])], dtype=object)})
+    assert checker.check_frame(rows)["failure"].notna().tolist() == [True, False, True]
