@@ -6,6 +6,7 @@
 ...                               materials={"Gemeinden": "sqlite:register.db?table=gemeinden"})
 """
 
+import operator
 import os
 import re
 import warnings
@@ -80,7 +81,7 @@ class Checker:
     module: a RuleModule. flow: the flow to run; None runs the first flow
     the module declares, and for a module that declares none raises
     ValueError, since nothing would be checked. weight_level: the problem
-    weight level handed to the rules. materials: {name: pandas.DataFrame,
+    weight level handed to the rules, a 32-bit whole number. materials: {name: pandas.DataFrame,
     CSV path or connection string}, columns named by hierarchy text; a
     database material is queried where it lies (see check_frame for
     connection strings; DatabaseError when it cannot be opened). A material
@@ -114,8 +115,8 @@ class Checker:
     FileEncodingWarning, for a front end
     that gave them already (quorel.dask gives them once, on the client).
 
-    jobs: the threads that check the rows of one check_frame call, each
-    with a rule set of its own; the problems come out in the order of the
+    jobs: the threads that check the rows of one check_frame call (1 to
+    1024, as quorel-check --jobs), each with a rule set of its own; the problems come out in the order of the
     rows all the same. None takes one per processor that the process may
     use, or one with a log (several would mix the lines of their records;
     a log with jobs > 1 raises ValueError).
@@ -133,8 +134,10 @@ class Checker:
         self._warn = bool(warn)
         materials = {name: _path(where) if isinstance(where, (str, bytes, os.PathLike)) else where
                      for name, where in dict(materials or {}).items()}
-        self._engine = _quorel.Checker(module, _name(flow, "flow"), int(weight_level), materials, dict(init or {}),
-                                       None if log is None else _path(log), int(log_level), bool(strict),
+        weight_level = _whole(weight_level, "weight_level", -2**31, 2**31 - 1)
+        log_level = _whole(log_level, "log_level", 0, 6)
+        self._engine = _quorel.Checker(module, _name(flow, "flow"), weight_level, materials, dict(init or {}),
+                                       None if log is None else _path(log), log_level, bool(strict),
                                        str(encoding), self._warn, _jobs(jobs, log))
 
     def check(self, record):
@@ -211,6 +214,8 @@ def _name(name, what):
     """A name as the library takes it (None passes): a lone surrogate, which
     has no UTF-8 form, raises ValueError as a character that Windows-1252
     lacks does."""
+    if name is not None and not isinstance(name, str):
+        raise TypeError("%s must be a str, not %s" % (what, type(name).__name__))
     position = _first_surrogate(name) if isinstance(name, str) else -1
     if position >= 0:
         raise ValueError("%s: the character at position %d is not in Windows-1252" % (what, position))
@@ -244,9 +249,26 @@ def _jobs(jobs, log):
             return len(os.sched_getaffinity(0))
         except AttributeError:  # not on Linux
             return os.cpu_count() or 1
-    if isinstance(jobs, bool) or not isinstance(jobs, int) or jobs < 1:
-        raise ValueError("jobs must be a whole number of at least 1, or None")
-    return jobs
+    return _whole(jobs, "jobs", 1, _MAX_JOBS)
+
+
+# The most threads a check may take, as quorel-check --jobs takes.
+_MAX_JOBS = 1024
+
+
+def _whole(value, what, low, high):
+    """A whole number from low to high, as an option takes it: an int or a
+    numpy integer (TypeError for another kind, a float or a bool too),
+    ValueError beyond the range."""
+    try:
+        if isinstance(value, bool):
+            raise TypeError
+        number = operator.index(value)
+    except TypeError:
+        raise TypeError("%s must be a whole number, not %s" % (what, type(value).__name__)) from None
+    if not low <= number <= high:
+        raise ValueError("%s must be a whole number from %d to %d, not %d" % (what, low, high, number))
+    return number
 
 
 # Rows of a DataFrame handed to the checker at a time: their cells become

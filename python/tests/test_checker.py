@@ -240,5 +240,12 @@ def test_rows_checked_on_several_threads_come_out_as_on_one(module, gemeinden, t
                     assert list(got[column].cat.categories) == list(want[column].cat.categories)
     with pytest.raises(ValueError, match="jobs=1"):
         quorel.Checker(module, log=tmp_path / "run.log", jobs=2)
-    with pytest.raises(ValueError, match="jobs"):
-        quorel.Checker(module, jobs=0)
+    # Whole numbers within their ranges, as quorel-check takes them, numpy's too.
+    for option, value, error in (("jobs", 0, ValueError), ("jobs", 1025, ValueError), ("jobs", 2.5, TypeError),
+                                 ("jobs", True, TypeError), ("weight_level", 2**31, ValueError),
+                                 ("weight_level", "3", TypeError), ("log_level", 7, ValueError),
+                                 ("flow", 5, TypeError)):
+        with pytest.raises(error, match="^%s must be a" % option):
+            quorel.Checker(module, **{option: value})
+    quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden}, jobs=np.int64(2),
+                   weight_level=np.int32(-3), log_level=0)
