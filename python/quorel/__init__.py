@@ -50,6 +50,8 @@ class RuleModule(_quorel.RuleModule):
     def from_text(cls, text, name="<text>"):
         """The rules of a rule file's text (str, or bytes in UTF-8 or
         Windows-1252); name is the file name its messages show."""
+        if not isinstance(text, (str, bytes)):
+            raise TypeError("text must be a str or bytes, not %s" % type(text).__name__)
         module = cls.__new__(cls)
         if isinstance(text, str) and _SURROGATES.search(text):
             # No UTF-8 form: the reader names each such character where it stands.
@@ -57,6 +59,12 @@ class RuleModule(_quorel.RuleModule):
         _quorel.RuleModule.__init__(module, None, None, text, str(name))
         module._made = True
         return module
+
+    def perform_function(self, name, record):
+        return super().perform_function(_name(name, "function name", optional=False), record)
+
+    def check_field(self, name, record):
+        return super().check_field(_name(name, "field name", optional=False), record)
 
     def __reduce__(self):
         if self._text is not None:
@@ -210,13 +218,15 @@ def _first_surrogate(text):
     return found.start() if found else -1
 
 
-def _name(name, what):
-    """A name as the library takes it (None passes): a lone surrogate, which
-    has no UTF-8 form, raises ValueError as a character that Windows-1252
-    lacks does."""
-    if name is not None and not isinstance(name, str):
+def _name(name, what, optional=True):
+    """A name as the library takes it (None passes where it is optional): a
+    lone surrogate, which has no UTF-8 form, raises ValueError as a
+    character that Windows-1252 lacks does."""
+    if name is None and optional:
+        return None
+    if not isinstance(name, str):
         raise TypeError("%s must be a str, not %s" % (what, type(name).__name__))
-    position = _first_surrogate(name) if isinstance(name, str) else -1
+    position = _first_surrogate(name)
     if position >= 0:
         raise ValueError("%s: the character at position %d is not in Windows-1252" % (what, position))
     return name

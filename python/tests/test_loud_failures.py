@@ -66,6 +66,15 @@ def test_a_flow_the_module_does_not_know_is_refused(umfrage):
         quorel.Checker(umfrage, flow="Ant\udcfcworten")
 
 
+def test_names_and_texts_of_another_type_are_named(umfrage):
+    for call, told in ((lambda: umfrage.perform_function(5, {}), "function name must be a str, not int"),
+                       (lambda: umfrage.check_field(None, {}), "field name must be a str, not NoneType"),
+                       (lambda: quorel.RuleModule.from_text(5), "text must be a str or bytes, not int"),
+                       (lambda: quorel.RuleModule("x.so", 5), "module name must be a str, not int")):
+        with pytest.raises(TypeError, match="^%s$" % told):
+            call()
+
+
 def test_columns_that_name_no_field_warn_once_or_fail_when_strict(umfrage, umfragen):
     frame = umfragen.assign(**{"Umfrage.Nmae": "x", "Umfrage.Antworten[3].Note": "9"})
     nmae = "column Umfrage.Nmae names no field: Umfrage has no field Nmae"
