@@ -266,17 +266,19 @@ def _jobs(jobs, log):
 _MAX_JOBS = 1024
 
 
-def _whole(value, what, low, high):
-    """A whole number from low to high, as an option takes it: an int or a
-    numpy integer (TypeError for another kind, a float or a bool too),
-    ValueError beyond the range."""
+def _whole(value, what, low, high=None):
+    """A whole number from low to high (no bound when None), as an option
+    takes it: an int or a numpy integer (TypeError for another kind, a float
+    or a bool too), ValueError beyond the range."""
     try:
         if isinstance(value, bool):
             raise TypeError
         number = operator.index(value)
     except TypeError:
         raise TypeError("%s must be a whole number, not %s" % (what, type(value).__name__)) from None
-    if not low <= number <= high:
+    if high is None and number < low:
+        raise ValueError("%s must be a whole number of at least %d, not %d" % (what, low, number))
+    if high is not None and not low <= number <= high:
         raise ValueError("%s must be a whole number from %d to %d, not %d" % (what, low, high, number))
     return number
 

@@ -18,6 +18,7 @@ import pickle
 import threading
 
 import dask
+import dask.utils
 import dask.dataframe as dd
 import numpy as np
 import pandas as pd
@@ -97,7 +98,8 @@ def check(records, module, module_name=None, materials=None, npartitions=None, b
     quorel.check_frame reads a CSV path), its rows labelled by row number
     from 0, as dask.dataframe.read_csv(files, blocksize=None) labels them,
     and each problem names its file in a last column, source. A file larger
-    than blocksize bytes (default BLOCKSIZE, 64 MiB) is cut into parts of
+    than blocksize bytes (default BLOCKSIZE, 64 MiB; a whole number, or a
+    text such as "64MB" as dask.dataframe.read_csv takes) is cut into parts of
     about that size at line ends, a partition each, which this process
     finds in one pass over the file, following its quoted cells over line
     ends as the reader does; the rows keep their labels and lines, and a
@@ -120,6 +122,12 @@ def check(records, module, module_name=None, materials=None, npartitions=None, b
     again by the workers. Any other material is checked where a worker
     loads it: a mistake fails the computation with its message, and a
     warning goes unseen."""
+    if npartitions is not None:
+        npartitions = quorel._whole(npartitions, "npartitions", 1)
+    if isinstance(blocksize, str):
+        blocksize = dask.utils.parse_bytes(blocksize)  # "64MB", as dask.dataframe.read_csv takes it
+    if blocksize is not None:
+        blocksize = quorel._whole(blocksize, "blocksize", 1)
     if "log" in options:
         # Every worker process would write the file anew over the others'.
         raise ValueError("log: the workers cannot share one log file; to log the runs, check the records in one "
@@ -203,7 +211,7 @@ def _check_files(files, blocksize, token, rules, options, names, values):
     values = _shipped(values)
     parts = [check_file(f, part, token, rules, options, names, *values)
              for f in files
-             for part in (quorel._quorel._csv_parts(f, int(blocksize)) if blocksize else [None])]
+             for part in (quorel._quorel._csv_parts(f, blocksize) if blocksize else [None])]
     return dd.from_delayed(parts, meta=_meta(pd.Index([], dtype="int64"), source=True), verify_meta=False)
 
 
@@ -211,7 +219,7 @@ def _check_source(source, npartitions, token, rules, options, names, values):
     rows = quorel._quorel._count_rows(source)
     if npartitions is None:
         npartitions = -(-rows // ROWS_PER_PARTITION)
-    npartitions = max(1, min(int(npartitions), rows))
+    npartitions = max(1, min(npartitions, rows))
     offsets = [rows * i // npartitions for i in range(npartitions + 1)]
     check_slice = dask.delayed(_check_slice, pure=True)
     values = _shipped(values)

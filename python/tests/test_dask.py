@@ -132,6 +132,9 @@ def test_a_large_file_is_checked_in_parts(client, generated, antrag_library, gem
     assert set(got.pop("source")) == {str(file)}
     pd.testing.assert_frame_equal(got, want, check_categorical=False)
     assert quorel.dask.check(str(file), antrag_library, "Antrag", blocksize=None, **options).npartitions == 1
+    # A size as dask.dataframe.read_csv takes it, or as text.
+    assert quorel.dask.check(str(file), antrag_library, "Antrag", blocksize="%dB" % (len(text) // 7),
+                             **options).npartitions == 7
     # Cells quoted over lines stay whole in one part.
     quoted = tmp_path / "quoted.csv"
     quoted.write_bytes(text.replace(b"kaputt;1", b'"kaputt\r\n;1";"2\r\n3"'))
@@ -164,6 +167,10 @@ def test_local_scheduler_and_bad_input(partitions, antrag_library, gemeinden):
         quorel.dask.check(ddf, "/nonexistent.so", "Antrag").compute(scheduler="sync")
     with pytest.raises(ValueError, match="the workers cannot share one log file"):
         quorel.dask.check(ddf, antrag_library, "Antrag", log="run.log")
+    for option, value, error in (("blocksize", 0, ValueError), ("blocksize", 1.5, TypeError),
+                                 ("npartitions", -1, ValueError), ("npartitions", "2", TypeError)):
+        with pytest.raises(error, match="^%s must be a whole number" % option):
+            quorel.dask.check(partitions, antrag_library, "Antrag", **{option: value})
 
 
 def test_warnings_reach_the_client_once(partitions, antrag_library, gemeinden, rules_dir):
