@@ -125,7 +125,9 @@ const CLI::Validator kNameValue(
 
 // An empty name would mean no log or table at all, without a word.
 const CLI::Validator kNotEmpty(
-    [](std::string &argument) { return argument.empty() ? std::string("expected a name, not an empty text") : std::string(); },
+    [](std::string &argument) {
+      return argument.empty() ? std::string("expected a name, not an empty text") : std::string();
+    },
     "");
 
 // Parses the command line; false with the usage on the standard error stream

@@ -20,7 +20,8 @@
 
 int main(int argc, char **argv) {
   CLI::App app("Writes a rule file as the C++ source of a rule module.\n"
-               "Exit status: 0 written, 2 a mistake in the rule file or the command line, or the output cannot be written.",
+               "Exit status: 0 written, 2 a mistake in the rule file or the command line, or the output cannot "
+               "be written.",
                "quorel-compile");
   std::string rules, output;
   bool builtins = false;
