@@ -866,10 +866,10 @@ class Checker {
 
   // ValueError for a name that more than one column holds, as quorel-check
   // refuses such a header: a record keeps one cell per column.
-  static void refuseRepeatedColumns(const std::vector<std::string> &columns) {
+  static void refuseRepeatedColumns(const std::vector<std::string> &columns, const std::string &shown = "") {
     std::string errors;
     for (const std::string &message : host::RecordLayout(columns).repeatedColumns()) {
-      errors += (errors.empty() ? "" : "\n") + host::toUtf8(message.c_str()) + "; rename or drop the others";
+      errors += (errors.empty() ? "" : "\n") + shown + host::toUtf8(message.c_str()) + "; rename or drop the others";
     }
     if (!errors.empty()) throw py::value_error(errors);
   }
@@ -1015,12 +1015,12 @@ class Checker {
     if (!py::isinstance(material, frameType.get())) {
       throw py::type_error(shown + "must be a DataFrame, a CSV path or a connection string");
     }
-    std::vector<Column> fields;
-    py::list columns;
     TableColumns table{name, "", {}};
+    for (const auto &column : material.attr("columns")) table.columns.push_back(columnName(column));
+    refuseRepeatedColumns(table.columns, shown);
+    std::vector<Column> fields(table.columns.begin(), table.columns.end());
+    py::list columns;
     for (const auto &column : material.attr("columns")) {
-      fields.emplace_back(columnName(column));
-      table.columns.push_back(fields.back().name);
       columns.append(material.attr("__getitem__")(column).attr("tolist")());
     }
     tableColumns_.push_back(std::move(table));

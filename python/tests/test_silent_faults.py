@@ -118,6 +118,11 @@ def test_a_materials_columns_are_checked_against_its_fields(module, gemeinden, t
         quorel.Checker(module, materials={"Gemeinden": extra})
     with pytest.raises(ValueError, match=stray):
         quorel.Checker(module, materials={"Gemeinden": extra}, strict=True)
+    # A column given twice, in a frame as in a file: a record keeps one cell per column.
+    twice = pd.concat([extra.drop(columns="Gemeinden.Kreis"), extra[["Gemeinden.Ort"]]], axis=1)
+    with pytest.raises(ValueError, match=r"^material Gemeinden: column Gemeinden.Ort appears 2 times in the header "
+                                         r"\(columns 2, 3\)"):
+        quorel.Checker(module, materials={"Gemeinden": twice})
 
 
 def test_a_csv_file_in_another_encoding_than_it_is_read_in_is_named(module, data_dir, gemeinden, tmp_path):
