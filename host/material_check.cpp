@@ -11,16 +11,6 @@ namespace host {
 
 namespace {
 
-// The topic of the material that the module queries under the name, or null.
-Topic *topicOf(Plausi *plausi, const std::string &material) {
-  for (std::int32_t i = 0; i < plausi->getNumOfMaterials(); ++i) {
-    MaterialDescriptor *descriptor = plausi->getMaterialAt(i);
-    const char *name = descriptor->getMaterialName();
-    if (name != nullptr && material == name) return dynamic_cast<Topic *>(descriptor);
-  }
-  return nullptr;
-}
-
 // The fields of the topic and of the topics nested in it that are no arrays,
 // each once.
 void collectFields(Topic *topic, std::vector<FieldDescriptor *> *fields) {
@@ -77,7 +67,7 @@ MaterialFindings checkMaterials(Plausi *plausi, const std::string &module, const
 MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &material,
                                       const std::vector<std::string> &columns, bool strict) {
   MaterialFindings findings;
-  Topic *topic = topicOf(plausi, material);
+  Topic *topic = materialTopic(plausi, material);
   // A table without columns holds nothing that could be misnamed.
   if (topic == nullptr || columns.empty()) return findings;
   ColumnCheck check(plausi, topic);
@@ -104,7 +94,7 @@ MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &materia
 MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material,
                                      const std::function<bool(FieldDescriptor *)> &hasColumn, bool strict) {
   MaterialFindings findings;
-  Topic *topic = topicOf(plausi, material);
+  Topic *topic = materialTopic(plausi, material);
   if (topic == nullptr) return findings;
   std::vector<FieldDescriptor *> fields;
   collectFields(topic, &fields);
@@ -132,6 +122,15 @@ MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material
     said.insert(said.end(), faults.begin(), faults.end());
   }
   return findings;
+}
+
+Topic *materialTopic(Plausi *plausi, const std::string &material) {
+  for (std::int32_t i = 0; i < plausi->getNumOfMaterials(); ++i) {
+    MaterialDescriptor *descriptor = plausi->getMaterialAt(i);
+    const char *name = descriptor->getMaterialName();
+    if (name != nullptr && material == name) return dynamic_cast<Topic *>(descriptor);
+  }
+  return nullptr;
 }
 
 }  // namespace host

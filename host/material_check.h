@@ -57,6 +57,9 @@ MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &materia
 MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material,
                                      const std::function<bool(FieldDescriptor *)> &hasColumn, bool strict);
 
+// The topic of the material that the module queries under the name, or null.
+Topic *materialTopic(Plausi *plausi, const std::string &material);
+
 }  // namespace host
 }  // namespace quorel
 

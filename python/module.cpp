@@ -703,11 +703,13 @@ class Checker {
   // For each column, whether it names a field whose value the record holds
   // as text: a text, date or free field, or a number under a mask. A number
   // column would lose the form of such texts (leading zeros, the mask's
-  // separators).
-  std::vector<bool> textFields(const py::list &names) {
+  // separators). The fields are the records', or those of the material of
+  // that name.
+  std::vector<bool> textFields(const py::list &names, const py::object &material) {
     std::shared_ptr<host::Checker> checker = pool_->forThisThread();
     Plausi *plausi = checker->plausi();
-    Topic *root = plausi->getRootTopic();
+    Topic *root = material.is_none() ? plausi->getRootTopic()
+                                     : host::materialTopic(plausi, columnName(material, "material name"));
     PlausiContext context(nullptr);
     RuntimeContext runtime(&context, plausi);
     std::vector<bool> out;
@@ -1149,7 +1151,7 @@ PYBIND11_MODULE(_quorel, m) {
            py::arg("jobs"))
       .def("check", &Checker::check, py::arg("record"))
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("chunks"))
-      .def("_text_fields", &Checker::textFields, py::arg("names"))
+      .def("_text_fields", &Checker::textFields, py::arg("names"), py::arg("material") = py::none())
       .def("_report_columns", &Checker::reportColumnNames, py::arg("names"))
       .def("_report_source_columns", &Checker::reportSourceColumns, py::arg("source"))
       .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"),

@@ -145,6 +145,9 @@ class Checker:
         self._engine = _quorel.Checker(module, _name(flow, "flow"), weight_level, materials, dict(init or {}),
                                        None if log is None else _path(log), log_level, bool(strict),
                                        str(encoding), self._warn, _jobs(jobs, log))
+        for name, where in materials.items():
+            if hasattr(where, "dtypes"):  # a DataFrame
+                self._warn_number_columns(where, [str(c) for c in where.columns], material=name)
 
     def check(self, record):
         """Checks one record, a mapping of hierarchy texts to values, and
@@ -176,27 +179,35 @@ class Checker:
         self._warn_number_columns(records, names, by_type=True)
         self._engine._report_columns(names)
 
-    def _warn_number_columns(self, records, names, by_type=False):
+    def _warn_number_columns(self, records, names, by_type=False, material=None):
         """A ColumnWarning, once per column, for a column of numbers whose
         field the rules read as text: a frame read without dtype=str has
         made 00340220 the number 340220, and the text is not to be had. A
         column of none but missing values holds no numbers, unless by_type
-        says that its type stands for rows read elsewhere."""
+        says that its type stands for rows read elsewhere. For the frame of
+        the material of that name, a MaterialWarning instead: the rules
+        look up such a text and miss."""
         import pandas as pd
         if not self._warn:
             return
+        seen = self._number_columns if material is None else set()
         numbers = [i for i, c in enumerate(records.columns)
-                   if names[i] not in self._number_columns and pd.api.types.is_numeric_dtype(records[c])
-                   and not pd.api.types.is_bool_dtype(records[c]) and (by_type or records[c].notna().any())]
+                   if names[i] not in seen and pd.api.types.is_numeric_dtype(records.iloc[:, i])
+                   and not pd.api.types.is_bool_dtype(records.iloc[:, i])
+                   and (by_type or records.iloc[:, i].notna().any())]
         if not numbers:
             return
-        texts = self._engine._text_fields([names[i] for i in numbers])
+        texts = self._engine._text_fields([names[i] for i in numbers], material)
         for i, text in zip(numbers, texts):
-            self._number_columns.add(names[i])
+            seen.add(names[i])
             if text:
-                warnings.warn("column %s holds numbers (%s) where the rules read a text, so leading zeros and "
-                              "the form of the text are lost: read the records with dtype=str"
-                              % (names[i], records.dtypes.iloc[i]), ColumnWarning, stacklevel=4)
+                told = ("column %s holds numbers (%s) where the rules read a text, so leading zeros and the form "
+                        "of the text are lost: read the %s with dtype=str"
+                        % (names[i], records.dtypes.iloc[i], "records" if material is None else "material"))
+                if material is None:
+                    warnings.warn(told, ColumnWarning, stacklevel=4)
+                else:
+                    warnings.warn("material %s: %s" % (material, told), MaterialWarning, stacklevel=3)
 
     def _check_rows(self, source, offset, limit, part=None):
         """The problems of rows [offset, offset + limit) of a database source

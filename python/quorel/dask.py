@@ -168,10 +168,13 @@ def check(records, module, module_name=None, materials=None, npartitions=None, b
 # The largest material file that the client loads to check it as the
 # workers will load it.
 MATERIAL_AT_HAND = 64 << 20
+# The rows of a material DataFrame that the client checks it by.
+MATERIAL_ROWS_AT_HAND = 1000
 
 
 def _at_hand(material):
-    """What the client checks a material by: a DataFrame's columns; a CSV
+    """What the client checks a material by: a DataFrame's columns and first
+    rows (a column of numbers where the rules read a text warns); a CSV
     file that the client reaches and that is small enough to load once more,
     itself, so that its columns and encoding are told as check_frame tells
     them; else nothing but its name. A file or database that the workers
@@ -179,7 +182,8 @@ def _at_hand(material):
     mistake fails the computation with its message, but a warning goes
     unseen."""
     if isinstance(material, pd.DataFrame):
-        return material.iloc[:0]
+        # Rows enough to show a column of numbers where the rules read a text.
+        return material.head(MATERIAL_ROWS_AT_HAND)
     if isinstance(material, (str, os.PathLike)) and not quorel._quorel._names_database(os.fspath(material)):
         path = os.fspath(material)
         if os.path.isfile(path) and os.path.getsize(path) <= MATERIAL_AT_HAND:

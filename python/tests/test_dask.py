@@ -222,6 +222,11 @@ def test_warnings_reach_the_client_once(partitions, antrag_library, gemeinden, r
     with warnings.catch_warnings():
         warnings.simplefilter("error", quorel.MaterialWarning)
         assert len(result.compute(scheduler="sync")) > 0
+    # So are its postcodes read as numbers, which have lost their leading zeros.
+    numbers = table.drop(columns="Gemeinden.Kreis").astype({"Gemeinden.PLZ": int})
+    with pytest.warns(quorel.MaterialWarning, match="column Gemeinden.PLZ holds numbers") as caught:
+        quorel.dask.check(partitions, os.path.join(rules_dir, "antrag.qr"), materials={"Gemeinden": numbers})
+    assert len(caught) == 1
     # A material file at hand is loaded here once to tell its columns and
     # its encoding, here in UTF-8 where Windows-1252 is expected.
     at_hand = os.path.join(os.path.dirname(partitions), "gemeinden_kreis.csv")

@@ -118,6 +118,15 @@ def test_a_materials_columns_are_checked_against_its_fields(module, gemeinden, t
         quorel.Checker(module, materials={"Gemeinden": extra})
     with pytest.raises(ValueError, match=stray):
         quorel.Checker(module, materials={"Gemeinden": extra}, strict=True)
+    # Postcodes read as numbers have lost their leading zeros: lookups of the texts would miss.
+    numbers = pd.DataFrame({"Gemeinden.PLZ": [1067, 10115], "Gemeinden.Ort": ["Dresden", "Berlin"]})
+    lost = ("material Gemeinden: column Gemeinden.PLZ holds numbers (int64) where the rules read a text, so leading "
+            "zeros and the form of the text are lost: read the material with dtype=str")
+    with pytest.warns(quorel.MaterialWarning, match=re.escape(lost)):
+        quorel.Checker(module, materials={"Gemeinden": numbers})
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        quorel.Checker(module, materials={"Gemeinden": numbers.astype(str)})
     # A column given twice, in a frame as in a file: a record keeps one cell per column.
     twice = pd.concat([extra.drop(columns="Gemeinden.Kreis"), extra[["Gemeinden.Ort"]]], axis=1)
     with pytest.raises(ValueError, match=r"^material Gemeinden: column Gemeinden.Ort appears 2 times in the header "
