@@ -55,6 +55,7 @@
 #include "imported.h"
 #include "problem_columns.h"
 #include "row_slices.h"
+#include "signal_watch.h"
 #ifdef QUOREL_HOST_SQL
 #include "quorel/host/sql/sql_material_access.h"
 #include "quorel/host/sql/sql_row_source.h"
@@ -654,6 +655,7 @@ class Checker {
     };
     bool failed = false;
     std::string reason;  // why the source could not be read on
+    SignalWatch signals;
     {
       py::gil_scoped_release release;
       CheckerPool::Lease lease(pool_.get(), jobs_);
@@ -661,6 +663,7 @@ class Checker {
       std::vector<Slice> slots(slices.slots());
       std::int64_t next = offset;  // a slice of a database counts on from its offset
       auto fill = [&](std::size_t s) {
+        signals.check();
         Slice &slice = slots[s];
         slice.first = next;
         for (slice.size = 0; slice.size < kSourceSlice; ++slice.size) {

@@ -169,3 +169,41 @@ def test_a_file_that_fails_midway_is_named_with_its_line(umfrage_library, tmp_pa
     assert ran.returncode == 0, ran.stderr
     told = "cannot read %s after line %d: Input/output error\n" % (path, text[:20000].count("\n"))
     assert ran.stdout == told * 2
+
+
+def test_ctrl_c_stops_a_check_of_a_file(umfrage, tmp_path):
+    import _thread
+    import threading
+    import time
+    # A pipe that a thread keeps filling: only an interrupt ends the check,
+    # or the thread's stop after ten seconds, which the check must not wait for.
+    path = tmp_path / "endlos.csv"
+    os.mkfifo(path)
+    for jobs in (1, 2):
+        stop = threading.Event()
+
+        def feed():
+            try:
+                with open(path, "w", encoding="cp1252") as out:
+                    out.write("Umfrage.Name;Umfrage.Alter\n")
+                    while not stop.is_set():
+                        out.write("Name;10\n" * 1000)
+            except BrokenPipeError:
+                pass
+
+        feeder = threading.Thread(target=feed)
+        feeder.start()
+        safety = threading.Timer(10, stop.set)
+        safety.start()
+        timer = threading.Timer(0.2, _thread.interrupt_main)
+        timer.start()
+        began = time.monotonic()
+        try:
+            with pytest.raises(KeyboardInterrupt):
+                quorel.check_frame(str(path), umfrage, jobs=jobs)
+            assert time.monotonic() - began < 5
+        finally:
+            timer.cancel()
+            safety.cancel()
+            stop.set()
+            feeder.join()
