@@ -4,9 +4,10 @@
 // now and then, the thread that called in takes the GIL and lets Python run
 // the handlers that are due. A handler that raises (KeyboardInterrupt) makes
 // check() throw error_already_set, which stops the run (see RowSlices::run)
-// and reaches the caller. On any other thread check() does nothing: Python
-// runs signal handlers on the main thread alone. Made on the calling thread,
-// with the GIL held.
+// and reaches the caller. Python runs signal handlers on the main thread
+// alone: called from any other (a Dask worker's), the watch never takes the
+// GIL, which that process's other threads may hold. Made on the calling
+// thread, with the GIL held.
 
 #ifndef QUOREL_PYTHON_SIGNAL_WATCH_H_
 #define QUOREL_PYTHON_SIGNAL_WATCH_H_
@@ -20,7 +21,10 @@ namespace python {
 
 class SignalWatch {
  public:
-  SignalWatch() : caller_(std::this_thread::get_id()) {}
+  SignalWatch()
+      : caller_(std::this_thread::get_id()),
+        active_(pybind11::module_::import("threading").attr("main_thread")().attr("ident").cast<unsigned long>() ==
+                PyThread_get_thread_ident()) {}
 
   SignalWatch(const SignalWatch &) = delete;
   SignalWatch &operator=(const SignalWatch &) = delete;
@@ -28,7 +32,7 @@ class SignalWatch {
   // Called once per slice of rows, so that the GIL is taken every
   // kEverySlices slices alone.
   void check() {
-    if (std::this_thread::get_id() != caller_ || ++calls_ % kEverySlices != 0) return;
+    if (!active_ || std::this_thread::get_id() != caller_ || ++calls_ % kEverySlices != 0) return;
     pybind11::gil_scoped_acquire gil;
     if (PyErr_CheckSignals() != 0) throw pybind11::error_already_set();
   }
@@ -37,6 +41,7 @@ class SignalWatch {
   static constexpr unsigned kEverySlices = 8;
 
   const std::thread::id caller_;
+  const bool active_;   // called on the main thread
   unsigned calls_ = 0;  // by the calling thread
 };
 
