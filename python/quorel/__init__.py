@@ -167,6 +167,9 @@ class Checker:
             raise TypeError("records must be a pandas DataFrame, a CSV path or a connection string, not %s"
                             % type(records).__name__)
         names = [str(c) for c in records.columns]
+        if not names and len(records):
+            raise RecordError("the frame has %d rows but no columns, so each row would be checked as if it were "
+                              "empty" % len(records))
         self._warn_number_columns(records, names)
         out = self._engine._check_columns(names, _column_chunks(records))
         rows = out["row"]

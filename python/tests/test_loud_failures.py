@@ -112,6 +112,10 @@ def test_columns_that_name_no_field_warn_once_or_fail_when_strict(umfrage, umfra
         strict.check_frame(bare)
     with pytest.warns(quorel.ColumnWarning):
         assert checker.check({"Kennung": "7"}).ok is False
+    # So would rows without columns at all.
+    with pytest.raises(quorel.RecordError, match="the frame has 3 rows but no columns"):
+        checker.check_frame(pd.DataFrame(index=range(3)))
+    assert len(checker.check_frame(pd.DataFrame())) == 0
 
 
 def test_a_column_name_given_twice_is_refused_at_the_start(umfrage, umfragen, tmp_path):
