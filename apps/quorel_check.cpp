@@ -25,7 +25,9 @@
 // the module queries that is not given or one given twice, a material's file
 // of which no column names a field of the material, and a flow the module
 // does not run are refused; without --flow
-// the module's first declared flow runs.
+// the module's first declared flow runs. A database column of numbers whose
+// field the rules read as text (a postcode stored as INTEGER, its leading
+// zeros gone) is a warning whatever --strict says: the data is as it is.
 //
 // Every record is checked or reported as not checked with its place and the
 // reason; the text output ends with the problems per id and the counts. On a
@@ -629,6 +631,13 @@ int main(int argc, char **argv) {
     return fail(records->name() + ": " + quorel::host::noColumnRead());
   }
   if (options.strict && !columnFaults.empty()) return 2;
+#ifdef QUOREL_HOST_SQL
+  if (auto *table = dynamic_cast<const quorel::host::SqlRowSource *>(records.get())) {
+    for (const std::string &warning : quorel::host::numberColumnsForTexts(*table, workers[0]->checker().plausi())) {
+      std::cerr << "quorel-check: warning: " << quorel::host::toUtf8(warning.c_str()) << "\n";
+    }
+  }
+#endif
 
   quorel::host::BufferedWriter out(STDOUT_FILENO);
   // Problems on the same terminal would break into the progress line.

@@ -131,6 +131,34 @@ std::string ColumnCheck::check(const std::string &column, std::vector<std::strin
   return std::string();
 }
 
+bool ColumnCheck::readsText(const std::string &column) {
+  std::size_t dot = column.find('.');
+  if (root_ == nullptr || dot == std::string::npos || !RecordLayout::arrayOf(column).empty() ||
+      column.compare(0, dot, root_->getTypeDescriptor()->getFieldNameTopic()) != 0) {
+    return false;
+  }
+  FieldDescriptor *field = nullptr;
+  try {
+    field = root_->getField(&runtime_, column.c_str() + dot + 1);
+  } catch (const PlausiException &) {
+    return false;  // names no field; check() says so
+  }
+  TypeDescriptor *type = field != nullptr ? field->getTypeDescriptor() : nullptr;
+  if (type == nullptr) return false;
+  switch (type->getFieldType()) {
+    case FieldTypeText:
+    case FieldTypeDate:
+    case FieldTypeFree: return true;
+    case FieldTypeTopic: return false;
+    default: return type->getMask() != nullptr;
+  }
+}
+
+std::string numbersForText(const std::string &column, const std::string &type, const std::string &remedy) {
+  return "column " + column + " holds numbers (" + type + ") where the rules read a text, so leading zeros and "
+         "the form of the text are lost: " + remedy;
+}
+
 std::string noColumnRead() {
   return "none of the columns names a field that the module reads, so each record would be checked as if it "
          "were empty";

@@ -47,6 +47,11 @@ class ColumnCheck {
   // since without one the array has no elements and the cell is never read.
   std::string check(const std::string &column, std::vector<std::string> *sizes = nullptr);
 
+  // Whether the column names a field whose value the record holds as text:
+  // a text, date or free field, or a number under a mask. Cells of numbers
+  // lose the form of such texts (leading zeros, the mask's separators).
+  bool readsText(const std::string &column);
+
  private:
   // The field name within topic, or null.
   FieldDescriptor *lookUp(Topic *topic, const std::string &name);
@@ -62,6 +67,11 @@ class ColumnCheck {
 // would be checked as if it were empty (a header without the topic's name,
 // say). It is an error whatever strict says.
 std::string noColumnRead();
+
+// What a table is told of a column whose cells are numbers (of type, as the
+// table's source names it) where readsText: the rules compare and look up
+// texts that have lost their form. remedy says what to do.
+std::string numbersForText(const std::string &column, const std::string &type, const std::string &remedy);
 
 }  // namespace host
 }  // namespace quorel

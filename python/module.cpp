@@ -23,6 +23,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <tuple>
 #include <string>
 #include <thread>
@@ -628,6 +629,7 @@ class Checker {
     reportEncoding(*rows);
     refuseRepeatedColumns(rows->columns());
     reportColumns(rows->columns(), true);
+    reportNumberColumns(*rows);
   }
 
   // The same for the rows of a CSV file or a database source (a connection
@@ -645,6 +647,7 @@ class Checker {
     reportEncoding(*rows);
     refuseRepeatedColumns(rows->columns());
     reportColumns(rows->columns(), true);
+    reportNumberColumns(*rows);
     host::RecordLayout layout(rows->columns());
     ProblemColumns frame;
     // A slice of the source's rows, the first labelled first.
@@ -703,35 +706,24 @@ class Checker {
     return frame.finish();
   }
 
-  // For each column, whether it names a field whose value the record holds
-  // as text: a text, date or free field, or a number under a mask. A number
-  // column would lose the form of such texts (leading zeros, the mask's
-  // separators). The fields are the records', or those of the material of
-  // that name.
-  std::vector<bool> textFields(const py::list &names, const py::object &material) {
+  // For each column of numbers (of the dtype in types), the text of its
+  // warning when it names a field whose value the record holds as text
+  // (ColumnCheck::readsText), else "". The fields are the records', or
+  // those of the material of that name.
+  std::vector<std::string> numberWarnings(const py::list &names, const py::list &types, const py::object &material) {
     std::shared_ptr<host::Checker> checker = pool_->forThisThread();
     Plausi *plausi = checker->plausi();
-    Topic *root = material.is_none() ? plausi->getRootTopic()
-                                     : host::materialTopic(plausi, columnName(material, "material name"));
-    PlausiContext context(nullptr);
-    RuntimeContext runtime(&context, plausi);
-    std::vector<bool> out;
-    for (const auto &name : names) {
-      std::string column = columnName(name);
-      std::size_t dot = column.find('.');
-      FieldDescriptor *field = nullptr;
-      if (root != nullptr && dot != std::string::npos && column.back() != '#' &&
-          column.compare(0, dot, root->getTypeDescriptor()->getFieldNameTopic()) == 0) {
-        try {
-          field = root->getField(&runtime, column.c_str() + dot + 1);
-        } catch (const PlausiException &) {
-          // names no field; ColumnCheck says so
-        }
-      }
-      TypeDescriptor *type = field != nullptr ? field->getTypeDescriptor() : nullptr;
-      FieldType kind = type != nullptr ? type->getFieldType() : FieldTypeTopic;
-      out.push_back(kind == FieldTypeText || kind == FieldTypeDate || kind == FieldTypeFree ||
-                    (type != nullptr && kind != FieldTypeTopic && type->getMask() != nullptr));
+    host::ColumnCheck check = material.is_none()
+                                  ? host::ColumnCheck(plausi)
+                                  : host::ColumnCheck(plausi, host::materialTopic(plausi, columnName(material, "material name")));
+    std::vector<std::string> out;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      std::string column = columnName(names[i]);
+      out.push_back(check.readsText(column)
+                        ? host::toUtf8(host::numbersForText(column, columnName(types[i]), std::string("read the ") +
+                                                            (material.is_none() ? "records" : "material") +
+                                                            " with dtype=str").c_str())
+                        : std::string());
     }
     return out;
   }
@@ -906,6 +898,24 @@ class Checker {
     if (!faults.empty()) raiseRecordError(faults);
   }
 
+  // A ColumnWarning, once per column and checker, for each column of a
+  // database source that holds numbers alone where the rules read a text
+  // (see host::numberColumnsForTexts).
+  void reportNumberColumns(const host::RowSource &rows) {
+#ifdef QUOREL_HOST_SQL
+    auto *table = dynamic_cast<const host::SqlRowSource *>(&rows);
+    if (table == nullptr || !warn_) return;
+    for (const std::string &warning : host::numberColumnsForTexts(*table, pool_->forThisThread()->plausi())) {
+      if (numberColumnsTold_.insert(warning).second &&
+          PyErr_WarnEx(columnWarningType.ptr(), host::toUtf8(warning.c_str()).c_str(), 2) != 0) {
+        throw py::error_already_set();  // warnings turned into errors
+      }
+    }
+#else
+    static_cast<void>(rows);
+#endif
+  }
+
   // The init params given against those a rule file reads: ValueError when
   // strict, else an InitWarning for each it never reads.
   void checkInits() {
@@ -1053,6 +1063,8 @@ class Checker {
   // Why each column met so far names nothing the module reads ("" when it
   // names a field), as a warning's text.
   std::unordered_map<std::string, std::string> verdicts_;
+  // The warnings of database columns of numbers given so far.
+  std::set<std::string> numberColumnsTold_;
   // The columns of each material given as a table, for checkMaterials.
   struct TableColumns {
     std::string material;
@@ -1154,7 +1166,8 @@ PYBIND11_MODULE(_quorel, m) {
            py::arg("jobs"))
       .def("check", &Checker::check, py::arg("record"))
       .def("_check_columns", &Checker::checkColumns, py::arg("names"), py::arg("chunks"))
-      .def("_text_fields", &Checker::textFields, py::arg("names"), py::arg("material") = py::none())
+      .def("_number_warnings", &Checker::numberWarnings, py::arg("names"), py::arg("types"),
+           py::arg("material") = py::none())
       .def("_report_columns", &Checker::reportColumnNames, py::arg("names"))
       .def("_report_source_columns", &Checker::reportSourceColumns, py::arg("source"))
       .def("_check_source", &Checker::checkSource, py::arg("source"), py::arg("offset"), py::arg("limit"),

@@ -36,6 +36,20 @@ SqlCellKind kindOf(Oid type) {
   }
 }
 
+// The name of a type of numbers, as a user declares it, or "" for another.
+const char *numberTypeOf(Oid type) {
+  switch (type) {
+    case kInt2: return "smallint";
+    case kInt4: return "integer";
+    case kInt8: return "bigint";
+    case kOid: return "oid";
+    case kFloat4: return "real";
+    case kFloat8: return "double precision";
+    case kNumeric: return "numeric";
+    default: return "";
+  }
+}
+
 std::string errorOf(PGconn *connection) {
   std::string message = PQerrorMessage(connection);
   while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
@@ -55,6 +69,7 @@ class PostgresqlStatement : public SqlStatement {
 
   int columnCount() const override { return static_cast<int>(names_.size()); }
   const std::string &columnName(int column) const override { return names_[column]; }
+  const std::string &numberType(int column) const override { return numberTypes_[column]; }
   SqlCellKind kind(int column) override {
     return PQgetisnull(row_, 0, column) ? SqlCellKind::kNull : kinds_[column];
   }
@@ -65,7 +80,7 @@ class PostgresqlStatement : public SqlStatement {
  private:
   PostgresqlConnection *owner_;
   std::string name_;
-  std::vector<std::string> names_;
+  std::vector<std::string> names_, numberTypes_;
   std::vector<SqlCellKind> kinds_;
   PGresult *row_ = nullptr;
 };
@@ -139,6 +154,7 @@ PostgresqlStatement::PostgresqlStatement(PostgresqlConnection *owner, std::strin
   for (int i = 0; i < PQnfields(description); ++i) {
     names_.push_back(PQfname(description, i));
     kinds_.push_back(kindOf(PQftype(description, i)));
+    numberTypes_.push_back(numberTypeOf(PQftype(description, i)));
   }
   PQclear(description);
 }

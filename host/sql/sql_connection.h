@@ -53,6 +53,11 @@ class SqlStatement {
   // The result's columns, known once prepared.
   virtual int columnCount() const = 0;
   virtual const std::string &columnName(int column) const = 0;
+  // The column's declared type when it holds numbers alone (INTEGER,
+  // NUMERIC, double precision), else empty: a text of digits stored in such
+  // a column has lost its leading zeros in the database already. A column
+  // that a query computes may declare nothing.
+  virtual const std::string &numberType(int column) const = 0;
   // A cell of the current row: its kind and its text as the database writes
   // it (1 and 2.5 and 2024-01-31 and t; empty for NULL).
   virtual SqlCellKind kind(int column) = 0;

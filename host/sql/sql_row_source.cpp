@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "quorel/host/column_check.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/sql/sql_cells.h"
 #include "quorel/host/sql/sql_connection.h"
@@ -85,6 +86,8 @@ std::unique_ptr<SqlRowSource> SqlRowSource::open(const SqlSource &source, std::s
   for (int i = 0; i < rows->statement_->columnCount(); ++i) {
     const std::string &name = rows->statement_->columnName(i);
     rows->columns_.push_back(options.utf8 ? name : messageText(name));
+    rows->numberTypes_.push_back(options.utf8 ? rows->statement_->numberType(i)
+                                              : messageText(rows->statement_->numberType(i)));
   }
   rows->table_ = source.table.empty() ? "(query)" : source.table;
   rows->name_ = source.where() + (source.table.empty() ? "" : "?table=" + source.table);
@@ -130,6 +133,20 @@ bool SqlRowSource::next(Row *row) {
     if (read == CellRead::kFailed && row->error.empty()) row->error = message;
   }
   return true;
+}
+
+std::vector<std::string> numberColumnsForTexts(const SqlRowSource &rows, Plausi *plausi) {
+  std::vector<std::string> warnings;
+  std::unique_ptr<ColumnCheck> check;  // made for the first column of numbers
+  for (std::size_t i = 0; i < rows.columns().size(); ++i) {
+    if (rows.numberTypes()[i].empty()) continue;
+    if (check == nullptr) check = std::make_unique<ColumnCheck>(plausi);
+    if (check->readsText(rows.columns()[i])) {
+      warnings.push_back(numbersForText(rows.columns()[i], rows.numberTypes()[i],
+                                        "store the values in a column of text, as they were written"));
+    }
+  }
+  return warnings;
 }
 
 }  // namespace host

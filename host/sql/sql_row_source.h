@@ -17,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include <quorel/quorel.h>
+
 #include "quorel/host/row_source.h"
 #include "quorel/host/sql/sql_source.h"
 
@@ -50,6 +52,9 @@ class SqlRowSource : public RowSource {
   static bool count(const SqlSource &source, std::int64_t *count, std::string *message);
 
   const std::vector<std::string> &columns() const override { return columns_; }
+  // For each column, its declared type when it holds numbers alone, else
+  // empty (SqlStatement::numberType).
+  const std::vector<std::string> &numberTypes() const { return numberTypes_; }
   bool next(Row *row) override;
   const std::string &name() const override { return name_; }
   bool failed() const override { return failed_; }
@@ -59,13 +64,19 @@ class SqlRowSource : public RowSource {
 
   std::unique_ptr<SqlConnection> connection_;
   std::unique_ptr<SqlStatement> statement_;
-  std::vector<std::string> columns_;
+  std::vector<std::string> columns_, numberTypes_;
   std::string name_, table_;
   bool utf8_ = false;
   bool ended_ = false;
   bool failed_ = false;
   std::int64_t read_ = 0;
 };
+
+// One warning for each column of the rows that holds numbers alone where the
+// module's rules read a text (ColumnCheck::readsText): a postcode stored as
+// INTEGER has lost its leading zeros before any record is read, and every
+// lookup of it misses. In the columns' encoding.
+std::vector<std::string> numberColumnsForTexts(const SqlRowSource &rows, Plausi *plausi);
 
 }  // namespace host
 }  // namespace quorel

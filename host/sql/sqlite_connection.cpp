@@ -17,11 +17,28 @@ namespace host {
 
 namespace {
 
-bool declaredDate(const char *declared) {
-  if (declared == nullptr) return false;
+std::string upperCase(const char *declared) {
   std::string upper;
   for (const char *c = declared; *c != '\0'; ++c) upper += static_cast<char>(*c >= 'a' && *c <= 'z' ? *c - 32 : *c);
+  return upper;
+}
+
+bool declaredDate(const char *declared) {
+  if (declared == nullptr) return false;
+  std::string upper = upperCase(declared);
   return upper.find("DATE") != std::string::npos && upper.find("TIME") == std::string::npos;
+}
+
+// Whether a column declared so turns a text of digits into a number as it
+// stores it: SQLite's integer and real affinities, and the numeric one of
+// the types that name numbers (not DATE or BOOLEAN, which share it).
+bool declaredNumber(const char *declared) {
+  if (declared == nullptr) return false;
+  std::string upper = upperCase(declared);
+  auto has = [&upper](const char *part) { return upper.find(part) != std::string::npos; };
+  if (has("INT")) return true;
+  if (has("CHAR") || has("CLOB") || has("TEXT") || has("BLOB")) return false;
+  return has("REAL") || has("FLOA") || has("DOUB") || has("NUM") || has("DEC");
 }
 
 class SqliteStatement : public SqlStatement {
@@ -30,7 +47,9 @@ class SqliteStatement : public SqlStatement {
     for (int i = 0; i < sqlite3_column_count(statement); ++i) {
       const char *name = sqlite3_column_name(statement, i);
       names_.push_back(name != nullptr ? name : "");
-      dates_.push_back(declaredDate(sqlite3_column_decltype(statement, i)));
+      const char *declared = sqlite3_column_decltype(statement, i);
+      dates_.push_back(declaredDate(declared));
+      numberTypes_.push_back(declaredNumber(declared) ? declared : "");
     }
   }
   ~SqliteStatement() override { sqlite3_finalize(statement_); }
@@ -70,6 +89,7 @@ class SqliteStatement : public SqlStatement {
 
   int columnCount() const override { return static_cast<int>(names_.size()); }
   const std::string &columnName(int column) const override { return names_[column]; }
+  const std::string &numberType(int column) const override { return numberTypes_[column]; }
 
   SqlCellKind kind(int column) override {
     switch (sqlite3_column_type(statement_, column)) {
@@ -91,7 +111,7 @@ class SqliteStatement : public SqlStatement {
  private:
   sqlite3 *db_;
   sqlite3_stmt *statement_;
-  std::vector<std::string> names_;
+  std::vector<std::string> names_, numberTypes_;
   std::vector<bool> dates_;
 };
 

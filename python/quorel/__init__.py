@@ -200,13 +200,11 @@ class Checker:
                    and (by_type or records.iloc[:, i].notna().any())]
         if not numbers:
             return
-        texts = self._engine._text_fields([names[i] for i in numbers], material)
-        for i, text in zip(numbers, texts):
+        told_all = self._engine._number_warnings([names[i] for i in numbers],
+                                                 [str(records.dtypes.iloc[i]) for i in numbers], material)
+        for i, told in zip(numbers, told_all):
             seen.add(names[i])
-            if text:
-                told = ("column %s holds numbers (%s) where the rules read a text, so leading zeros and the form "
-                        "of the text are lost: read the %s with dtype=str"
-                        % (names[i], records.dtypes.iloc[i], "records" if material is None else "material"))
+            if told:
                 if material is None:
                     warnings.warn(told, ColumnWarning, stacklevel=4)
                 else:

@@ -8,6 +8,7 @@ import shutil
 import sqlite3
 import subprocess
 import urllib.parse
+import warnings
 
 import pandas as pd
 import pytest
@@ -117,6 +118,25 @@ def test_tables_give_the_problems_of_the_csv_files(db, module, antraege, gemeind
                              materials={"Gemeinden": db.url(table="gemeinden")})
     assert set(got.index) == {0}
     assert list(got["id"]) == list(want.loc[1, "id"])
+
+
+def test_numbers_where_the_rules_read_a_text_warn_once(db, module, antraege, gemeinden):
+    # A postcode stored as a number has lost its leading zeros in the
+    # database; sizes of numbers are what the rules expect.
+    store_antraege(db, antraege)
+    db.create("zahlen", [("Antrag.Adresse.PLZ", "INTEGER"), ("Antrag.Kinder#", "INTEGER")], [["01067", 0]])
+    checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    with warnings.catch_warnings():
+        warnings.simplefilter("error", quorel.ColumnWarning)
+        checker.check_frame(db.url(table="antraege"))
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        checker.check_frame(db.url(table="zahlen"))
+        checker.check_frame(db.url(table="zahlen"))
+    assert [str(w.message) for w in caught if w.category is quorel.ColumnWarning] == [
+        "column Antrag.Adresse.PLZ holds numbers (%s) where the rules read a text, so leading zeros and the form of "
+        "the text are lost: store the values in a column of text, as they were written"
+        % ("INTEGER" if db.backend == "sqlite" else "integer")]
 
 
 def test_umlauts_nulls_and_cells_that_cannot_be_fields(db, module):
