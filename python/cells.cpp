@@ -86,15 +86,30 @@ std::int64_t sizeOfText(std::string_view text) {
 
 // The size a cell of a '#' column gives, -1 for none.
 std::int64_t sizeOf(const py::handle &cell, const std::string &text) {
-  std::int64_t size = -1;
   if (PyBool_Check(cell.ptr()) == 0 && PyLong_Check(cell.ptr())) {
-    size = cell.cast<std::int64_t>();
-  } else if (PyFloat_Check(cell.ptr()) && std::floor(cell.cast<double>()) == cell.cast<double>()) {
-    size = static_cast<std::int64_t>(cell.cast<double>());
-  } else if (py::isinstance<py::str>(cell)) {
-    return sizeOfText(text);
+    int overflow = 0;
+    long long size = PyLong_AsLongLongAndOverflow(cell.ptr(), &overflow);
+    return overflow != 0 || size < 0 || size > host::kMaxArraySize ? -1 : size;
   }
-  return size > host::kMaxArraySize ? -1 : size;
+  if (PyFloat_Check(cell.ptr())) {
+    // Compared before it is cast: a double beyond 64 bits has no integer.
+    double size = PyFloat_AS_DOUBLE(cell.ptr());
+    bool whole = std::floor(size) == size && size >= 0 && size <= static_cast<double>(host::kMaxArraySize);
+    return whole ? static_cast<std::int64_t>(size) : -1;
+  }
+  if (py::isinstance<py::str>(cell)) return sizeOfText(text);
+  return -1;
+}
+
+// Whether the cell is a numpy scalar (numpy.int64(2), an element of a
+// pandas Int64 column), whose item() is the Python value it stands for;
+// an array is none. Python's own numbers and texts are asked first: they
+// are the common cells, and each attribute that they lack costs an error.
+bool isNumpyScalar(const py::handle &cell) {
+  PyObject *object = cell.ptr();
+  if (PyLong_Check(object) || PyFloat_Check(object) || PyUnicode_Check(object)) return false;
+  return py::hasattr(cell, "item") && py::hasattr(cell, "dtype") &&
+         (!py::hasattr(cell, "ndim") || py::int_(cell.attr("ndim")).cast<int>() == 0);
 }
 
 // position: in characters, as Python counts.
@@ -164,6 +179,13 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
   if (readPlainCell(at, cell.ptr(), out)) return;
   out->kind = Cell::kEmpty;
   if (isMissing(cell)) return;
+  if (isNumpyScalar(cell)) {
+    py::object item = cell.attr("item")();
+    readCell(at, item, out);
+    // The item goes with this call, and with it the text read from it.
+    if (out->kind == Cell::kText || out->kind == Cell::kSize) out->keep(std::string(out->text));
+    return;
+  }
   if (!at.array.empty()) {
     std::string text = py::str(cell).cast<std::string>();
     out->kind = Cell::kSize;
@@ -189,12 +211,6 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
     out->keep(encode(cell, at.utf8));
   } else if (isDate(cell)) {
     out->keep(germanDate(cell));
-  } else if (py::hasattr(cell, "item") && py::hasattr(cell, "dtype") &&
-             (!py::hasattr(cell, "ndim") || py::int_(cell.attr("ndim")).cast<int>() == 0)) {
-    py::object item = cell.attr("item")();  // of a numpy scalar, not an array
-    readCell(at, item, out);
-    // The item goes with this call, and with it the text read from it.
-    if (out->kind == Cell::kText || out->kind == Cell::kSize) out->keep(std::string(out->text));
   } else {
     throw CellError{at.utf8 + ": a value of type " +
                     py::str(py::type::of(cell).attr("__name__")).cast<std::string>() + " cannot be a field"};

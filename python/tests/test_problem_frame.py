@@ -125,13 +125,21 @@ def test_texts_read_where_python_keeps_them_or_copied_check_alike(module, gemein
 
 def test_a_size_is_a_whole_number_written_plainly(module, gemeinden, records):
     checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
+    # numpy's integers as Python's; numbers beyond 64 bits or beyond any
+    # integer are no size, and fail their row alone.
     sizes = ["2", "02", "+2", " 2", "2 ", "-1", "0", "100000", "100001", "2,0", "\xb2", "99999999999999999999", 2, 2.0,
-             2.5, True]
+             2.5, True, np.int64(2), np.uint8(2), np.float32(2.0), 10**30, -2**70, 1e300, -np.inf]
     rows = records.iloc[[1] * len(sizes)].reset_index(drop=True)
     rows["Antrag.Kinder#"] = pd.Series(sizes, dtype=object)
     failures = checker.check_frame(rows)["failure"].dropna()
-    assert list(failures.index) == [1, 2, 3, 4, 5, 8, 9, 10, 11, 14, 15]
+    assert list(failures.index) == [1, 2, 3, 4, 5, 8, 9, 10, 11, 14, 15, 19, 20, 21, 22]
     assert failures[1].endswith("is not a whole number from 0 to 100000: 02")
+    assert failures[19].endswith(": " + str(10**30))
+    # A nullable integer column holds numpy integers.
+    rows["Antrag.Kinder#"] = pd.array([2] * (len(sizes) - 1) + [None], dtype="Int64")
+    assert checker.check_frame(rows)["failure"].isna().all()
+    ids = lambda size: [p.id for p in checker.check({"Antrag.Kinder#": size}).problems]  # noqa: E731
+    assert ids(np.int32(2)) == ids(2) != ids(0)
 
 
 def test_an_empty_frame_and_a_frame_of_failures(module, gemeinden, records):
