@@ -101,17 +101,6 @@ std::int64_t sizeOf(const py::handle &cell, const std::string &text) {
   return -1;
 }
 
-// Whether the cell is a numpy scalar (numpy.int64(2), an element of a
-// pandas Int64 column), whose item() is the Python value it stands for;
-// an array is none. Python's own numbers and texts are asked first: they
-// are the common cells, and each attribute that they lack costs an error.
-bool isNumpyScalar(const py::handle &cell) {
-  PyObject *object = cell.ptr();
-  if (PyLong_Check(object) || PyFloat_Check(object) || PyUnicode_Check(object)) return false;
-  return py::hasattr(cell, "item") && py::hasattr(cell, "dtype") &&
-         (!py::hasattr(cell, "ndim") || py::int_(cell.attr("ndim")).cast<int>() == 0);
-}
-
 // position: in characters, as Python counts.
 [[noreturn]] void refuseCharacter(const std::string &what, std::size_t position) {
   throw CellError{what + ": the character at position " + std::to_string(position) + " is not in Windows-1252"};
@@ -127,6 +116,13 @@ std::size_t firstSurrogate(PyObject *text) {
 }
 
 }  // namespace
+
+bool isNumpyScalar(const py::handle &cell) {
+  PyObject *object = cell.ptr();
+  if (PyLong_Check(object) || PyFloat_Check(object) || PyUnicode_Check(object)) return false;
+  return py::hasattr(cell, "item") && py::hasattr(cell, "dtype") &&
+         (!py::hasattr(cell, "ndim") || py::int_(cell.attr("ndim")).cast<int>() == 0);
+}
 
 std::string encode(const py::handle &text, const std::string &what) {
   Py_ssize_t size = 0;

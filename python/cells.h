@@ -33,6 +33,12 @@ struct CellError {
 // for a character that the code page lacks (or a NUL).
 std::string encode(const pybind11::handle &text, const std::string &what);
 
+// Whether the value is a numpy scalar (numpy.int64(2), an element of a
+// pandas Int64 column), whose item() is the Python value it stands for; an
+// array is none. Python's own numbers and texts are asked first: they are
+// the common values, and each attribute that they lack costs an error.
+bool isNumpyScalar(const pybind11::handle &value);
+
 // A column of records, with what every cell of it needs worked out once: the
 // field name (Windows-1252), the same for messages (UTF-8), the array whose
 // size it gives, for a '#' column, and the record's key of the field or the

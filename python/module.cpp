@@ -236,8 +236,14 @@ std::shared_ptr<Value> initValueOf(const std::string &name, const py::handle &va
   try {
     if (PyBool_Check(value.ptr())) return std::make_shared<BoolValue>(value.cast<bool>());
     if (py::isinstance<py::int_>(value) || py::isinstance<py::float_>(value)) {
-      return std::make_shared<NumberValue>(value.cast<double>());
+      double number = PyFloat_AsDouble(value.ptr());  // of an int too
+      if (number == -1.0 && PyErr_Occurred() != nullptr) {
+        PyErr_Clear();
+        throw py::value_error("init value " + name + " is beyond the range of a number");
+      }
+      return std::make_shared<NumberValue>(number);
     }
+    if (isNumpyScalar(value)) return initValueOf(name, value.attr("item")());
     if (py::isinstance<py::str>(value)) return std::make_shared<StringValue>(encode(value, name).c_str());
   } catch (const CellError &e) {
     throw py::value_error(e.message);

@@ -93,33 +93,33 @@ class Checker:
     pandas.DataFrame, CSV path or connection string}, columns named by
     hierarchy text; a database material is queried where it lies (see
     check_frame for connection strings; DatabaseError when it cannot be
-    opened). A material that the module queries must be given (ValueError);
-    one that it never queries gives a MaterialWarning (ValueError with
+    opened). A material that the module queries must be given (ValueError); one
+    that it never queries gives a MaterialWarning (ValueError with
     strict=True), and so does a material's column that names no field of the
     material; a material none of whose columns names one is a ValueError. A
     database table without a column for one of the material's fields gives a
-    MaterialWarning (ValueError with strict=True); one without a column for
-    any of them is a ValueError. encoding: how CSV files (records and
-    materials) without a byte-order mark are read, "windows-1252" or "utf-8";
-    one with a UTF-8 byte-order mark is UTF-8. A file whose start looks like
-    the other encoding gives a FileEncodingWarning (ValueError with
-    strict=True) before any row is checked; so does, after a first megabyte of
-    ASCII alone, the first row beyond ASCII, which is read ahead for it within
-    the next 256 MB (and after the rows are checked beyond them). init: {name:
-    bool, int, float or str}. A name that a rule file never reads gives an
+    MaterialWarning (ValueError with strict=True); one without a column for any
+    of them is a ValueError. encoding: how CSV files (records and materials)
+    without a byte-order mark are read, "windows-1252" or "utf-8"; one with a
+    UTF-8 byte-order mark is UTF-8. A file whose start looks like the other
+    encoding gives a FileEncodingWarning (ValueError with strict=True) before
+    any row is checked; so does, after a first megabyte of ASCII alone, the
+    first row beyond ASCII, which is read ahead for it within the next 256 MB
+    (and after the rows are checked beyond them). init: {name: bool, int, float
+    or str, or numpy's of these}. A name that a rule file never reads gives an
     InitWarning (ValueError with strict=True); two names that the library keys
     alike (by a hash of the name) raise ValueError. log, log_level: a log file
     of the runs and its level (0 off ... 6 debug); with a log, runs on several
     threads take turns. A log file that cannot be written raises ValueError;
     one that cannot be written on (a full disk) gives a RuntimeWarning once,
     and the checks go on without it. A flow that a module declaring its flows
-    does not know raises ValueError. A column or key that names no field of
-    the module (or has an index beyond a size the module declares) gives a
+    does not know raises ValueError. A column or key that names no field of the
+    module (or has an index beyond a size the module declares) gives a
     ColumnWarning once; with strict=True it raises RecordError instead. A
-    frame, file or table none of whose columns names a field raises
-    RecordError whatever strict says. warn=False leaves out ColumnWarning,
-    MaterialWarning, InitWarning and FileEncodingWarning, for a front end that
-    gave them already (quorel.dask gives them once, on the client).
+    frame, file or table none of whose columns names a field raises RecordError
+    whatever strict says. warn=False leaves out ColumnWarning, MaterialWarning,
+    InitWarning and FileEncodingWarning, for a front end that gave them already
+    (quorel.dask gives them once, on the client).
 
     jobs: the threads that check the rows of one check_frame call (1 to 1024,
     as quorel-check --jobs), each with a rule set of its own; the problems

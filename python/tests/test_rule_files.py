@@ -4,6 +4,7 @@ import os
 import pickle
 import warnings
 
+import numpy as np
 import pandas as pd
 import pytest
 
@@ -114,6 +115,11 @@ def test_an_init_parameter_the_rule_file_never_reads_is_named_once(antrag_librar
         warnings.simplefilter("error")
         checker = quorel.Checker(module, init={"Grenze": 5})
     assert [p.id for p in checker.check({"R.Zahl": "9"}).problems] == ["Z-1"]
+    # numpy's numbers as Python's; a number beyond a double's range is refused.
+    for limit, ids in ((np.int64(5), ["Z-1"]), (np.float32(9.5), [])):
+        assert [p.id for p in quorel.Checker(module, init={"Grenze": limit}).check({"R.Zahl": "9"}).problems] == ids
+    with pytest.raises(ValueError, match="init value Grenze is beyond the range of a number"):
+        quorel.Checker(module, init={"Grenze": -10**400})
     with pytest.warns(quorel.InitWarning, match="init parameter Grenz is given, but rule file Grenzen reads no "
                                                 r"parameter of that name \(it reads: Grenze\)"):
         quorel.Checker(module, init={"Grenz": 5})
