@@ -9,6 +9,7 @@
 import operator
 import os
 import re
+import sys
 import warnings
 
 from ._errors import (ColumnWarning, DatabaseError, FileEncodingWarning, InitWarning, MaterialWarning, PlausiError,
@@ -61,10 +62,10 @@ class RuleModule(_quorel.RuleModule):
         return module
 
     def perform_function(self, name, record):
-        return super().perform_function(_name(name, "function name", optional=False), record)
+        return super().perform_function(_name(name, "function name", optional=False), _record(record))
 
     def check_field(self, name, record):
-        return super().check_field(_name(name, "field name", optional=False), record)
+        return super().check_field(_name(name, "field name", optional=False), _record(record))
 
     def __reduce__(self):
         if self._text is not None:
@@ -150,12 +151,13 @@ class Checker:
                 self._warn_number_columns(where, [str(c) for c in where.columns], material=name)
 
     def check(self, record):
-        """Checks one record, a mapping of hierarchy texts to values, and
-        gives a Result. Raises RecordError for a value that cannot be a field
-        (and with strict=True for a key that names no field), PlausiError
-        when the rules fail with the library's exception and RuleError when
-        they throw a C++ exception of their own."""
-        return self._engine.check(record)
+        """Checks one record, a mapping of hierarchy texts to values (a dict,
+        or a row of a frame as a pandas Series), and gives a Result. Raises
+        RecordError for a value that cannot be a field (and with strict=True
+        for a key that names no field), PlausiError when the rules fail with
+        the library's exception and RuleError when they throw a C++
+        exception of their own."""
+        return self._engine.check(_record(record))
 
     def check_frame(self, records):
         """The problems of every row of a DataFrame, a CSV file or a
@@ -226,6 +228,20 @@ def _first_surrogate(text):
     """The position of the text's first lone surrogate, or -1."""
     found = _SURROGATES.search(text)
     return found.start() if found else -1
+
+
+def _record(record):
+    """A pandas Series (a row of a frame, df.iloc[i]) as the mapping that a
+    record is; a label it gives twice raises ValueError, since a record
+    keeps one value per field. Anything else as it is."""
+    pd = sys.modules.get("pandas")
+    if pd is None or not isinstance(record, pd.Series):
+        return record
+    repeated = record.index[record.index.duplicated()].unique()
+    if len(repeated):
+        raise ValueError("the record gives %s more than once; it keeps one value per field"
+                         % ", ".join(str(label) for label in repeated))
+    return dict(record.items())
 
 
 def _name(name, what, optional=True):

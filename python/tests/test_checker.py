@@ -99,6 +99,13 @@ def test_result_and_problem_attributes(module, antraege, gemeinden):
     checker = quorel.Checker(module, flow="Pruefung", materials={"Gemeinden": gemeinden})
     result = checker.check(antraege.iloc[2].to_dict())
     assert not result.ok
+    # A row of a frame is a record as it stands; a label it repeats is refused.
+    assert [p.id for p in checker.check(antraege.iloc[2]).problems] == [p.id for p in result.problems]
+    twice = pd.concat([antraege.iloc[2], pd.Series({"Antrag.Antragsnummer": "AB-123456"})])
+    with pytest.raises(ValueError, match="the record gives Antrag.Antragsnummer more than once"):
+        checker.check(twice)
+    with pytest.raises(ValueError, match="more than once"):
+        module.perform_function("Nichts", twice)
     first = result.problems[0]
     assert (first.id, first.type, first.weight) == ("ANT-01", 1, 3)
     assert first.short_text == "Die Antragsnummer hat nicht die Form AA-123456."
