@@ -93,7 +93,8 @@ std::string Checker::checkFlow(const std::string &howToName) const {
   for (const char *const *flow = plausi_->getFlows(); *flow != nullptr; ++flow) {
     known += (known.empty() ? "" : ", ") + std::string(*flow);
   }
-  return "module " + settings_.module + " has no flow " + *flow_ + " (its flows: " + (known.empty() ? "none" : known) +
+  std::string named = flow_->empty() ? "with an empty name" : *flow_;
+  return "module " + settings_.module + " has no flow " + named + " (its flows: " + (known.empty() ? "none" : known) +
          ")";
 }
 

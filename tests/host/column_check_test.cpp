@@ -139,6 +139,9 @@ TEST(CheckerTest, TheDefaultFlowIsTheFirstDeclaredAndUnknownFlowsAreNamed) {
   settings.flow = "Antwort";
   EXPECT_EQ("module Umfrage has no flow Antwort (its flows: Pruefung, Antworten)",
             Checker(settings).checkFlow("-f"));
+  settings.flow = "";
+  EXPECT_EQ("module Umfrage has no flow with an empty name (its flows: Pruefung, Antworten)",
+            Checker(settings).checkFlow("-f"));
 }
 
 // The library keys init params by a hash of the name, so a second value
