@@ -3,9 +3,9 @@
 //
 //   quorel-check [options] LIBRARY MODULE RECORDS
 //
-// RECORDS is a CSV file, or a table or query of a database
-// (sqlite:FILE?table=T, postgresql://...?table=T, ...?query=SELECT...); so
-// is a material. --output writes the problems into a database table instead
+// RECORDS is a CSV file ("-" for the standard input), or a table or query
+// of a database (sqlite:FILE?table=T, postgresql://...?table=T,
+// ...?query=SELECT...); so is a material, except "-". --output writes the problems into a database table instead
 // of the standard output, one transaction per batch of records.
 //
 // The header row of a CSV file (a table's column names) names fields by hierarchy text
@@ -141,8 +141,8 @@ bool parse(int argc, char **argv, Options *options) {
   std::vector<std::string> arguments;
   app.add_option("ARGUMENTS", arguments,
                  "LIBRARY MODULE RECORDS: a shared library, the name of its rule module, the records; or\n"
-                 "RULES.qr RECORDS: a rule file and the records. RECORDS is a CSV file, or\n"
-                 "sqlite:FILE?table=T, postgresql://...?table=T (or ?query=SELECT...)");
+                 "RULES.qr RECORDS: a rule file and the records. RECORDS is a CSV file (- for the standard\n"
+                 "input), or sqlite:FILE?table=T, postgresql://...?table=T (or ?query=SELECT...)");
   std::string checkRules;
   app.add_option("--check-rules", checkRules,
                  "only read and check the rule file RULES.qr: exit status 0 when it holds no mistake, else 2");
@@ -217,6 +217,8 @@ bool parse(int argc, char **argv, Options *options) {
     std::cerr << "quorel-check: " << usage << "\n" << app.help();
     return false;
   }
+  // As other tools take it: the records come down a pipe.
+  if (options->records == "-") options->records = "/dev/stdin";
   // Names and values that the rules compare with their own texts.
   for (const std::string &init : inits) {
     options->inits.push_back(split(init));

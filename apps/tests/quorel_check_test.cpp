@@ -439,6 +439,10 @@ TEST(ReadErrorTest, AReadErrorIsAnInputErrorNamingTheFileAndLine) {
   Ran folder = check(kUmfrage + kWork);
   EXPECT_EQ(2, folder.status);
   EXPECT_EQ("quorel-check: cannot read " + kWork + ": Is a directory\n", folder.err);
+
+  // "-" is the standard input, read as a file is, down a pipe too.
+  Ran piped = check(kUmfrage + "-", "cat " + kData + "/umfragen.csv |");
+  EXPECT_EQ(contents(kData + "/umfragen.expected.txt"), piped.out) << piped.err;
 }
 
 TEST(UsageTest, LogsPasswordsAndProgress) {
