@@ -31,28 +31,35 @@ std::unique_ptr<CsvRowSource> CsvRowSource::openAtStart(const std::string &file,
     *message = fileError("open", file, std::strerror(errno));
     return nullptr;
   }
+  std::error_code ignored;
+  source->regular_ = std::filesystem::is_regular_file(file, ignored);
+  if (!source->regular_) {
+    // A pipe cannot be read twice: its start is kept to be looked at.
+    source->replay_ = std::make_unique<ReplayBuffer>(source->in_.rdbuf(), kEncodingSample);
+    static_cast<std::ios &>(source->in_).rdbuf(source->replay_.get());
+  }
   std::string error;
   if (!source->reader_.next(&source->columns_)) {
     *message = source->reader_.failed() ? fileError("read", file, source->reader_.failure()) : file + " has no header row";
     return nullptr;
   }
   source->encoding_ = source->reader_.byteOrderMark() ? FileEncoding::kUtf8 : encoding;
-  std::error_code ignored;
   if (!source->reader_.byteOrderMark()) {
     // A UTF-8 file read as Windows-1252 fails no row, so the rows are
     // watched wherever the start cannot tell; one read as UTF-8 that is
     // not fails each row that shows it.
-    source->watching_ = encoding == FileEncoding::kWindows1252;
-    source->regular_ = std::filesystem::is_regular_file(file, ignored);
+    std::string sample;
     if (source->regular_) {
       // Read aside, so that the rows are read as ever.
       std::ifstream start(file, std::ios::binary);
-      std::string sample(kEncodingSample, '\0');
+      sample.resize(kEncodingSample);
       start.read(&sample[0], static_cast<std::streamsize>(sample.size()));
       sample.resize(static_cast<std::size_t>(std::max<std::streamsize>(start.gcount(), 0)));
-      source->doubt_ = doubtEncoding(file, sample, encoding);
-      source->watching_ &= sample.size() == kEncodingSample && !words::holdsBeyondAscii(sample);
     }
+    const std::string &begins = source->regular_ ? sample : source->replay_->start();
+    source->doubt_ = doubtEncoding(file, begins, encoding);
+    source->watching_ = encoding == FileEncoding::kWindows1252 && begins.size() == kEncodingSample &&
+                        !words::holdsBeyondAscii(begins);
   }
   if (!source->decode(&source->columns_, &error)) {
     *message = file + ":1: the header: " + error;

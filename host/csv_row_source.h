@@ -21,6 +21,7 @@
 #include "quorel/host/csv_reader.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/encoding_doubt.h"
+#include "quorel/host/replay_buffer.h"
 #include "quorel/host/row_source.h"
 
 namespace quorel {
@@ -61,14 +62,16 @@ class CsvRowSource : public RowSource {
   // The encoding the file is read in.
   FileEncoding encoding() const { return encoding_; }
   // What the start of the file says against that encoding (see
-  // doubtEncoding), or the first row beyond an ASCII start (see open); no
-  // doubt for a file with a byte-order mark, or one that is no regular
-  // file, which cannot be read twice.
+  // doubtEncoding), or the first row beyond an ASCII start of a regular
+  // file (see open); no doubt for a file with a byte-order mark. A file
+  // that is no regular file (a pipe), which cannot be read twice, has its
+  // first kEncodingSample bytes read ahead for it, so that its first row
+  // waits for them or for its end.
   const EncodingDoubt &encodingDoubt() const { return doubt_; }
   // What the rows read so far say against Windows-1252 where encodingDoubt
-  // could not: in a file that is no regular file, a part of a file whose
-  // first kEncodingSample bytes are ASCII alone, or a file whose bytes
-  // looked at ahead were too, the first row that holds a byte beyond ASCII
+  // could not: in a pipe or a part of a file whose first kEncodingSample
+  // bytes are ASCII alone, or a file whose bytes looked at ahead were
+  // too, the first row that holds a byte beyond ASCII
   // decides. Its records and those after it were read as it says.
   const EncodingDoubt &lateEncodingDoubt() const { return lateDoubt_; }
 
@@ -87,6 +90,7 @@ class CsvRowSource : public RowSource {
 
   std::string file_;
   std::ifstream in_;
+  std::unique_ptr<ReplayBuffer> replay_;  // what in_ reads through, for a pipe
   CsvReader reader_;
   FileEncoding encoding_ = FileEncoding::kWindows1252;
   EncodingDoubt doubt_;

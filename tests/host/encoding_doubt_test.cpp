@@ -3,6 +3,7 @@
 
 #include "quorel/host/encoding_doubt.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +11,8 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -128,6 +131,53 @@ TEST(EncodingDoubtTest, RowsBeyondAnAsciiStartDecide) {
     EXPECT_EQ("", ascii.start + ascii.late);
   }
   std::remove(path.c_str());
+}
+
+// A pipe cannot be read twice, but its start is read ahead and kept: it is
+// told as a file of the same bytes is, and its rows read the same.
+TEST(EncodingDoubtTest, APipeIsToldByItsStartAsAFileIs) {
+  const std::string base = ::testing::TempDir() + "encoding_doubt_pipe_" + std::to_string(getpid());
+  const std::string file = base + ".csv", pipe = base + ".fifo";
+  std::string filler;
+  while (filler.size() < quorel::host::kEncodingSample) filler += "Mueller;Berlin\n";
+  // What a source says, at the start and once read, and its rows.
+  auto read = [](const std::string &path, FileEncoding encoding) {
+    std::string message;
+    std::unique_ptr<CsvRowSource> source = CsvRowSource::open(path, &message, encoding);
+    if (source == nullptr) return "not opened: " + message;
+    std::string out = quorel::host::encodingAdvice(*source, "E") + "\n";
+    quorel::host::Row row;
+    while (source->next(&row)) out += row.cells[0] + "|";
+    return out + "\n" + quorel::host::lateEncodingAdvice(*source, "E");
+  };
+  // The file's advice and the pipe's, with the file's name as the pipe's.
+  auto both = [&](const std::string &rows, FileEncoding encoding) {
+    const std::string text = "Name;Ort\n" + rows;
+    std::ofstream(file, std::ios::binary) << text;
+    EXPECT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    std::thread writer([&] { std::ofstream(pipe, std::ios::binary) << text; });
+    std::string piped = read(pipe, encoding);
+    writer.join();
+    std::remove(pipe.c_str());
+    std::string fromFile = read(file, encoding);
+    for (std::size_t at; (at = fromFile.find(file)) != kNone;) fromFile.replace(at, file.size(), pipe);
+    return std::make_pair(fromFile, piped);
+  };
+  const std::string utf8 = "M\xC3\xBCller;Berlin\n";
+  for (const std::string &rows : {utf8 + filler, filler + "M\xFCller;Bonn\n" + utf8, std::string("Schulz;Bonn\n")}) {
+    for (FileEncoding encoding : {FileEncoding::kWindows1252, FileEncoding::kUtf8}) {
+      auto [fromFile, piped] = both(rows, encoding);
+      EXPECT_EQ(fromFile, piped);
+    }
+  }
+  // Beyond an ASCII start a file is looked at ahead; a pipe's rows are
+  // watched, and the row is named once they are read.
+  auto [fromFile, piped] = both("Schulz;Bonn\n" + filler + utf8, FileEncoding::kWindows1252);
+  EXPECT_EQ('\n', piped[0]) << piped;
+  EXPECT_EQ(fromFile.substr(0, fromFile.find(": pass E")),
+            piped.substr(piped.rfind('\n') + 1, fromFile.find(": pass E")));
+  EXPECT_NE(kNone, piped.find("; its rows from that line on were read that way: pass E")) << piped;
+  std::remove(file.c_str());
 }
 
 }  // namespace
