@@ -456,9 +456,9 @@ class Materials {
     if (!quorel::host::SqlSource::parse(where, &source, message) || !databases_.addMaterial(name, source, message)) {
       return false;
     }
-    auto hasColumn = [this, &name](quorel::FieldDescriptor *field) { return databases_.hasColumnFor(name, field); };
+    auto columnFor = [this, &name](quorel::FieldDescriptor *field) { return databases_.columnFor(name, field); };
     std::string table = source.where() + ", table " + (source.table.empty() ? name : source.table);
-    if (!said(quorel::host::checkMaterialFields(plausi, name, hasColumn, strict), table, message)) {
+    if (!said(quorel::host::checkMaterialFields(plausi, name, columnFor, strict), table, message)) {
       return false;
     }
     router_.route(name, &databases_);

@@ -159,6 +159,10 @@ std::string numbersForText(const std::string &column, const std::string &type, c
          "the form of the text are lost: " + remedy;
 }
 
+std::string numbersInDatabase(const std::string &column, const std::string &type) {
+  return numbersForText(column, type, "store the values in a column of text, as they were written");
+}
+
 std::string noColumnRead() {
   return "none of the columns names a field that the module reads, so each record would be checked as if it "
          "were empty";

@@ -72,6 +72,9 @@ std::string noColumnRead();
 // table's source names it) where readsText: the rules compare and look up
 // texts that have lost their form. remedy says what to do.
 std::string numbersForText(const std::string &column, const std::string &type, const std::string &remedy);
+// The same for a column of a database table, whose values lost their form
+// as the database stored them.
+std::string numbersInDatabase(const std::string &column, const std::string &type);
 
 }  // namespace host
 }  // namespace quorel

@@ -92,7 +92,7 @@ MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &materia
 }
 
 MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material,
-                                     const std::function<bool(FieldDescriptor *)> &hasColumn, bool strict) {
+                                     const std::function<TableColumn(FieldDescriptor *)> &columnFor, bool strict) {
   MaterialFindings findings;
   Topic *topic = materialTopic(plausi, material);
   if (topic == nullptr) return findings;
@@ -105,9 +105,16 @@ MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material
   const std::string prefix = "material " + material + ": ";
   std::vector<std::string> faults;
   std::string listed;
+  ColumnCheck texts(plausi, topic);
   for (const auto &[hierarchy, field] : named) {
     listed += (listed.empty() ? "" : ", ") + hierarchy;
-    if (hasColumn(field)) continue;
+    TableColumn column = columnFor(field);
+    if (column.found) {
+      if (!column.numberType.empty() && texts.readsText(hierarchy)) {
+        findings.warnings.push_back(prefix + numbersInDatabase(column.name, column.numberType));
+      }
+      continue;
+    }
     faults.push_back(prefix + "the table has no column for the field " + hierarchy +
                      ", so every query that reads or filters it fails; name its column in the material's "
                      "address: column." + hierarchy + "=<column>");

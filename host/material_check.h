@@ -47,15 +47,24 @@ MaterialFindings checkMaterialColumns(Plausi *plausi, const std::string &materia
 // The fields of a material's topic against the database table that holds
 // it, said once before any record is checked. Such a table is queried where
 // it lies, and a query that reads or filters a field for which the table has
-// no column fails on every record that makes it. hasColumn tells whether the
-// table has a column for a field (SqlMaterialAccess::hasColumnFor). A field
+// no column fails on every record that makes it. columnFor tells the
+// table's column for a field (SqlMaterialAccess::columnFor). A field
 // without one is a warning, or an error when strict; a table with a column
-// for none of the fields is an error whatever strict says. Fields of nested
-// topics count, the elements of arrays do not (a table has no columns for
-// them). A material the module does not query passes. Messages start with
-// "material NAME: " and are Windows-1252; the caller names the table.
+// for none of the fields is an error whatever strict says. A column of
+// numbers for a field that the rules read as text (ColumnCheck::readsText)
+// is a warning whatever strict says: its values have lost their leading
+// zeros in the database. Fields of nested topics count, the elements of
+// arrays do not (a table has no columns for them). A material the module
+// does not query passes. Messages start with "material NAME: " and are
+// Windows-1252; the caller names the table.
+struct TableColumn {
+  bool found = false;
+  std::string name;
+  // Its declared type when it holds numbers alone, else empty.
+  std::string numberType;
+};
 MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material,
-                                     const std::function<bool(FieldDescriptor *)> &hasColumn, bool strict);
+                                     const std::function<TableColumn(FieldDescriptor *)> &columnFor, bool strict);
 
 // The topic of the material that the module queries under the name, or null.
 Topic *materialTopic(Plausi *plausi, const std::string &material);

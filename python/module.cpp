@@ -960,10 +960,8 @@ class Checker {
       }
 #ifdef QUOREL_HOST_SQL
       for (const DatabaseTable &table : databaseTables_) {
-        auto hasColumn = [this, &table](FieldDescriptor *field) {
-          return databases_.hasColumnFor(table.material, field);
-        };
-        take(host::checkMaterialFields(plausi, table.material, hasColumn, strict_), table.where);
+        auto columnFor = [this, &table](FieldDescriptor *field) { return databases_.columnFor(table.material, field); };
+        take(host::checkMaterialFields(plausi, table.material, columnFor, strict_), table.where);
       }
 #endif
     }

@@ -55,6 +55,7 @@ struct SqlMaterialAccess::Material {
   Database *database;
   std::string table;  // as named, for messages
   std::vector<std::string> columns;
+  std::vector<std::string> numberTypes;  // of the columns (SqlStatement::numberType)
   std::vector<std::string> order;
   std::map<std::string, std::string> mapped;  // hierarchy text -> column
   std::string from;  // the quoted table and the ORDER BY, for statements
@@ -221,6 +222,14 @@ bool SqlMaterialAccess::addMaterial(const std::string &name, const SqlSource &so
     return false;
   }
   material->columns = table.columns;
+  // The columns' types, as a statement on the table tells them.
+  std::unique_ptr<SqlStatement> all = link->connection->prepare("SELECT * FROM " + quoteIdentifier(material->table),
+                                                                  &error);
+  for (std::size_t i = 0; i < table.columns.size(); ++i) {
+    bool known = all != nullptr && static_cast<int>(i) < all->columnCount();
+    material->numberTypes.push_back(known ? all->numberType(static_cast<int>(i)) : std::string());
+  }
+  all.reset();
   for (const auto &column : source.columns) {
     if (find(table.columns, column.second) < 0) {
       *message = shown + ": table " + material->table + " has no column " + column.second;
@@ -275,9 +284,15 @@ SqlMaterialAccess::Material *SqlMaterialAccess::materialOf(MaterialDescriptor *m
   return it == materials_.end() ? nullptr : it->second.get();
 }
 
-bool SqlMaterialAccess::hasColumnFor(const std::string &material, FieldDescriptor *field) const {
+TableColumn SqlMaterialAccess::columnFor(const std::string &material, FieldDescriptor *field) const {
+  TableColumn column;
   auto it = materials_.find(material);
-  return it != materials_.end() && it->second->findColumnOf(field) >= 0;
+  int at = it != materials_.end() ? it->second->findColumnOf(field) : -1;
+  if (at < 0) return column;
+  column.found = true;
+  column.name = it->second->columns[static_cast<std::size_t>(at)];
+  column.numberType = it->second->numberTypes[static_cast<std::size_t>(at)];
+  return column;
 }
 
 bool SqlMaterialAccess::isMaterialAvailable(MaterialDescriptor *material) { return materialOf(material) != nullptr; }

@@ -45,6 +45,7 @@
 
 #include <quorel/quorel.h>
 
+#include "quorel/host/material_check.h"
 #include "quorel/host/sql/sql_source.h"
 
 namespace quorel {
@@ -65,10 +66,10 @@ class SqlMaterialAccess : public MaterialAccess {
   // columns now: false with a message (UTF-8) when it cannot be opened, has
   // no such table, or lacks a column that the source names.
   bool addMaterial(const std::string &name, const SqlSource &source, std::string *message);
-  // Whether the table of the material added under that name has a column
-  // for the field, found as a query finds it; false for a material not
-  // added. For the check at start-up (see checkMaterialFields).
-  bool hasColumnFor(const std::string &material, FieldDescriptor *field) const;
+  // The column of the table of the material added under that name for the
+  // field, found as a query finds it; none for a material not added. For
+  // the check at start-up (see checkMaterialFields).
+  TableColumn columnFor(const std::string &material, FieldDescriptor *field) const;
   // Releases the records that the calling thread's queries handed out and
   // gives its session back. Call on the run's thread once the run is over.
   void releaseRecords();

@@ -142,8 +142,7 @@ std::vector<std::string> numberColumnsForTexts(const SqlRowSource &rows, Plausi 
     if (rows.numberTypes()[i].empty()) continue;
     if (check == nullptr) check = std::make_unique<ColumnCheck>(plausi);
     if (check->readsText(rows.columns()[i])) {
-      warnings.push_back(numbersForText(rows.columns()[i], rows.numberTypes()[i],
-                                        "store the values in a column of text, as they were written"));
+      warnings.push_back(numbersInDatabase(rows.columns()[i], rows.numberTypes()[i]));
     }
   }
   return warnings;

@@ -274,8 +274,8 @@ TEST_P(SqlMaterialAccessTest, FieldsWithoutAColumnAreNamedBeforeAnyQuery) {
     SqlSource source;
     EXPECT_TRUE(SqlSource::parse(db_->url(parameters), &source, &message)) << message;
     EXPECT_TRUE(sql.addMaterial("Orte", source, &message)) << message;
-    auto hasColumn = [&sql](FieldDescriptor *field) { return sql.hasColumnFor("Orte", field); };
-    return checkMaterialFields(&module, "Orte", hasColumn, strict);
+    auto columnFor = [&sql](FieldDescriptor *field) { return sql.columnFor("Orte", field); };
+    return checkMaterialFields(&module, "Orte", columnFor, strict);
   };
   auto missing = [](const char *field) {
     return std::string("material Orte: the table has no column for the field ") + field +
@@ -294,6 +294,20 @@ TEST_P(SqlMaterialAccessTest, FieldsWithoutAColumnAreNamedBeforeAnyQuery) {
   MaterialFindings mapped = findings("table=kaputt&column.Orte.Lage.Kreis=name&column.Orte.Einwohner=NAME", true);
   EXPECT_TRUE(mapped.errors.empty() && mapped.warnings.empty()) << ::testing::PrintToString(mapped.errors);
 
+  // Numbers where the rules read texts: a warning, whether strict or not.
+  db_->drop("zahlen");
+  db_->execute("CREATE TABLE zahlen (plz INTEGER, einwohner TEXT, kreis NUMERIC(5))");
+  const std::string integer = GetParam() == "sqlite" ? "INTEGER" : "integer";
+  const std::string numeric = GetParam() == "sqlite" ? "NUMERIC(5)" : "numeric";
+  auto numbers = [](const std::string &column, const std::string &type) {
+    return "material Orte: column " + column + " holds numbers (" + type + ") where the rules read a text, so "
+           "leading zeros and the form of the text are lost: store the values in a column of text, as they were "
+           "written";
+  };
+  MaterialFindings typed = findings("table=zahlen&column.Orte.Lage.Kreis=kreis", true);
+  EXPECT_EQ(std::vector<std::string>{}, typed.errors);
+  EXPECT_EQ((std::vector<std::string>{numbers("kreis", numeric), numbers("plz", integer)}), typed.warnings);
+
   // Not one field found: one error, whether strict or not.
   db_->drop("fremd");
   db_->execute("CREATE TABLE fremd (a TEXT, b TEXT)");
@@ -305,11 +319,13 @@ TEST_P(SqlMaterialAccessTest, FieldsWithoutAColumnAreNamedBeforeAnyQuery) {
   EXPECT_TRUE(none.warnings.empty());
 
   // A material the module does not query, and one never added.
-  EXPECT_TRUE(checkMaterialFields(&module, "Regionen", [](FieldDescriptor *) { return false; }, true).errors.empty());
+  EXPECT_TRUE(
+      checkMaterialFields(&module, "Regionen", [](FieldDescriptor *) { return TableColumn(); }, true).errors.empty());
   PlaceTopic topic;
-  EXPECT_FALSE(sql.hasColumnFor("Regionen", topic.plz));
+  EXPECT_FALSE(sql.columnFor("Regionen", topic.plz).found);
   db_->drop("kaputt");
   db_->drop("fremd");
+  db_->drop("zahlen");
 }
 
 TEST_P(SqlMaterialAccessTest, ThreadsQueryOnSessionsOfTheirOwn) {
