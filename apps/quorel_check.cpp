@@ -217,8 +217,16 @@ bool parse(int argc, char **argv, Options *options) {
     std::cerr << "quorel-check: " << usage << "\n" << app.help();
     return false;
   }
-  // As other tools take it: the records come down a pipe.
-  if (options->records == "-") options->records = "/dev/stdin";
+  // As other tools take it: the records come down a pipe. Typed on a
+  // terminal they would make a run that waits without a word.
+  if (options->records == "-") {
+    if (isatty(STDIN_FILENO) != 0) {
+      std::cerr << "quorel-check: - reads the records from the standard input, which is a terminal: pipe them in "
+                   "(... | quorel-check ... -) or name their file\n";
+      return false;
+    }
+    options->records = "/dev/stdin";
+  }
   // Names and values that the rules compare with their own texts.
   for (const std::string &init : inits) {
     options->inits.push_back(split(init));

@@ -66,6 +66,16 @@ Ran run(const std::string &program, const std::string &arguments, const std::str
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out, contents(errFile)};
 }
 
+// What the shell command writes with a terminal as its standard streams.
+std::string onTerminal(const std::string &command) {
+  FILE *pipe = popen(("script -qec '" + command + "' /dev/null").c_str(), "r");
+  std::string terminal;
+  char buffer[4096];
+  for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) terminal.append(buffer, n);
+  pclose(pipe);
+  return terminal;
+}
+
 Ran check(const std::string &arguments, const std::string &prefix = "") {
   return run(QUOREL_CHECK, arguments, prefix);
 }
@@ -487,17 +497,16 @@ TEST(UsageTest, LogsPasswordsAndProgress) {
 
   // On a terminal, the records done, their rate and the problems so far.
   std::string out = write("progress.txt", "");
-  std::string command = std::string(QUOREL_CHECK) + " " + surveys + " > " + out;
-  FILE *pipe = popen(("script -qec '" + command + "' /dev/null").c_str(), "r");
-  std::string terminal;
-  char buffer[4096];
-  for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) terminal.append(buffer, n);
-  pclose(pipe);
+  std::string terminal = onTerminal(std::string(QUOREL_CHECK) + " " + surveys + " > " + out);
   EXPECT_EQ(1u, count(terminal, "\r3 records, ")) << terminal;
   EXPECT_EQ(1u, count(terminal, " records/s, 7 problems so far")) << terminal;
   EXPECT_EQ(contents(kData + "/umfragen.expected.txt"), contents(out));
   // Not into a file.
   EXPECT_EQ("", check(surveys).err);
+  // Records to be typed in on a terminal would make a run that waits.
+  EXPECT_EQ("quorel-check: - reads the records from the standard input, which is a terminal: pipe them in "
+            "(... | quorel-check ... -) or name their file\r\nstatus 2\r\n",
+            onTerminal(std::string(QUOREL_CHECK) + " " + kUmfrage + "-; echo status $?"));
 }
 
 // quorel-compile says what keeps it from writing a module's source, and
