@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "quorel/host/column_check.h"
+#include "quorel/host/encoding.h"
 
 namespace quorel {
 namespace host {
@@ -111,7 +112,8 @@ MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material
     TableColumn column = columnFor(field);
     if (column.found) {
       if (!column.numberType.empty() && texts.readsText(hierarchy)) {
-        findings.warnings.push_back(prefix + numbersInDatabase(column.name, column.numberType));
+        // The database's names are UTF-8; the messages are the library's.
+        findings.warnings.push_back(prefix + numbersInDatabase(messageText(column.name), column.numberType));
       }
       continue;
     }

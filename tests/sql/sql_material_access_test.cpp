@@ -296,7 +296,7 @@ TEST_P(SqlMaterialAccessTest, FieldsWithoutAColumnAreNamedBeforeAnyQuery) {
 
   // Numbers where the rules read texts: a warning, whether strict or not.
   db_->drop("zahlen");
-  db_->execute("CREATE TABLE zahlen (plz INTEGER, einwohner TEXT, kreis NUMERIC(5))");
+  db_->execute("CREATE TABLE zahlen (plz INTEGER, einwohner TEXT, \"kreis\xC3\xA4\" NUMERIC(5))");
   const std::string integer = GetParam() == "sqlite" ? "INTEGER" : "integer";
   const std::string numeric = GetParam() == "sqlite" ? "NUMERIC(5)" : "numeric";
   auto numbers = [](const std::string &column, const std::string &type) {
@@ -304,9 +304,9 @@ TEST_P(SqlMaterialAccessTest, FieldsWithoutAColumnAreNamedBeforeAnyQuery) {
            "leading zeros and the form of the text are lost: store the values in a column of text, as they were "
            "written";
   };
-  MaterialFindings typed = findings("table=zahlen&column.Orte.Lage.Kreis=kreis", true);
+  MaterialFindings typed = findings("table=zahlen&column.Orte.Lage.Kreis=kreis%C3%A4", true);
   EXPECT_EQ(std::vector<std::string>{}, typed.errors);
-  EXPECT_EQ((std::vector<std::string>{numbers("kreis", numeric), numbers("plz", integer)}), typed.warnings);
+  EXPECT_EQ((std::vector<std::string>{numbers("kreis\xE4", numeric), numbers("plz", integer)}), typed.warnings);
 
   // Not one field found: one error, whether strict or not.
   db_->drop("fremd");
