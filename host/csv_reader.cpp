@@ -104,6 +104,14 @@ bool CsvReader::readLine(std::string_view *text, std::int64_t *number) {
     }
     if (!spilled) spill_.clear();
     spilled = true;
+    if (spill_.size() + static_cast<std::size_t>(stop - begin) > kMaxLineBytes) {
+      failure_ = "line " + std::to_string(linesRead_ + 1) + " is longer than " +
+                 std::to_string(kMaxLineBytes >> 20) + " MB, which no row of a table is";
+      failed_ = ended_ = true;
+      position_ = buffer_.size();  // nothing more is read
+      std::string().swap(spill_);
+      return false;
+    }
     spill_.append(begin, stop);
     position_ = static_cast<std::size_t>(stop - buffer_.data());
     if (stop == end) continue;

@@ -12,7 +12,10 @@
 // that one: one stray quote costs one row, not the rest of the file.
 //
 // A failure to read the input (an I/O error) ends the rows: failed() is
-// then true and failure() gives the system's reason.
+// then true and failure() gives the system's reason. So does a line longer
+// than kMaxLineBytes, which no table's row is: the input is no CSV file
+// (or has no line ends), and holding the line would take memory without
+// bound.
 
 #ifndef QUOREL_HOST_CSV_READER_H_
 #define QUOREL_HOST_CSV_READER_H_
@@ -73,6 +76,7 @@ class CsvReader {
  public:
   static constexpr int kMaxQuotedLines = 1000;
   static constexpr std::size_t kMaxQuotedBytes = 1 << 20;
+  static constexpr std::size_t kMaxLineBytes = std::size_t{64} << 20;
 
   explicit CsvReader(std::istream &in) : in_(in) {}
 

@@ -102,6 +102,26 @@ TEST(CsvReaderTest, LinesAcrossTheReadChunksOfTheInput) {
   }
 }
 
+// A line that no table's row would be (a file without line ends, binary
+// data) ends the rows as a read failure does, before it is held whole.
+TEST(CsvReaderTest, ALineBeyondTheBoundFailsTheRead) {
+  for (std::size_t length : {CsvReader::kMaxLineBytes, CsvReader::kMaxLineBytes + 1}) {
+    std::istringstream in("a;b\n1;2\n" + std::string(length, 'x') + "\n3;4\n");
+    CsvReader reader(in);
+    std::vector<std::string> cells;
+    ASSERT_TRUE(reader.next(&cells) && reader.next(&cells));
+    if (length == CsvReader::kMaxLineBytes) {
+      EXPECT_TRUE(reader.next(&cells) && reader.next(&cells));
+      EXPECT_EQ((std::vector<std::string>{"3", "4"}), cells);
+      continue;
+    }
+    EXPECT_FALSE(reader.next(&cells));
+    EXPECT_TRUE(reader.failed());
+    EXPECT_EQ("line 3 is longer than 64 MB, which no row of a table is", reader.failure());
+    EXPECT_FALSE(reader.next(&cells));
+  }
+}
+
 // Blank lines are skipped and counted nowhere; a line "" is a row of one
 // empty cell, which a one-column file checks and a wider one reports.
 TEST(CsvRowSourceTest, ABlankLineIsSkippedAndAnEmptyQuotedCellIsARow) {
