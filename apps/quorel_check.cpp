@@ -642,10 +642,11 @@ int main(int argc, char **argv) {
   }
   if (options.strict && !columnFaults.empty()) return 2;
 #ifdef QUOREL_HOST_SQL
-  if (auto *table = dynamic_cast<const quorel::host::SqlRowSource *>(records.get())) {
+  if (auto *table = dynamic_cast<quorel::host::SqlRowSource *>(records.get())) {
     for (const std::string &warning : quorel::host::numberColumnsForTexts(*table, workers[0]->checker().plausi())) {
       std::cerr << "quorel-check: warning: " << quorel::host::toUtf8(warning.c_str()) << "\n";
     }
+    table->giveDatesAsFieldsHoldThem(workers[0]->checker().plausi());
   }
 #endif
 

@@ -47,6 +47,9 @@ bool parse(const std::string &text, std::vector<Segment> *segments) {
   }
 }
 
+// The mask of a date field without one, as the library reads it.
+constexpr char kDefaultDateMask[] = "TT.MM.JJJJ";
+
 std::string indexText(const std::vector<std::int32_t> &indices) {
   std::string text;
   for (std::int32_t index : indices) text += "[" + std::to_string(index) + "]";
@@ -131,18 +134,21 @@ std::string ColumnCheck::check(const std::string &column, std::vector<std::strin
   return std::string();
 }
 
-bool ColumnCheck::readsText(const std::string &column) {
+FieldDescriptor *ColumnCheck::fieldOf(const std::string &column) {
   std::size_t dot = column.find('.');
   if (root_ == nullptr || dot == std::string::npos || !RecordLayout::arrayOf(column).empty() ||
       column.compare(0, dot, root_->getTypeDescriptor()->getFieldNameTopic()) != 0) {
-    return false;
+    return nullptr;
   }
-  FieldDescriptor *field = nullptr;
   try {
-    field = root_->getField(&runtime_, column.c_str() + dot + 1);
+    return root_->getField(&runtime_, column.c_str() + dot + 1);
   } catch (const PlausiException &) {
-    return false;  // names no field; check() says so
+    return nullptr;  // names no field; check() says so
   }
+}
+
+bool ColumnCheck::readsText(const std::string &column) {
+  FieldDescriptor *field = fieldOf(column);
   TypeDescriptor *type = field != nullptr ? field->getTypeDescriptor() : nullptr;
   if (type == nullptr) return false;
   switch (type->getFieldType()) {
@@ -151,6 +157,25 @@ bool ColumnCheck::readsText(const std::string &column) {
     case FieldTypeFree: return true;
     case FieldTypeTopic: return false;
     default: return type->getMask() != nullptr;
+  }
+}
+
+std::string ColumnCheck::dateMask(const std::string &column) { return dateMaskOf(fieldOf(column)); }
+
+std::string dateMaskOf(FieldDescriptor *field) {
+  TypeDescriptor *type = field != nullptr ? field->getTypeDescriptor() : nullptr;
+  if (type == nullptr || type->getFieldType() != FieldTypeDate) return std::string();
+  return type->getMask() != nullptr ? type->getMask() : kDefaultDateMask;
+}
+
+std::string dateUnderMask(const std::string &text, const std::string &mask) {
+  if (mask.empty() || mask == kDefaultDateMask) return text;
+  try {
+    DateValue read(text.c_str(), kDefaultDateMask);
+    DateValue written(read.asDate(), mask.c_str());
+    return written.asString();
+  } catch (const PlausiException &) {
+    return text;
   }
 }
 

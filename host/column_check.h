@@ -51,10 +51,19 @@ class ColumnCheck {
   // a text, date or free field, or a number under a mask. Cells of numbers
   // lose the form of such texts (leading zeros, the mask's separators).
   bool readsText(const std::string &column);
+  // The mask under which the record holds the date field that the column
+  // names ("TT.MM.JJJJ" for a field without one), or empty for a column of
+  // no date field. A date from a typed source (a database's DATE, a
+  // Python date) is given in it (see dateUnderMask), as a CSV file for the
+  // module would carry it: a date field whose mask is JJJJ-MM-TT would
+  // fail every date written TT.MM.JJJJ.
+  std::string dateMask(const std::string &column);
 
  private:
   // The field name within topic, or null.
   FieldDescriptor *lookUp(Topic *topic, const std::string &name);
+  // The field that the column names, as a run resolves it, or null.
+  FieldDescriptor *fieldOf(const std::string &column);
 
   Topic *root_;
   const char *owner_;  // whose fields: "module" or "material", for messages
@@ -67,6 +76,15 @@ class ColumnCheck {
 // would be checked as if it were empty (a header without the topic's name,
 // say). It is an error whatever strict says.
 std::string noColumnRead();
+
+// ColumnCheck::dateMask of the field itself (null: empty).
+std::string dateMaskOf(FieldDescriptor *field);
+
+// A date written TT.MM.JJJJ (as a database's DATE or a Python date comes)
+// as the record holds it under a mask from ColumnCheck::dateMask. The text
+// itself for an empty mask, or for a text that is no date: the rules judge
+// it. Windows-1252, as library texts are.
+std::string dateUnderMask(const std::string &text, const std::string &mask);
 
 // What a table is told of a column whose cells are numbers (of type, as the
 // table's source names it) where readsText: the rules compare and look up

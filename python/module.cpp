@@ -654,6 +654,11 @@ class Checker {
     refuseRepeatedColumns(rows->columns());
     reportColumns(rows->columns(), true);
     reportNumberColumns(*rows);
+#ifdef QUOREL_HOST_SQL
+    if (auto *table = dynamic_cast<host::SqlRowSource *>(rows.get())) {
+      table->giveDatesAsFieldsHoldThem(pool_->forThisThread()->plausi());
+    }
+#endif
     host::RecordLayout layout(rows->columns());
     ProblemColumns frame;
     // A slice of the source's rows, the first labelled first.

@@ -6,6 +6,7 @@
 
 #include <quorel/quorel.h>
 
+#include "quorel/host/column_check.h"
 #include "quorel/host/encoding.h"
 
 namespace quorel {
@@ -27,7 +28,7 @@ std::string where(const std::string &table, SqlStatement *statement, int column)
 }  // namespace
 
 CellRead readCellUtf8(SqlStatement *statement, int column, const std::string &table, std::string *utf8,
-                      std::string *message) {
+                      std::string *message, const std::string &dateMask) {
   SqlCellKind kind = statement->kind(column);
   std::string_view raw = statement->text(column);
   utf8->clear();
@@ -57,8 +58,9 @@ CellRead readCellUtf8(SqlStatement *statement, int column, const std::string &ta
     case SqlCellKind::kDate:
       if (raw.size() == 10 && raw[4] == '-' && raw[7] == '-' && digits(raw.substr(0, 4)) &&
           digits(raw.substr(5, 2)) && digits(raw.substr(8, 2))) {
-        *utf8 = std::string(raw.substr(8, 2)) + "." + std::string(raw.substr(5, 2)) + "." +
-                std::string(raw.substr(0, 4));
+        std::string german = std::string(raw.substr(8, 2)) + "." + std::string(raw.substr(5, 2)) + "." +
+                             std::string(raw.substr(0, 4));
+        *utf8 = toUtf8(dateUnderMask(german, dateMask).c_str());
         return CellRead::kValue;
       }
       break;
@@ -73,9 +75,9 @@ CellRead readCellUtf8(SqlStatement *statement, int column, const std::string &ta
 }
 
 CellRead readCell(SqlStatement *statement, int column, const std::string &table, std::string *cell,
-                  std::string *message) {
+                  std::string *message, const std::string &dateMask) {
   std::string utf8;
-  CellRead read = readCellUtf8(statement, column, table, &utf8, message);
+  CellRead read = readCellUtf8(statement, column, table, &utf8, message, dateMask);
   if (read == CellRead::kFailed) {
     *message = messageText(*message);
     return read;

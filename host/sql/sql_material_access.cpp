@@ -1,5 +1,6 @@
 #include "quorel/host/sql/sql_material_access.h"
 
+#include "quorel/host/column_check.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/sql/sql_cells.h"
 #include "quorel/host/sql/sql_connection.h"
@@ -341,10 +342,12 @@ void SqlMaterialAccess::readRecords(DataRecordSet *result, MaterialDescriptor *m
     FilterCondition *condition = filter->getCondition(i);
     query.add(*m, condition->getField(), condition->getOperatorType(), condition->getComparativeValue());
   }
-  std::vector<std::string> names;
+  std::vector<std::string> names, dateMasks;
   for (std::int32_t i = 0; i < fields->getNumOfFields(); ++i) {
-    query.columns.push_back(m->columnOf(fields->getField(i)));
-    names.push_back(fields->getField(i)->getHierarchyText());
+    FieldDescriptor *field = fields->getField(i);
+    query.columns.push_back(m->columnOf(field));
+    names.push_back(field->getHierarchyText());
+    dateMasks.push_back(dateMaskOf(field));
   }
   Session *owner = session();
   SqlStatement *statement = run(owner, m, query);
@@ -352,7 +355,7 @@ void SqlMaterialAccess::readRecords(DataRecordSet *result, MaterialDescriptor *m
   while (statement->next(&message)) {
     auto record = std::make_unique<SimpleDataRecord>();
     for (std::size_t i = 0; i < names.size(); ++i) {
-      CellRead read = readCell(statement, static_cast<int>(i), m->table, &cell, &message);
+      CellRead read = readCell(statement, static_cast<int>(i), m->table, &cell, &message, dateMasks[i]);
       if (read == CellRead::kFailed) {
         statement->finish();
         fail(EXCEPTION_MATERIAL_ACCESS, "material " + toUtf8(m->name.c_str()) + ": " + toUtf8(message.c_str()));

@@ -12,6 +12,8 @@ namespace host {
 
 namespace {
 
+const std::string kNoMask;
+
 // " ORDER BY" the columns, or "" for none.
 std::string orderBy(const std::vector<std::string> &order) {
   std::string sql;
@@ -128,11 +130,18 @@ bool SqlRowSource::next(Row *row) {
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     std::string message;
     int column = static_cast<int>(i);
-    CellRead read = utf8_ ? readCellUtf8(statement_.get(), column, table_, &row->cells[i], &message)
-                          : readCell(statement_.get(), column, table_, &row->cells[i], &message);
+    const std::string &mask = i < dateMasks_.size() ? dateMasks_[i] : kNoMask;
+    CellRead read = utf8_ ? readCellUtf8(statement_.get(), column, table_, &row->cells[i], &message, mask)
+                          : readCell(statement_.get(), column, table_, &row->cells[i], &message, mask);
     if (read == CellRead::kFailed && row->error.empty()) row->error = message;
   }
   return true;
+}
+
+void SqlRowSource::giveDatesAsFieldsHoldThem(Plausi *plausi) {
+  ColumnCheck fields(plausi);
+  dateMasks_.clear();
+  for (const std::string &column : columns_) dateMasks_.push_back(fields.dateMask(utf8_ ? messageText(column) : column));
 }
 
 std::vector<std::string> numberColumnsForTexts(const SqlRowSource &rows, Plausi *plausi) {

@@ -55,6 +55,10 @@ class SqlRowSource : public RowSource {
   // For each column, its declared type when it holds numbers alone, else
   // empty (SqlStatement::numberType).
   const std::vector<std::string> &numberTypes() const { return numberTypes_; }
+  // From now on a DATE cell comes in the date mask of its column's field in
+  // the module (see ColumnCheck::dateMask), as a CSV file for the module
+  // would carry it, rather than as TT.MM.JJJJ. Uses the Plausi now alone.
+  void giveDatesAsFieldsHoldThem(Plausi *plausi);
   bool next(Row *row) override;
   const std::string &name() const override { return name_; }
   bool failed() const override { return failed_; }
@@ -65,6 +69,7 @@ class SqlRowSource : public RowSource {
   std::unique_ptr<SqlConnection> connection_;
   std::unique_ptr<SqlStatement> statement_;
   std::vector<std::string> columns_, numberTypes_;
+  std::vector<std::string> dateMasks_;  // per column, once given; empty: TT.MM.JJJJ
   std::string name_, table_;
   bool utf8_ = false;
   bool ended_ = false;

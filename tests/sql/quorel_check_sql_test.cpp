@@ -336,6 +336,42 @@ TEST_P(QuorelCheckSqlTest, NumbersWhereTheRulesReadTextsAreNamed) {
   EXPECT_EQ("", check(std::string(QUOREL_UMFRAGE_MODULE) + " Umfrage " + quoted(db_->url("table=zahlen"))).warnings);
 }
 
+// A DATE cell comes as a CSV file for the module would carry it: in the
+// mask of its field, in the records and in a material alike.
+TEST_P(QuorelCheckSqlTest, DatesComeInTheMaskOfTheirField) {
+  std::string rules = "/tmp/quorel-sql-test-daten-" + std::to_string(getpid()) + ".qr";
+  files_.push_back(rules);
+  std::ofstream(rules, std::ios::binary)
+      << "MODUL Daten\n"
+         "SATZ D\n  FELD Name TEXT\n  FELD Tag DATUM MASKE \"JJJJ-MM-TT\"\nENDE\n"
+         "MATERIAL Feiertage DATENBESTAND \"FEIERTAGE\"\n  FELD Name TEXT\n  FELD Tag DATUM MASKE \"JJJJMMTT\"\nENDE\n"
+         "ABLAUF Pruefung: A\n"
+         "REGEL A ABSCHNITT \"Regel A\"\n"
+         "  WENN NICHT PASST(D.Tag; DATUM; \"JJJJ-MM-TT\") DANN\n"
+         "    MELDE FEHLER \"T-1\" GEWICHT 1 TEXT \"Der Tag passt nicht.\"\n"
+         "  ENDE\n"
+         "  FUER JEDES tag IN LIES Tag AUS Feiertage WO Name = D.Name\n"
+         "    WENN NICHT PASST(tag; DATUM; \"JJJJMMTT\") DANN\n"
+         "      MELDE FEHLER \"M-1\" GEWICHT 1 TEXT \"Der Feiertag passt nicht.\"\n"
+         "    ENDE\n"
+         "  ENDE\n"
+         "ENDE\n";
+  db_->drop("tage");
+  db_->drop("feiertage");
+  db_->execute("CREATE TABLE tage (\"D.Name\" TEXT, \"D.Tag\" DATE);\n"
+               "INSERT INTO tage VALUES ('Neujahr', '2024-01-31');\n"
+               "INSERT INTO tage VALUES ('Ostern', NULL);\n"
+               "CREATE TABLE feiertage (name TEXT, tag DATE);\n"
+               "INSERT INTO feiertage VALUES ('Neujahr', '2024-01-01');\n"
+               "INSERT INTO feiertage VALUES ('Ostern', '2024-03-31')");
+  Result run = check("--material " + quoted("Feiertage=" + db_->url("table=feiertage")) + " " + rules + " " +
+                     quoted(db_->url("query=SELECT%20*%20FROM%20tage&order=D.Name")));
+  EXPECT_EQ(0, run.status) << run.out << run.warnings;
+  EXPECT_EQ("2 records: 2 checked, 0 not checked; 0 problems, 0 errors\n", run.out);
+  db_->drop("tage");
+  db_->drop("feiertage");
+}
+
 TEST_P(QuorelCheckSqlTest, RecordsAndProblemsInOneSqliteFileNeedWalMode) {
   if (GetParam() != "sqlite") GTEST_SKIP() << "a PostgreSQL server reads while it writes";
   db_->drop("viele");
