@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "quorel/host/column_check.h"
 #include "quorel/host/encoding.h"
 #include "quorel/host/record_layout.h"
 #include "imported.h"
@@ -206,7 +207,7 @@ void readCell(const Column &at, const py::handle &cell, Cell *out) {
   } else if (py::isinstance<py::str>(cell)) {
     out->keep(encode(cell, at.utf8));
   } else if (isDate(cell)) {
-    out->keep(germanDate(cell));
+    out->keep(host::dateUnderMask(germanDate(cell), at.dateMask));
   } else {
     throw CellError{at.utf8 + ": a value of type " +
                     py::str(py::type::of(cell).attr("__name__")).cast<std::string>() + " cannot be a field"};

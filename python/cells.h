@@ -53,6 +53,9 @@ struct Column {
   // after row (see host::renewedRecord), the first column of each key does, and
   // a later column of the key leaves it alone. A fresh record needs none.
   bool empties = false;
+  // The mask of the column's date field (see DateMasks), in which a Python
+  // date is written; empty: TT.MM.JJJJ.
+  std::string dateMask;
 };
 
 // A cell as read, ready for a record. Not copied, as its text may lie in

@@ -53,6 +53,7 @@
 #include "quorel/host/table_material_access.h"
 #include "quorel/lang/rule_set.h"
 #include "cells.h"
+#include "date_masks.h"
 #include "imported.h"
 #include "problem_columns.h"
 #include "row_slices.h"
@@ -187,9 +188,11 @@ std::string columnName(const py::handle &name, const std::string &what = "field 
   }
 }
 
-// A record from a mapping of hierarchy texts to values; the texts (Windows-1252)
-// into *fields when that is given.
-std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping, std::vector<std::string> *fields = nullptr) {
+// A record from a mapping of hierarchy texts to values, its dates in the
+// masks that dates gives; the texts (Windows-1252) into *fields when that
+// is given.
+std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping, DateMasks *dates,
+                                           std::vector<std::string> *fields = nullptr) {
   static Imported mappingType("collections.abc", "Mapping");
   if (!py::isinstance(mapping, mappingType.get())) {
     throw py::type_error("a record must be a mapping of field names to values, not " +
@@ -198,9 +201,10 @@ std::unique_ptr<SimpleDataRecord> recordOf(const py::handle &mapping, std::vecto
   auto record = std::make_unique<SimpleDataRecord>();
   for (const auto &item : py::reinterpret_borrow<py::object>(mapping).attr("items")()) {
     py::tuple pair = py::reinterpret_borrow<py::tuple>(item);
-    std::string field = columnName(pair[0]);
-    setCell(Column(field), pair[1], record.get());
-    if (fields != nullptr) fields->push_back(std::move(field));
+    Column column(columnName(pair[0]));
+    column.dateMask = dates->of(column.name);
+    setCell(column, pair[1], record.get());
+    if (fields != nullptr) fields->push_back(std::move(column.name));
   }
   return record;
 }
@@ -378,6 +382,7 @@ class RuleModule {
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
     py::gil_scoped_release release;
     pool_->forThisThread();  // fails now for a bad path or name
+    dates_ = std::make_unique<DateMasks>([this] { return pool_->forThisThread(); });
   }
 
   // The library or rule file; None for a module read from a text.
@@ -391,6 +396,8 @@ class RuleModule {
   py::object text() const { return text_ ? py::object(py::bytes(*text_)) : py::object(py::none()); }
   const std::string &textName() const { return textName_; }
   const host::CheckSettings &settings() const { return pool_->settings(); }
+  // The calling thread's checker of the module. Raises as CheckerPool does.
+  std::shared_ptr<host::Checker> checker() const { return pool_->forThisThread(); }
 
   py::object performFunction(const std::string &name, const py::handle &mapping) {
     auto record = recordOfChecked(mapping);
@@ -449,9 +456,9 @@ class RuleModule {
     if (!thrown.empty()) raiseRuleError(thrown);
   }
 
-  static std::unique_ptr<SimpleDataRecord> recordOfChecked(const py::handle &mapping) {
+  std::unique_ptr<SimpleDataRecord> recordOfChecked(const py::handle &mapping) {
     try {
-      return recordOf(mapping);
+      return recordOf(mapping, dates_.get());
     } catch (const CellError &e) {
       throw py::value_error(e.message);
     }
@@ -461,6 +468,7 @@ class RuleModule {
   std::optional<std::string> text_;
   std::string textName_;
   std::unique_ptr<CheckerPool> pool_;
+  std::unique_ptr<DateMasks> dates_;  // of the records' fields
 };
 
 // The problems of one record, or why it was not checked.
@@ -487,7 +495,7 @@ class Checker {
     settings.rules = module.settings().rules;
     if (flow) settings.flow = columnName(py::str(*flow));
     settings.weightLevel = weightLevel;
-    for (const auto &item : materials) addMaterial(item.first, item.second);
+    for (const auto &item : materials) addMaterial(item.first, item.second, module);
     settings.materials = &router_;
 #ifdef QUOREL_HOST_SQL
     // A database's records of a query live until the run is over.
@@ -510,6 +518,7 @@ class Checker {
       settings.logger = logger_.get();
     }
     pool_ = std::make_unique<CheckerPool>(std::move(settings));
+    dates_ = std::make_unique<DateMasks>([this] { return pool_->forThisThread(); });
     std::shared_ptr<host::Checker> checker;
     {
       py::gil_scoped_release release;
@@ -525,7 +534,7 @@ class Checker {
     std::unique_ptr<SimpleDataRecord> record;
     std::vector<std::string> fields;
     try {
-      record = recordOf(mapping, &fields);
+      record = recordOf(mapping, dates_.get(), &fields);
     } catch (const CellError &e) {
       raiseRecordError(e.message);
     }
@@ -559,6 +568,7 @@ class Checker {
     refuseRepeatedColumns(fields);
     reportColumns(fields, true);
     std::vector<Column> at(fields.begin(), fields.end());
+    dates_->mark(&at);
     std::unordered_set<std::int32_t> keys;
     for (Column &column : at) column.empties = keys.insert(column.key).second;
     ProblemColumns frame;
@@ -993,7 +1003,7 @@ class Checker {
   }
 
   // A material from a DataFrame, a CSV file or a database table.
-  void addMaterial(const py::handle &key, const py::handle &material) {
+  void addMaterial(const py::handle &key, const py::handle &material, const RuleModule &module) {
     std::string name = columnName(key, "material name");
     std::string shown = "material " + host::toUtf8(name.c_str()) + ": ";
     static Imported frameType("pandas", "DataFrame");
@@ -1043,6 +1053,7 @@ class Checker {
     for (const auto &column : material.attr("columns")) table.columns.push_back(columnName(column));
     refuseRepeatedColumns(table.columns, shown);
     std::vector<Column> fields(table.columns.begin(), table.columns.end());
+    DateMasks([&module] { return module.checker(); }, name).mark(&fields);
     py::list columns;
     for (const auto &column : material.attr("columns")) {
       columns.append(material.attr("__getitem__")(column).attr("tolist")());
@@ -1072,6 +1083,7 @@ class Checker {
   // Why each column met so far names nothing the module reads ("" when it
   // names a field), as a warning's text.
   std::unordered_map<std::string, std::string> verdicts_;
+  std::unique_ptr<DateMasks> dates_;  // of the records' fields
   // The warnings of database columns of numbers given so far.
   std::set<std::string> numberColumnsTold_;
   // The columns of each material given as a table, for checkMaterials.

@@ -2,6 +2,7 @@
 exception, numbers that lost digits on the way, a material nobody queries,
 and races of threads on the module (each in a process of its own, so that a
 hang or a crash fails the test instead of the run)."""
+import datetime
 import os
 import re
 import subprocess
@@ -84,6 +85,55 @@ def test_a_number_column_for_a_text_field_warns_once(module, data_dir, gemeinden
         "column Antrag.Adresse.PLZ holds numbers (int64) where the rules read a text, so leading zeros and the "
         "form of the text are lost: read the records with dtype=str"]
     assert caught[0].category is quorel.ColumnWarning
+
+
+DATES = """
+MODUL Daten
+
+SATZ D
+  FELD Name TEXT
+  FELD Tag DATUM MASKE "JJJJ-MM-TT"
+ENDE
+
+MATERIAL Feiertage DATENBESTAND "FEIERTAGE"
+  FELD Name TEXT
+  FELD Tag DATUM MASKE "JJJJMMTT"
+ENDE
+
+ABLAUF Pruefung: A
+
+REGEL A ABSCHNITT "Regel A"
+  WENN NICHT PASST(D.Tag; DATUM; "JJJJ-MM-TT") DANN
+    MELDE FEHLER "T-1" GEWICHT 1 TEXT "Der Tag passt nicht."
+  ENDE
+  FUER JEDES tag IN LIES Tag AUS Feiertage WO Name = D.Name
+    WENN NICHT PASST(tag; DATUM; "JJJJMMTT") DANN
+      MELDE FEHLER "M-1" GEWICHT 1 TEXT "Der Feiertag passt nicht."
+    ENDE
+  ENDE
+ENDE
+
+FUNKTION Tag
+  ERGEBNIS D.Tag
+ENDE
+"""
+
+
+def test_dates_come_in_the_mask_of_their_field():
+    # A date field masked JJJJ-MM-TT reads 31.01.2024 as no date: a Python
+    # date is written as a CSV file for the module would carry it.
+    module = quorel.RuleModule.from_text(DATES)
+    holidays = pd.DataFrame({"Feiertage.Name": ["Neujahr", "Ostern"],
+                             "Feiertage.Tag": [datetime.date(2024, 1, 1), pd.Timestamp("2024-03-31")]})
+    checker = quorel.Checker(module, materials={"Feiertage": holidays})
+    assert checker.check({"D.Name": "Neujahr", "D.Tag": datetime.date(2024, 1, 31)}).ok
+    assert checker.check(pd.Series({"D.Name": "Ostern", "D.Tag": pd.Timestamp("2024-01-31 12:00")})).ok
+    frame = pd.DataFrame({"D.Name": ["Neujahr", "Ostern", "Pfingsten"],
+                          "D.Tag": pd.to_datetime(["2024-01-31", "2024-02-29", None])})
+    assert checker.check_frame(frame).empty
+    # A text is the rules' to judge, as it stands.
+    assert [p.id for p in checker.check({"D.Name": "Neujahr", "D.Tag": "31.01.2024"}).problems] == ["T-1"]
+    assert module.perform_function("Tag", {"D.Tag": datetime.date(2024, 2, 29)}) == datetime.date(2024, 2, 29)
 
 
 def test_materials_are_checked_against_those_the_module_queries(module, gemeinden):
