@@ -18,7 +18,7 @@ namespace {
 
 // Type numbers of the server's catalogue (pg_type.oid).
 constexpr Oid kBool = 16, kBytea = 17, kInt8 = 20, kInt2 = 21, kInt4 = 23, kOid = 26, kFloat4 = 700,
-              kFloat8 = 701, kNumeric = 1700, kDate = 1082;
+              kFloat8 = 701, kNumeric = 1700, kDate = 1082, kTimestamp = 1114;
 
 SqlCellKind kindOf(Oid type) {
   switch (type) {
@@ -32,6 +32,7 @@ SqlCellKind kindOf(Oid type) {
     case kFloat8: return SqlCellKind::kReal;
     case kNumeric: return SqlCellKind::kDecimal;
     case kDate: return SqlCellKind::kDate;
+    case kTimestamp: return SqlCellKind::kTimestamp;
     default: return SqlCellKind::kText;
   }
 }

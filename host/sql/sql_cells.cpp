@@ -21,6 +21,21 @@ bool digits(std::string_view text) {
   return true;
 }
 
+// Whether the text is a date as databases write it: YYYY-MM-DD.
+bool isIsoDate(std::string_view text) {
+  return text.size() == 10 && text[4] == '-' && text[7] == '-' && digits(text.substr(0, 4)) &&
+         digits(text.substr(5, 2)) && digits(text.substr(8, 2));
+}
+
+// Whether the time after a date is the day's start: " 00:00:00" or
+// "T00:00:00", with or without a fraction of zeros.
+bool midnight(std::string_view time) {
+  if (time.size() < 9 || (time[0] != ' ' && time[0] != 'T') || time.substr(1, 8) != "00:00:00") return false;
+  time.remove_prefix(9);
+  if (time.empty()) return true;
+  return time[0] == '.' && time.size() > 1 && time.find_first_not_of('0', 1) == std::string_view::npos;
+}
+
 std::string where(const std::string &table, SqlStatement *statement, int column) {
   return "table " + table + ", column " + statement->columnName(column);
 }
@@ -55,9 +70,13 @@ CellRead readCellUtf8(SqlStatement *statement, int column, const std::string &ta
       utf8->assign(raw.data(), raw.size());
       if (std::size_t point = utf8->find('.'); point != std::string::npos) (*utf8)[point] = ',';
       return CellRead::kValue;
+    case SqlCellKind::kTimestamp:
+      // A date field takes a midnight as its date: nothing is lost.
+      if (dateMask.empty() || raw.size() < 10 || !isIsoDate(raw.substr(0, 10)) || !midnight(raw.substr(10))) break;
+      raw = raw.substr(0, 10);
+      [[fallthrough]];
     case SqlCellKind::kDate:
-      if (raw.size() == 10 && raw[4] == '-' && raw[7] == '-' && digits(raw.substr(0, 4)) &&
-          digits(raw.substr(5, 2)) && digits(raw.substr(8, 2))) {
+      if (isIsoDate(raw)) {
         std::string german = std::string(raw.substr(8, 2)) + "." + std::string(raw.substr(5, 2)) + "." +
                              std::string(raw.substr(0, 4));
         *utf8 = toUtf8(dateUnderMask(german, dateMask).c_str());

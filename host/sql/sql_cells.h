@@ -10,6 +10,9 @@
 //                             given (see ColumnCheck::dateMask); a text in a
 //                             DATE column that is no ISO date stays as it
 //                             is, for the rules to judge
+//   date and time             as written (2024-01-31 10:15:00); for a date
+//                             field (a date mask given) a midnight is the
+//                             date alone, as above
 //   truth value               WAHR or FALSCH
 //   text                      itself, in Windows-1252
 //   binary                    no field: an error

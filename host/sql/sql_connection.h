@@ -35,8 +35,9 @@ struct SqlParam {
 
 // What a cell of a result holds, as far as the database tells: kReal a
 // binary floating-point number, kDecimal one whose text holds every digit
-// (PostgreSQL's numeric), which no double may round.
-enum class SqlCellKind { kNull, kInteger, kReal, kDecimal, kText, kDate, kBool, kBinary };
+// (PostgreSQL's numeric), which no double may round; kTimestamp a date with
+// a time of day and no time zone.
+enum class SqlCellKind { kNull, kInteger, kReal, kDecimal, kText, kDate, kTimestamp, kBool, kBinary };
 
 class SqlStatement {
  public:

@@ -1,5 +1,6 @@
 // SqlConnection over SQLite. Types are the values' own (SQLite's storage
-// classes); a text in a column declared DATE counts as a date.
+// classes); a text in a column declared DATE counts as a date, one in a
+// column declared DATETIME or TIMESTAMP as a date with a time.
 
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -23,10 +24,14 @@ std::string upperCase(const char *declared) {
   return upper;
 }
 
-bool declaredDate(const char *declared) {
-  if (declared == nullptr) return false;
+// What a text in a column declared so holds: a date (DATE), a date with a
+// time (DATETIME, TIMESTAMP), or a text.
+SqlCellKind declaredKind(const char *declared) {
+  if (declared == nullptr) return SqlCellKind::kText;
   std::string upper = upperCase(declared);
-  return upper.find("DATE") != std::string::npos && upper.find("TIME") == std::string::npos;
+  bool time = upper.find("TIME") != std::string::npos;
+  if (upper.find("DATE") != std::string::npos) return time ? SqlCellKind::kTimestamp : SqlCellKind::kDate;
+  return upper.find("TIMESTAMP") != std::string::npos ? SqlCellKind::kTimestamp : SqlCellKind::kText;
 }
 
 // Whether a column declared so turns a text of digits into a number as it
@@ -48,7 +53,7 @@ class SqliteStatement : public SqlStatement {
       const char *name = sqlite3_column_name(statement, i);
       names_.push_back(name != nullptr ? name : "");
       const char *declared = sqlite3_column_decltype(statement, i);
-      dates_.push_back(declaredDate(declared));
+      textKinds_.push_back(declaredKind(declared));
       numberTypes_.push_back(declaredNumber(declared) ? declared : "");
     }
   }
@@ -97,7 +102,7 @@ class SqliteStatement : public SqlStatement {
       case SQLITE_INTEGER: return SqlCellKind::kInteger;
       case SQLITE_FLOAT: return SqlCellKind::kReal;
       case SQLITE_BLOB: return SqlCellKind::kBinary;
-      default: return dates_[column] ? SqlCellKind::kDate : SqlCellKind::kText;
+      default: return textKinds_[column];
     }
   }
 
@@ -112,7 +117,7 @@ class SqliteStatement : public SqlStatement {
   sqlite3 *db_;
   sqlite3_stmt *statement_;
   std::vector<std::string> names_, numberTypes_;
-  std::vector<bool> dates_;
+  std::vector<SqlCellKind> textKinds_;  // of a text in each column
 };
 
 class SqliteConnection : public SqlConnection {

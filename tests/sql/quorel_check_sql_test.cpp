@@ -368,7 +368,20 @@ TEST_P(QuorelCheckSqlTest, DatesComeInTheMaskOfTheirField) {
                      quoted(db_->url("query=SELECT%20*%20FROM%20tage&order=D.Name")));
   EXPECT_EQ(0, run.status) << run.out << run.warnings;
   EXPECT_EQ("2 records: 2 checked, 0 not checked; 0 problems, 0 errors\n", run.out);
+  // A date with a time: a midnight is its date; another time stays as
+  // written, and the rules judge it.
+  db_->drop("zeiten");
+  db_->execute("CREATE TABLE zeiten (\"D.Name\" TEXT, \"D.Tag\" TIMESTAMP);\n"
+               "INSERT INTO zeiten VALUES ('Neujahr', '2024-01-31 00:00:00');\n"
+               "INSERT INTO zeiten VALUES ('Ostern', '2024-01-31 10:15:00')");
+  Result times = check("--material " + quoted("Feiertage=" + db_->url("table=feiertage")) + " " + rules + " " +
+                       quoted(db_->url("query=SELECT%20*%20FROM%20zeiten&order=D.Name")));
+  EXPECT_EQ(1, times.status) << times.out << times.warnings;
+  EXPECT_EQ(0u, times.out.find("record 2: error T-1 (weight 1): Der Tag passt nicht.\n")) << times.out;
+  EXPECT_NE(std::string::npos, times.out.find("2 records: 2 checked, 0 not checked; 1 problem, 1 error\n"))
+      << times.out;
   db_->drop("tage");
+  db_->drop("zeiten");
   db_->drop("feiertage");
 }
 
