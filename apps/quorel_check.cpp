@@ -5,8 +5,9 @@
 //
 // RECORDS is a CSV file ("-" for the standard input), or a table or query
 // of a database (sqlite:FILE?table=T, postgresql://...?table=T,
-// ...?query=SELECT...); so is a material, except "-". --output writes the problems into a database table instead
-// of the standard output, one transaction per batch of records.
+// ...?query=SELECT...); so is a material, except "-". --output writes the
+// problems into a database table instead of the standard output, one
+// transaction per batch of records.
 //
 // The header row of a CSV file (a table's column names) names fields by hierarchy text
 // (Antrag.Antragsteller.Name, Antrag.Kinder[1].Vorname); a column whose name

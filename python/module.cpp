@@ -734,9 +734,9 @@ class Checker {
   std::vector<std::string> numberWarnings(const py::list &names, const py::list &types, const py::object &material) {
     std::shared_ptr<host::Checker> checker = pool_->forThisThread();
     Plausi *plausi = checker->plausi();
-    host::ColumnCheck check = material.is_none()
-                                  ? host::ColumnCheck(plausi)
-                                  : host::ColumnCheck(plausi, host::materialTopic(plausi, columnName(material, "material name")));
+    Topic *topic = material.is_none() ? plausi->getRootTopic()
+                                      : host::materialTopic(plausi, columnName(material, "material name"));
+    host::ColumnCheck check(plausi, topic);
     std::vector<std::string> out;
     for (std::size_t i = 0; i < names.size(); ++i) {
       std::string column = columnName(names[i]);

@@ -141,7 +141,9 @@ bool SqlRowSource::next(Row *row) {
 void SqlRowSource::giveDatesAsFieldsHoldThem(Plausi *plausi) {
   ColumnCheck fields(plausi);
   dateMasks_.clear();
-  for (const std::string &column : columns_) dateMasks_.push_back(fields.dateMask(utf8_ ? messageText(column) : column));
+  for (const std::string &column : columns_) {
+    dateMasks_.push_back(fields.dateMask(utf8_ ? messageText(column) : column));
+  }
 }
 
 std::vector<std::string> numberColumnsForTexts(const SqlRowSource &rows, Plausi *plausi) {
