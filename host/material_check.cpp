@@ -133,6 +133,10 @@ MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material
   return findings;
 }
 
+Topic *tableTopic(Plausi *plausi, const std::string &material) {
+  return material.empty() ? plausi->getRootTopic() : materialTopic(plausi, material);
+}
+
 Topic *materialTopic(Plausi *plausi, const std::string &material) {
   for (std::int32_t i = 0; i < plausi->getNumOfMaterials(); ++i) {
     MaterialDescriptor *descriptor = plausi->getMaterialAt(i);

@@ -68,6 +68,9 @@ MaterialFindings checkMaterialFields(Plausi *plausi, const std::string &material
 
 // The topic of the material that the module queries under the name, or null.
 Topic *materialTopic(Plausi *plausi, const std::string &material);
+// The topic whose fields a table's columns name: that of the material of
+// the name, or for an empty name the module's root topic (the records').
+Topic *tableTopic(Plausi *plausi, const std::string &material);
 
 }  // namespace host
 }  // namespace quorel

@@ -40,11 +40,8 @@ class DateMasks {
     auto found = masks_.find(column);
     if (found != masks_.end()) return found->second;
     std::shared_ptr<host::Checker> checker = checker_();
-    Plausi *plausi = checker->plausi();
-    std::unique_ptr<host::ColumnCheck> fields =
-        material_.empty() ? std::make_unique<host::ColumnCheck>(plausi)
-                          : std::make_unique<host::ColumnCheck>(plausi, host::materialTopic(plausi, material_));
-    return masks_.emplace(column, fields->dateMask(column)).first->second;
+    host::ColumnCheck fields(checker->plausi(), host::tableTopic(checker->plausi(), material_));
+    return masks_.emplace(column, fields.dateMask(column)).first->second;
   }
 
   // Sets the dateMask of each column.

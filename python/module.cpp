@@ -732,18 +732,15 @@ class Checker {
   // (ColumnCheck::readsText), else "". The fields are the records', or
   // those of the material of that name.
   std::vector<std::string> numberWarnings(const py::list &names, const py::list &types, const py::object &material) {
+    std::string table = material.is_none() ? std::string() : columnName(material, "material name");
+    std::string remedy = std::string("read the ") + (table.empty() ? "records" : "material") + " with dtype=str";
     std::shared_ptr<host::Checker> checker = pool_->forThisThread();
-    Plausi *plausi = checker->plausi();
-    Topic *topic = material.is_none() ? plausi->getRootTopic()
-                                      : host::materialTopic(plausi, columnName(material, "material name"));
-    host::ColumnCheck check(plausi, topic);
+    host::ColumnCheck check(checker->plausi(), host::tableTopic(checker->plausi(), table));
     std::vector<std::string> out;
     for (std::size_t i = 0; i < names.size(); ++i) {
       std::string column = columnName(names[i]);
       out.push_back(check.readsText(column)
-                        ? host::toUtf8(host::numbersForText(column, columnName(types[i]), std::string("read the ") +
-                                                            (material.is_none() ? "records" : "material") +
-                                                            " with dtype=str").c_str())
+                        ? host::toUtf8(host::numbersForText(column, columnName(types[i]), remedy).c_str())
                         : std::string());
     }
     return out;

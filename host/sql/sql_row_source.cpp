@@ -12,8 +12,6 @@ namespace host {
 
 namespace {
 
-const std::string kNoMask;
-
 // " ORDER BY" the columns, or "" for none.
 std::string orderBy(const std::vector<std::string> &order) {
   std::string sql;
@@ -91,6 +89,7 @@ std::unique_ptr<SqlRowSource> SqlRowSource::open(const SqlSource &source, std::s
     rows->numberTypes_.push_back(options.utf8 ? rows->statement_->numberType(i)
                                               : messageText(rows->statement_->numberType(i)));
   }
+  rows->dateMasks_.resize(rows->columns_.size());
   rows->table_ = source.table.empty() ? "(query)" : source.table;
   rows->name_ = source.where() + (source.table.empty() ? "" : "?table=" + source.table);
   rows->utf8_ = options.utf8;
@@ -130,7 +129,7 @@ bool SqlRowSource::next(Row *row) {
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     std::string message;
     int column = static_cast<int>(i);
-    const std::string &mask = i < dateMasks_.size() ? dateMasks_[i] : kNoMask;
+    const std::string &mask = dateMasks_[i];
     CellRead read = utf8_ ? readCellUtf8(statement_.get(), column, table_, &row->cells[i], &message, mask)
                           : readCell(statement_.get(), column, table_, &row->cells[i], &message, mask);
     if (read == CellRead::kFailed && row->error.empty()) row->error = message;
@@ -140,9 +139,8 @@ bool SqlRowSource::next(Row *row) {
 
 void SqlRowSource::giveDatesAsFieldsHoldThem(Plausi *plausi) {
   ColumnCheck fields(plausi);
-  dateMasks_.clear();
-  for (const std::string &column : columns_) {
-    dateMasks_.push_back(fields.dateMask(utf8_ ? messageText(column) : column));
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    dateMasks_[i] = fields.dateMask(utf8_ ? messageText(columns_[i]) : columns_[i]);
   }
 }
 

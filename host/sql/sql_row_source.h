@@ -69,7 +69,7 @@ class SqlRowSource : public RowSource {
   std::unique_ptr<SqlConnection> connection_;
   std::unique_ptr<SqlStatement> statement_;
   std::vector<std::string> columns_, numberTypes_;
-  std::vector<std::string> dateMasks_;  // per column, once given; empty: TT.MM.JJJJ
+  std::vector<std::string> dateMasks_;  // per column; empty: TT.MM.JJJJ
   std::string name_, table_;
   bool utf8_ = false;
   bool ended_ = false;
